@@ -1,0 +1,9 @@
+#ifndef VRKT_EXAMPLES_SESSION_LOG_H_
+#define VRKT_EXAMPLES_SESSION_LOG_H_
+
+#include "support/log_builder.h"
+
+// The log of examples/session.udi.
+Log SessionLog();
+
+#endif  // VRKT_EXAMPLES_SESSION_LOG_H_

@@ -1,0 +1,53 @@
+#ifndef VRKT_BASE_UNLOCKED_STDIO_H_
+#define VRKT_BASE_UNLOCKED_STDIO_H_
+
+#include <cstddef>
+#include <cstdio>
+#include <string_view>
+
+// The stream library's calls without its locks. One thread runs, so the locks
+// protect nothing, and they would cost more than most of the pieces that go
+// through here. CMake finds out which of the unlocked calls the platform has;
+// the standard ones stand in for those it lacks.
+
+// As std::fread with an item size of 1.
+inline std::size_t ReadBytes(void* bytes, std::size_t size, std::FILE* stream) {
+#ifdef VRKT_HAVE_FREAD_UNLOCKED
+  return ::fread_unlocked(bytes, 1, size, stream);
+#else
+  return std::fread(bytes, 1, size, stream);
+#endif
+}
+
+// As std::getc.
+inline int ReadByte(std::FILE* stream) {
+#ifdef VRKT_HAVE_GETC_UNLOCKED
+  return getc_unlocked(stream);
+#else
+  return std::getc(stream);
+#endif
+}
+
+// As std::fwrite with an item size of 1. What becomes of the bytes is nobody's
+// concern: a full disk or a closed output changes nothing in the run.
+inline void WriteBytes(const void* bytes, std::size_t size, std::FILE* stream) {
+#ifdef VRKT_HAVE_FWRITE_UNLOCKED
+  static_cast<void>(::fwrite_unlocked(bytes, 1, size, stream));
+#else
+  static_cast<void>(std::fwrite(bytes, 1, size, stream));
+#endif
+}
+
+// One piece of an output line, to standard output.
+inline void PrintPiece(std::string_view piece) { WriteBytes(piece.data(), piece.size(), stdout); }
+
+// The end of an output line. As std::putc, so that a terminal shows the line.
+inline void PrintLineEnd() {
+#ifdef VRKT_HAVE_PUTC_UNLOCKED
+  putc_unlocked('\n', stdout);
+#else
+  std::putc('\n', stdout);
+#endif
+}
+
+#endif  // VRKT_BASE_UNLOCKED_STDIO_H_

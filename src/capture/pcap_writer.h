@@ -1,0 +1,20 @@
+#ifndef VRKT_CAPTURE_PCAP_WRITER_H_
+#define VRKT_CAPTURE_PCAP_WRITER_H_
+
+#include <cstdint>
+#include <cstdio>
+
+// A classic pcap file, version 2.4, little-endian. A write that fails changes
+// nothing: the copy ends where the disk did, and decoding goes on.
+
+// Writes the 24 bytes of the global header. It is written once for each epoch
+// of the log, into the middle of the file too, since an epoch brings its own
+// link type.
+void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type);
+
+// Writes a record header and all `length` bytes of the payload. `time_base` is
+// in seconds, `time_word` in milliseconds from it.
+void WritePcapRecord(std::FILE* pcap, std::uint32_t time_base, std::int32_t time_word,
+                     std::uint32_t length, const std::uint8_t* payload);
+
+#endif  // VRKT_CAPTURE_PCAP_WRITER_H_

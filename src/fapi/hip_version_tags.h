@@ -1,0 +1,81 @@
+#ifndef VRKT_FAPI_HIP_VERSION_TAGS_H_
+#define VRKT_FAPI_HIP_VERSION_TAGS_H_
+
+#include <cstddef>
+#include <cstdint>
+
+// The versions of the host interface protocol, by a letter each, in ascending
+// order. The vocabulary's tables say with these letters where a row holds. A
+// letter is never printed; src/hip/hip_versions.cc binds it to its number.
+enum class HipVersionTag : std::uint8_t {
+  A,  // 13.1.0
+  B,  // 13.2.0
+  C,  // 13.3.0
+  D,  // 14.0.0
+  E,  // 14.0.4
+  F,  // 14.0.6
+  G,  // 14.1.8
+  H,  // 14.2.9
+  I,  // 14.3.10
+  J,  // 14.4.11
+  K,  // 14.4.12
+  L,  // 14.5.12
+};
+
+inline constexpr HipVersionTag kLastHipVersionTag = HipVersionTag::L;
+inline constexpr std::size_t kHipVersionCount = static_cast<std::size_t>(kLastHipVersionTag) + 1;
+
+constexpr char TagLetter(std::size_t version) { return static_cast<char>('A' + version); }
+
+// A set of versions, written in the tables as in "A-D,F,H-L": single tags and
+// ranges, rising, joined by commas. A text of any other form does not compile.
+class HipVersionSet {
+ public:
+  constexpr HipVersionSet() = default;
+  // Not explicit: a table's row names its versions by the bare text.
+  consteval HipVersionSet(const char* text) : bits_(0) {  // NOLINT(google-explicit-constructor)
+    std::size_t next_allowed = 0;
+    for (;;) {
+      const std::size_t first = ParseTag(*text++);
+      std::size_t last = first;
+      if (*text == '-') {
+        ++text;
+        last = ParseTag(*text++);
+        if (last <= first) throw "a range of version tags must rise, as in \"A-C\"";
+      }
+      if (first < next_allowed) throw "version tags must rise from A on, as in \"A-D,F,H-L\"";
+      for (std::size_t version = first; version <= last; ++version) bits_ |= Bit(version);
+      next_allowed = last + 1;
+      if (*text == '\0') return;
+      if (*text++ != ',') throw "version tags are single letters and ranges, joined by commas";
+    }
+  }
+
+  constexpr bool Contains(std::size_t version) const { return (bits_ & Bit(version)) != 0; }
+  constexpr bool Contains(HipVersionTag tag) const {
+    return Contains(static_cast<std::size_t>(tag));
+  }
+  constexpr bool ContainsAll(HipVersionSet other) const {
+    return (bits_ & other.bits_) == other.bits_;
+  }
+  constexpr bool Overlaps(HipVersionSet other) const { return (bits_ & other.bits_) != 0; }
+  constexpr bool IsEmpty() const { return bits_ == 0; }
+  constexpr void Add(std::size_t version) { bits_ |= Bit(version); }
+  constexpr void Add(HipVersionSet other) { bits_ |= other.bits_; }
+  constexpr bool operator==(const HipVersionSet&) const = default;
+
+ private:
+  static_assert(kHipVersionCount <= 16, "bits_ holds sixteen versions: widen it");
+
+  static constexpr std::uint16_t Bit(std::size_t version) {
+    return static_cast<std::uint16_t>(1U << version);
+  }
+  static consteval std::size_t ParseTag(char letter) {
+    if (letter < 'A' || letter >= TagLetter(kHipVersionCount)) throw "unknown version tag";
+    return static_cast<std::size_t>(letter - 'A');
+  }
+
+  std::uint16_t bits_ = 0;
+};
+
+#endif  // VRKT_FAPI_HIP_VERSION_TAGS_H_

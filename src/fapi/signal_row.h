@@ -1,0 +1,176 @@
+#ifndef VRKT_FAPI_SIGNAL_ROW_H_
+#define VRKT_FAPI_SIGNAL_ROW_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "fapi/enum_table.h"
+#include "fapi/hip_version_tags.h"
+#include "fapi/signal_layout.h"
+
+// The form of a catalogue row:
+//
+//   Signal("ma_unitdata_req", 0x1000, "A-C", Min(32), Dump("data"), U16("vif"),
+//          X16("host_tag"), Enum("priority", kUserPriority), ..., Spares()),
+//
+// name, id, the versions in which the row holds, the least length of a signal
+// without bulk, then the fields in print order. A name has one row for each
+// distinct layout. Fields lie behind one another from byte 10 on, where the
+// signal header ends; `.At(12)` puts one at byte 12 and so skips the bytes
+// before it, which belong to the signal and are never printed.
+//
+// The rows are read by the compiler alone: a row that cannot be right does not
+// compile, and vocabulary.cc makes of all rows the small tables that the
+// decoders use. (Decoders could use the rows themselves, but each would keep
+// room for the widest signal and a relocated pointer for each name.)
+
+inline constexpr std::size_t kSignalHeaderSize = 10;
+inline constexpr std::size_t kMaxFields = 16;
+inline constexpr std::size_t kMaxNameLength = 48;
+inline constexpr std::size_t kMaxWords = 16;
+
+constexpr bool IsFieldOrSignalName(std::string_view name) {
+  if (name.empty() || name.size() > kMaxNameLength) return false;
+  for (const char c : name) {
+    if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_')) return false;
+  }
+  return true;
+}
+
+// A field as a row names it. `offset` stays unset until the row places it.
+struct FieldToken {
+  static constexpr std::size_t kUnset = 0;
+
+  // Puts the field at this byte of the signal.
+  consteval FieldToken At(std::size_t byte) const {
+    FieldToken placed = *this;
+    placed.offset = byte;
+    return placed;
+  }
+
+  std::string_view name{};
+  FieldRenderer renderer{};
+  std::size_t size = 0;  // in bytes
+  const EnumTable* labels = nullptr;
+  std::size_t offset = kUnset;
+};
+
+consteval FieldToken MakeField(const char* name, FieldRenderer renderer, std::size_t size,
+                               const EnumTable* labels = nullptr) {
+  if (!IsFieldOrSignalName(name)) throw "a field's name is of a-z, 0-9 and _";
+  return {.name = name, .renderer = renderer, .size = size, .labels = labels};
+}
+
+consteval FieldToken U8(const char* name) { return MakeField(name, FieldRenderer::kU8, 1); }
+consteval FieldToken U16(const char* name) { return MakeField(name, FieldRenderer::kU16, 2); }
+consteval FieldToken U32(const char* name) { return MakeField(name, FieldRenderer::kU32, 4); }
+consteval FieldToken I16(const char* name) { return MakeField(name, FieldRenderer::kI16, 2); }
+consteval FieldToken I32(const char* name) { return MakeField(name, FieldRenderer::kI32, 4); }
+consteval FieldToken X16(const char* name) { return MakeField(name, FieldRenderer::kX16, 2); }
+consteval FieldToken X32(const char* name) { return MakeField(name, FieldRenderer::kX32, 4); }
+consteval FieldToken Mac(const char* name) { return MakeField(name, FieldRenderer::kMac, 6); }
+consteval FieldToken Hex8(const char* name) { return MakeField(name, FieldRenderer::kHex8, 8); }
+consteval FieldToken X16NoSpace(const char* name) {
+  return MakeField(name, FieldRenderer::kX16NoSpace, 2);
+}
+consteval FieldToken Words(const char* name, std::size_t count) {
+  if (count > kMaxWords) throw "an array has 16 words at most: raise kMaxWords";
+  return MakeField(name, FieldRenderer::kWords, 2 * count);
+}
+consteval FieldToken Enum(const char* name, const EnumTable& labels) {
+  return MakeField(name, FieldRenderer::kEnum16, 2, &labels);
+}
+
+// A field that shows the bulk, or the signal's tail where there is no bulk.
+struct DumpToken {
+  std::string_view name;
+};
+consteval DumpToken Dump(const char* name) {
+  if (!IsFieldOrSignalName(name)) throw "a dump's name is of a-z, 0-9 and _";
+  return {name};
+}
+
+// spare_1, spare_2 and spare_3, with which nearly every signal ends.
+struct SparesToken {};
+consteval SparesToken Spares() { return {}; }
+
+// The least length of a signal without bulk. It nearly always is the end of the
+// last field, so a row that says otherwise has to say so aloud: a lost or
+// misshapen field is caught by it.
+struct MinToken {
+  std::size_t min;
+  bool is_end_of_fields;
+};
+consteval MinToken Min(std::size_t min) { return {min, true}; }
+consteval MinToken MinUnlikeEnd(std::size_t min) { return {min, false}; }
+
+// A signal's name and the line of its row, for the compiler's messages.
+struct SignalName {
+  // Not explicit: a row begins with the bare text.
+  consteval SignalName(const char* name,  // NOLINT(google-explicit-constructor)
+                       int source_line = __builtin_LINE())
+      : text(name), line(source_line) {
+    if (!IsFieldOrSignalName(name)) throw "a signal's name is of a-z, 0-9 and _";
+  }
+
+  std::string_view text;
+  int line;
+};
+
+struct SignalRow {
+  SignalName name;
+  std::uint16_t id;
+  HipVersionSet versions;
+  std::size_t min = 0;
+  std::size_t end = kSignalHeaderSize;
+  std::size_t dump_count = 0;
+  std::array<std::string_view, kMaxDumps> dumps{};
+  std::size_t field_count = 0;
+  std::array<FieldToken, kMaxFields> fields{};
+
+  consteval void Add(FieldToken field) {
+    if (field_count == kMaxFields) throw "too many fields for a row: raise kMaxFields";
+    if (field.offset == FieldToken::kUnset) field.offset = end;
+    if (field.offset < end) throw "a field overlaps the field before it, or lies in front of it";
+    if (field.labels != nullptr && !field.labels->versions().ContainsAll(versions)) {
+      throw "an enumeration has no labels in a version of this signal";
+    }
+    end = field.offset + field.size;
+    if (end > 255) throw "a field ends behind byte 255: widen FieldLayout and SignalLayout";
+    fields[field_count++] = field;
+  }
+  consteval void Add(DumpToken dump) {
+    if (dump_count == kMaxDumps) throw "a signal has two dumps at most";
+    dumps[dump_count++] = dump.name;
+  }
+  consteval void Add(SparesToken /*spares*/) {
+    Add(U32("spare_1"));
+    Add(U32("spare_2"));
+    Add(U32("spare_3"));
+  }
+};
+
+template <typename... Tokens>
+consteval SignalRow Signal(SignalName name, unsigned id, HipVersionSet versions, MinToken min,
+                           Tokens... tokens) {
+  if (id > 0xFFFF) throw "a signal's id has 16 bits";
+  SignalRow row{.name = name, .id = static_cast<std::uint16_t>(id), .versions = versions};
+  (row.Add(tokens), ...);
+  row.min = min.min;
+  if (min.min < kSignalHeaderSize || min.min > 255) throw "Min lies outside of any signal";
+  if (min.is_end_of_fields && min.min != row.end) {
+    throw "Min is not the end of the last field: if it is meant so, write MinUnlikeEnd";
+  }
+  if (!min.is_end_of_fields && min.min == row.end) throw "Min is the end of the last field: Min";
+  return row;
+}
+
+// The rows of one family of signals.
+struct SignalTable {
+  std::span<const SignalRow> rows;
+};
+
+#endif  // VRKT_FAPI_SIGNAL_ROW_H_

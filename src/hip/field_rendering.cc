@@ -1,0 +1,119 @@
+#include "hip/field_rendering.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "base/little_endian.h"
+#include "base/text_piece.h"
+#include "fapi/enum_table.h"
+#include "fapi/signal_row.h"
+#include "fapi/vocabulary.h"
+
+namespace {
+
+// A field's constant text takes its name and at most 4 characters more.
+constexpr std::size_t kMaxHead = kMaxNameLength + 4;
+constexpr std::size_t kCharsPerWord = 7;  // as in "0x0001 "
+constexpr std::size_t kMaxValue = std::max(kMaxLabelLength, kMaxWords* kCharsPerWord + 1);
+using FieldPiece = TextPiece<kMaxHead + kMaxValue>;
+
+// An unlabelled value's field has no blank before its name in versions A to C
+// and so sticks to the field before it.
+constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
+  return version >= HipVersionTag::D;
+}
+
+void AppendEnumerated(FieldPiece& piece, std::string_view head, const EnumTable& labels,
+                      std::uint16_t value, HipVersionTag version) {
+  const std::string_view label = labels.Find(value, version);
+  if (!label.empty()) {
+    piece.Append(head);
+    piece.Append(label);
+    return;
+  }
+  piece.Append(HasBlankBeforeUnlabelled(version) ? head : head.substr(1));
+  piece.AppendDecimal(value);
+}
+
+void AppendMac(FieldPiece& piece, const std::uint8_t* address) {
+  for (int i = 0; i < 6; ++i) {
+    if (i > 0) piece.Append(':');
+    piece.AppendHex(address + i, 1);
+  }
+}
+
+// The blank stands behind the last word too.
+void AppendWords(FieldPiece& piece, const std::uint8_t* words, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    piece.Append("0x");
+    piece.AppendHex(LoadU16(words + 2 * i));
+    piece.Append(' ');
+  }
+  piece.Append(']');
+}
+
+}  // namespace
+
+void PrintDump(std::string_view head, SignalSpan region) {
+  constexpr std::size_t kBytesPerPiece = 512;
+  TextPiece<kMaxHead + 2 * kBytesPerPiece + 1> piece;
+  piece.Append(head);
+  std::size_t done = 0;
+  while (region.length - done > kBytesPerPiece) {
+    piece.AppendHex(region.bytes + done, kBytesPerPiece);
+    piece.Print();
+    piece.Clear();
+    done += kBytesPerPiece;
+  }
+  piece.AppendHex(region.bytes + done, region.length - done);
+  piece.Append('}');
+  piece.Print();
+}
+
+void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersionTag version) {
+  const std::string_view head = TextOf(field.head);
+  const std::uint8_t* const bytes = signal + field.offset;
+  FieldPiece piece;
+  if (field.renderer == FieldRenderer::kEnum16) {
+    AppendEnumerated(piece, head, *field.labels, LoadU16(bytes), version);
+    piece.Print();
+    return;
+  }
+  piece.Append(head);
+  switch (field.renderer) {
+    case FieldRenderer::kU8:
+      piece.AppendDecimal(static_cast<unsigned>(*bytes));
+      break;
+    case FieldRenderer::kU16:
+      piece.AppendDecimal(LoadU16(bytes));
+      break;
+    case FieldRenderer::kU32:
+      piece.AppendDecimal(LoadU32(bytes));
+      break;
+    case FieldRenderer::kI16:
+      piece.AppendDecimal(static_cast<std::int16_t>(LoadU16(bytes)));
+      break;
+    case FieldRenderer::kI32:
+      piece.AppendDecimal(static_cast<std::int32_t>(LoadU32(bytes)));
+      break;
+    case FieldRenderer::kX16:
+    case FieldRenderer::kX16NoSpace:
+      piece.AppendHex(LoadU16(bytes));
+      break;
+    case FieldRenderer::kX32:
+      piece.AppendHex(LoadU32(bytes));
+      break;
+    case FieldRenderer::kMac:
+      AppendMac(piece, bytes);
+      break;
+    case FieldRenderer::kHex8:
+      piece.AppendHex(bytes, 8);
+      break;
+    case FieldRenderer::kWords:
+      AppendWords(piece, bytes, field.words);
+      break;
+    case FieldRenderer::kEnum16:
+      break;
+  }
+  piece.Print();
+}

@@ -1,0 +1,57 @@
+#include "hip/hip_versions.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "base/program_name.h"
+
+namespace {
+
+// LINKTYPE_USER0 of the pcap link-type registry: the signals have a dissector of
+// their own.
+constexpr std::uint32_t kLinkTypeUser0 = 0x93;
+
+template <HipVersionTag kTag>
+constexpr HipVersionEntry Entry(const char* name, std::uint32_t version) {
+  return {name, version, &DecodeSignalOfVersion<kTag>, kLinkTypeUser0};
+}
+
+}  // namespace
+
+constinit const HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
+    Entry<HipVersionTag::A>("13.1.0", 0x0D010000),
+    Entry<HipVersionTag::B>("13.2.0", 0x0D020000),
+    Entry<HipVersionTag::C>("13.3.0", 0x0D030000),
+    Entry<HipVersionTag::D>("14.0.0", 0x0E000000),
+    Entry<HipVersionTag::E>("14.0.4", 0x0E000004),
+    Entry<HipVersionTag::F>("14.0.6", 0x0E000006),
+    Entry<HipVersionTag::G>("14.1.8", 0x0E010008),
+    Entry<HipVersionTag::H>("14.2.9", 0x0E020009),
+    Entry<HipVersionTag::I>("14.3.10", 0x0E03000A),
+    Entry<HipVersionTag::J>("14.4.11", 0x0E04000B),
+    Entry<HipVersionTag::K>("14.4.12", 0x0E04000C),
+    Entry<HipVersionTag::L>("14.5.12", 0x0E05000C),
+    {nullptr, 0, nullptr, 0},
+};
+
+std::span<const HipVersionEntry> KnownHipVersions() {
+  return std::span(HipVersionTable).first(kHipVersionCount);
+}
+
+void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hip_cursor) {
+  for (; hip_cursor->name != nullptr; ++hip_cursor) {
+    if (hip_cursor->version == hip_version) {
+      std::fprintf(stderr, "%s: Log File Hip Version %s detected\n", programName, hip_cursor->name);
+      return;
+    }
+  }
+  std::fprintf(stderr, "%s: Incompatible hip version(%d.%d.%d) detected in log file header.\n",
+               programName, static_cast<int>(hip_version >> 24U),
+               static_cast<int>(hip_version >> 16U & 0xFFU),
+               static_cast<int>(hip_version & 0xFFFFU));
+  std::fprintf(stderr, "%s: This decoder supports hip versions:\n", programName);
+  for (const HipVersionEntry& entry : KnownHipVersions()) {
+    std::fprintf(stderr, "%s:      %s\n", programName, entry.name);
+  }
+  std::exit(-1);
+}

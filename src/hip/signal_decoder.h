@@ -1,0 +1,36 @@
+#ifndef VRKT_HIP_SIGNAL_DECODER_H_
+#define VRKT_HIP_SIGNAL_DECODER_H_
+
+#include <cstdint>
+
+#include "fapi/hip_version_tags.h"
+#include "hip/hip_signal.h"
+
+// A version's decoder: prints the rest of the line of one signal, from the
+// signal's name to the line end, to standard output.
+//
+// Takes a HipSignal as six arguments; bulk 2 is shown by no version. Returns 1
+// if it printed a signal line. Returns 0 if the version does not know the id,
+// for which it prints a line that says so, and if the signal is too short for
+// its layout, for which it prints nothing: the line that its caller began stays
+// open then.
+//
+// A field that reaches behind the signal shows the bulk's bytes, and zeros
+// behind the last byte of all.
+using HipDecoder = std::uint32_t (*)(std::uint32_t signal_length, const std::uint8_t* signal,
+                                     std::uint32_t bulk1_length, const std::uint8_t* bulk1,
+                                     std::uint32_t bulk2_length, const std::uint8_t* bulk2);
+
+// What the decoders of all versions share.
+std::uint32_t DecodeHipSignal(HipVersionTag version, const HipSignal& signal);
+
+// The decoder of one version, as a HipDecoder.
+template <HipVersionTag kVersion>
+std::uint32_t DecodeSignalOfVersion(std::uint32_t signal_length, const std::uint8_t* signal,
+                                    std::uint32_t bulk1_length, const std::uint8_t* bulk1,
+                                    std::uint32_t bulk2_length, const std::uint8_t* bulk2) {
+  return DecodeHipSignal(kVersion,
+                         {{signal_length, signal}, {bulk1_length, bulk1}, {bulk2_length, bulk2}});
+}
+
+#endif  // VRKT_HIP_SIGNAL_DECODER_H_

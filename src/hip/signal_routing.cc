@@ -1,0 +1,120 @@
+#include "hip/signal_routing.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+
+#include "base/little_endian.h"
+#include "base/program_name.h"
+#include "base/unlocked_stdio.h"
+
+namespace {
+
+// The signal header, as far as it is used. Versions below 12.0 kept the bulk
+// lengths in it, later ones in the log's record.
+constexpr std::size_t kIdOffset = 0;
+constexpr std::size_t kSecondWordOffset = 2;
+constexpr std::size_t kBulk1LengthOffset = 8;
+constexpr std::size_t kBulk2LengthOffset = 12;
+constexpr std::size_t kDroppedFramesOffset = 12;
+constexpr std::uint32_t kFirstVersionWithoutBulkLengths = 0x0C000000;
+
+// Ids 0x0065 to 0x9FFF go to the HIP side.
+constexpr std::uint16_t kFirstHipId = 0x0065;
+constexpr std::uint16_t kLastHipId = 0x9FFF;
+
+template <std::size_t kWidth>
+std::array<std::uint8_t, kWidth> BytesAt(SignalSpan payload, std::size_t offset) {
+  std::array<std::uint8_t, kWidth> bytes{};
+  if (offset < payload.length) {
+    std::copy_n(payload.bytes + offset, std::min(kWidth, payload.length - offset), bytes.begin());
+  }
+  return bytes;
+}
+
+std::uint16_t U16At(SignalSpan payload, std::size_t offset) {
+  return LoadU16(BytesAt<2>(payload, offset).data());
+}
+
+std::uint32_t U32At(SignalSpan payload, std::size_t offset) {
+  return LoadU32(BytesAt<4>(payload, offset).data());
+}
+
+std::optional<HipSignal> Refuse() {
+  std::printf("%s: Invalid length in data reference\n", programName);
+  return std::nullopt;
+}
+
+std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
+  const std::uint32_t bulk1_length = U16At(payload, kBulk1LengthOffset);
+  const std::uint32_t bulk2_length = U16At(payload, kBulk2LengthOffset);
+  if (bulk1_length + bulk2_length > payload.length) return Refuse();
+  const std::uint32_t signal_length = payload.length - bulk1_length - bulk2_length;
+  const std::uint8_t* const bulk1 = payload.bytes + signal_length;
+  return HipSignal{
+      {signal_length, payload.bytes}, {bulk1_length, bulk1}, {bulk2_length, bulk1 + bulk1_length}};
+}
+
+std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t signal_length) {
+  // Wraps round, above the payload's length, if the signal claims to be longer.
+  const std::uint32_t bulk1_length = payload.length - signal_length;
+  if (bulk1_length > payload.length) return Refuse();
+  return HipSignal{
+      {signal_length, payload.bytes}, {bulk1_length, payload.bytes + signal_length}, {0, nullptr}};
+}
+
+}  // namespace
+
+std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driver_unloaded) {
+  driver_unloaded = false;
+  const std::uint16_t id = U16At(payload, kIdOffset);
+  // The five ids that are known here lie on the HIP side of the routing, so that
+  // none of them arrives today.
+  switch (id) {
+    case 0x8010:
+      driver_unloaded = true;
+      PrintPiece("Driver: Unloaded\n");
+      return 1;
+    case 0x8011:
+      std::printf("Driver: Dropped: %d Udi Frames\n",
+                  static_cast<std::int32_t>(U32At(payload, kDroppedFramesOffset)));
+      return 1;
+    case 0x8012:
+      std::printf("Driver: Dropped: %d Udi Basic Data Frames\n",
+                  static_cast<std::int32_t>(U32At(payload, kDroppedFramesOffset)));
+      return 1;
+    case 0x8013:
+      PrintPiece("Driver: Suspended\n");
+      return 1;
+    case 0x8014:
+      PrintPiece("Driver: Resumed\n");
+      return 1;
+    default:
+      std::printf("Unknown Driver Signal : 0x%.4x\n", static_cast<unsigned>(id));
+      return 0;
+  }
+}
+
+std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t signal_length,
+                                           std::uint32_t hip_version) {
+  if (hip_version < kFirstVersionWithoutBulkLengths) return SplitByBulkLengths(payload);
+  return SplitBySignalLength(payload, signal_length);
+}
+
+void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersionEntry& version,
+                 bool& driver_unloaded) {
+  const std::uint16_t id = U16At(payload, kIdOffset);
+  if (id < kFirstHipId || id > kLastHipId) {
+    if (DecodeDriverSignal(payload, driver_unloaded) == 0) {
+      std::fprintf(stderr, "%s: Decode Error: Unknown Signal 0x%.4X::0x%.4X\n", programName,
+                   static_cast<unsigned>(U16At(payload, kSecondWordOffset)),
+                   static_cast<unsigned>(id));
+    }
+    return;
+  }
+  const std::optional<HipSignal> split = SplitSignalRecord(payload, signal_length, version.version);
+  if (!split) return;
+  version.decoder(split->signal.length, split->signal.bytes, split->bulk1.length,
+                  split->bulk1.bytes, split->bulk2.length, split->bulk2.bytes);
+}

@@ -1,0 +1,27 @@
+#ifndef VRKT_HIP_SIGNAL_ROUTING_H_
+#define VRKT_HIP_SIGNAL_ROUTING_H_
+
+#include <cstdint>
+#include <optional>
+
+#include "hip/hip_signal.h"
+#include "hip/hip_versions.h"
+
+// Decides from the id who decodes a complete record's payload, and has it
+// decoded. `signal_length` is the record's word of that name. Bytes behind the
+// payload read as zero. `driver_unloaded` is cleared by a signal of the driver
+// side.
+void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersionEntry& version,
+                 bool& driver_unloaded);
+
+// Prints the line of a signal of the driver side. Returns 1 if it knew the id,
+// otherwise 0.
+std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driver_unloaded);
+
+// Cuts a payload into signal and bulk, by the rule of this packed HIP version.
+// If the lengths do not fit the payload, prints that in the signal's place and
+// returns nothing.
+std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t signal_length,
+                                           std::uint32_t hip_version);
+
+#endif  // VRKT_HIP_SIGNAL_ROUTING_H_

@@ -1,0 +1,201 @@
+#include "intake/log_stream.h"
+
+#include <array>
+#include <cstdlib>
+#include <memory>
+
+#include "base/little_endian.h"
+#include "base/program_name.h"
+#include "base/unlocked_stdio.h"
+#include "capture/pcap_writer.h"
+#include "hip/signal_routing.h"
+#include "intake/line_stamp.h"
+
+namespace {
+
+constexpr std::uint32_t kHeaderMagic = 0x1289ABEF;
+constexpr std::uint32_t kFormatVersion = 6;
+constexpr std::uint32_t kDriverEventMagic = 0x13572467;
+constexpr std::uint32_t kSignalRecordMagic = 0x13572468;
+
+// The words of a record behind its magic.
+struct DriverEvent {
+  std::int32_t time;   // milliseconds from the time base
+  std::uint32_t type;  // a DriverEventType, or one that this tool does not know
+  std::uint32_t size;  // bytes of payload that follow
+};
+
+struct SignalRecord {
+  std::int32_t time;            // milliseconds from the time base
+  std::uint32_t length;         // bytes of payload that follow
+  std::uint32_t signal_length;  // how many of them are the signal; the rest is bulk
+};
+
+enum DriverEventType : std::uint32_t { kTimeRef = 0, kLoad = 1, kUnload = 2 };
+
+enum class RecordOutcome { kNextRecord, kNewEpoch, kOrderlyEnd };
+
+struct FreeBlock {
+  void operator()(std::uint8_t* block) const { std::free(block); }
+};
+
+// A record's payload. It comes from malloc because the stream alone fills it:
+// a length that lies costs address space, not memory.
+using PayloadBlock = std::unique_ptr<std::uint8_t[], FreeBlock>;
+
+void PrintDriverLine(RunState& state, std::int32_t time, std::string_view line) {
+  PrintLineStamp(state.time_base, time, state.stamped_second);
+  PrintPiece(line);
+}
+
+RecordOutcome HandleTimeRef(RunState& state, const DriverEvent& event) {
+  if (event.size != 4 && event.size != 8) {
+    std::fprintf(stderr,
+                 "%s: size(%d) detected in TimeRef log entry. Expected size == 4 || Expected size "
+                 "== 8\n",
+                 programName, static_cast<std::int32_t>(event.size));
+    return RecordOutcome::kOrderlyEnd;
+  }
+  state.time_base = QenWifiDriverLogReadUint32(state.input);
+  if (event.size == 8) {
+    const auto uptime = static_cast<std::int32_t>(QenWifiDriverLogReadUint32(state.input));
+    PrintLineStamp(state.time_base, event.time, state.stamped_second);
+    std::printf("Driver: Uptime: %d seconds\n", uptime);
+  }
+  return RecordOutcome::kNextRecord;
+}
+
+RecordOutcome HandleLoad(RunState& state, const DriverEvent& event) {
+  if (event.size != 0) {
+    std::fprintf(stderr, "%s: size(%d) detected in Driver Load log entry. Expected size == 0\n",
+                 programName, static_cast<std::int32_t>(event.size));
+    return RecordOutcome::kOrderlyEnd;
+  }
+  PrintDriverLine(state, event.time, "Driver: Loaded\n");
+  if (!state.driver_unloaded) return RecordOutcome::kNextRecord;
+  state.driver_unloaded = false;
+  return RecordOutcome::kNewEpoch;
+}
+
+RecordOutcome HandleUnload(RunState& state, const DriverEvent& event) {
+  if (event.size != 0) {
+    std::fprintf(stderr, "%s: size(%d detected in Driver Unload log entry. Expected size == 0\n",
+                 programName, static_cast<std::int32_t>(event.size));
+    return RecordOutcome::kOrderlyEnd;
+  }
+  state.driver_unloaded = true;
+  PrintDriverLine(state, event.time, "Driver: Unloaded\n");
+  return RecordOutcome::kNextRecord;
+}
+
+// The stream stands behind the event's size word.
+RecordOutcome HandleDriverEvent(RunState& state, const DriverEvent& event) {
+  switch (event.type) {
+    case kTimeRef:
+      return HandleTimeRef(state, event);
+    case kLoad:
+      return HandleLoad(state, event);
+    case kUnload:
+      return HandleUnload(state, event);
+    default:
+      // Its size is not taken at its word: the next record is looked for right
+      // here.
+      return RecordOutcome::kNextRecord;
+  }
+}
+
+// The stream stands behind the record's signal length.
+RecordOutcome HandleSignalRecord(RunState& state, const SignalRecord& record) {
+  const PayloadBlock payload(static_cast<std::uint8_t*>(std::malloc(record.length)));
+  if (payload == nullptr && record.length != 0) {
+    std::fprintf(stderr, "%s: malloc(logData.data) of %u bytes Failed\n", programName,
+                 static_cast<unsigned>(record.length));
+    return RecordOutcome::kOrderlyEnd;
+  }
+  if (ReadBytes(payload.get(), record.length, state.input) < record.length) {
+    if (std::feof(state.input) == 0) {
+      std::fprintf(stderr, "%s: fread(logData.data) not enough bytes read\n", programName);
+    }
+    return RecordOutcome::kOrderlyEnd;
+  }
+  PrintLineStamp(state.time_base, record.time, state.stamped_second);
+  if (state.pcap != nullptr) {
+    WritePcapRecord(state.pcap, state.time_base, record.time, record.length, payload.get());
+  }
+  RouteSignal({record.length, payload.get()}, record.signal_length, *state.hip_cursor,
+              state.driver_unloaded);
+  return RecordOutcome::kNextRecord;
+}
+
+RecordOutcome ReadRecord(RunState& state) {
+  const std::uint32_t magic = QenWifiDriverLogReadUint32(state.input);
+  const auto time = static_cast<std::int32_t>(QenWifiDriverLogReadUint32(state.input));
+  const std::uint32_t third = QenWifiDriverLogReadUint32(state.input);
+  const std::uint32_t fourth = QenWifiDriverLogReadUint32(state.input);
+  switch (magic) {
+    case kSignalRecordMagic:
+      return HandleSignalRecord(state, {time, third, fourth});
+    case kDriverEventMagic:
+      return HandleDriverEvent(state, {time, third, fourth});
+    default:
+      std::fprintf(stderr, "%s: Bad Magic number detected in log. magic:0x%.8X\n", programName,
+                   static_cast<unsigned>(magic));
+      return RecordOutcome::kOrderlyEnd;
+  }
+}
+
+}  // namespace
+
+std::uint32_t QenWifiDriverLogReadUint32(std::FILE* stream) {
+  std::array<std::uint8_t, 4> word{};
+  for (std::uint8_t& byte : word) {
+    const int c = ReadByte(stream);
+    if (c == EOF) {
+      if (std::feof(stream) != 0) std::exit(0);
+      std::fprintf(stderr, "%s: QenWifiDriverLogReadUint32() not enough bytes read\n", programName);
+      std::exit(-1);
+    }
+    byte = static_cast<std::uint8_t>(c);
+  }
+  return LoadU32(word.data());
+}
+
+std::uint32_t ReadLogFileHeader(std::FILE* stream) {
+  // The format version is judged before the magic and before the last word is
+  // read: the order decides which report a damaged header gets.
+  const std::uint32_t magic = QenWifiDriverLogReadUint32(stream);
+  const std::uint32_t format_version = QenWifiDriverLogReadUint32(stream);
+  if (format_version < kFormatVersion) {
+    std::fprintf(stderr, "%s: Log File Format Version %d detected. Not Supported.\n", programName,
+                 static_cast<std::int32_t>(format_version));
+    std::exit(-1);
+  }
+  const std::uint32_t hip_version = QenWifiDriverLogReadUint32(stream);
+  if (magic != kHeaderMagic) {
+    std::fprintf(stderr, "%s: Bad Magic number detected in log file header. magic:0x%.8X\n",
+                 programName, static_cast<unsigned>(magic));
+    std::exit(-1);
+  }
+  if (format_version != kFormatVersion) {
+    std::fprintf(stderr,
+                 "%s: Incompatible version(%d) detected in log file header.\n"
+                 "This decoder supports version %d and below.\n",
+                 programName, static_cast<std::int32_t>(format_version),
+                 static_cast<int>(kFormatVersion));
+    std::exit(-1);
+  }
+  return hip_version;
+}
+
+RecordsOutcome ReadRecords(RunState& state) {
+  for (;;) {
+    switch (ReadRecord(state)) {
+      case RecordOutcome::kNextRecord:
+        break;
+      case RecordOutcome::kNewEpoch:
+        return RecordsOutcome::kNewEpoch;
+      case RecordOutcome::kOrderlyEnd:
+        return RecordsOutcome::kOrderlyEnd;
+    }
+  }
+}

@@ -1,0 +1,88 @@
+#include "hip/field_rendering.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "fapi/enumerations/data_path.h"
+#include "fapi/vocabulary.h"
+#include "support/log_builder.h"
+#include "support/process.h"
+
+namespace {
+
+// The forms print behind whatever constant text the vocabulary has: this takes
+// the text of a name from there.
+LayoutText AnyHead() { return AllSignalLayouts().front().name; }
+
+std::string Render(FieldRenderer renderer, std::string_view hex, std::uint8_t words = 0,
+                   HipVersionTag version = HipVersionTag::L) {
+  // Put at an odd offset, with bytes around it that must not matter.
+  std::string bytes(1, '\xEE');
+  bytes.append(FromHex(hex)).append(1, '\xEE');
+  const FieldLayout field{&kDirection, AnyHead(), 1, renderer, words};
+  const std::string text = CaptureStandardOutput(
+      [&] { PrintField(field, reinterpret_cast<const std::uint8_t*>(bytes.data()), version); });
+  const std::string head(TextOf(AnyHead()));
+  EXPECT_EQ(text.substr(0, head.size()), head);
+  return text.substr(head.size());
+}
+
+TEST(FieldRendering, EveryFormPrintsItsValue) {
+  const struct {
+    FieldRenderer renderer;
+    const char* bytes;
+    const char* text;
+  } kCases[] = {
+      {FieldRenderer::kU8, "ff", "255"},
+      {FieldRenderer::kU8, "00", "0"},
+      {FieldRenderer::kU16, "3412", "4660"},
+      {FieldRenderer::kU16, "ffff", "65535"},
+      {FieldRenderer::kU32, "ffffffff", "4294967295"},
+      {FieldRenderer::kU32, "00000080", "2147483648"},
+      {FieldRenderer::kI16, "ffff", "-1"},
+      {FieldRenderer::kI16, "0080", "-32768"},
+      {FieldRenderer::kI16, "ff7f", "32767"},
+      {FieldRenderer::kI32, "ffffffff", "-1"},
+      {FieldRenderer::kI32, "00000080", "-2147483648"},
+      {FieldRenderer::kX16, "0000", "0000"},
+      {FieldRenderer::kX16, "cdab", "abcd"},
+      {FieldRenderer::kX16NoSpace, "1000", "0010"},
+      {FieldRenderer::kX32, "2a000000", "0000002a"},
+      {FieldRenderer::kX32, "efcdab89", "89abcdef"},
+      {FieldRenderer::kMac, "000a0b0c0dfe", "00:0a:0b:0c:0d:fe"},
+      {FieldRenderer::kHex8, "0102030405060708", "0102030405060708"},
+      {FieldRenderer::kEnum16, "0100", "receive"},
+      {FieldRenderer::kEnum16, "0001", "256"},
+      {FieldRenderer::kEnum16, "ffff", "65535"},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_EQ(Render(c.renderer, c.bytes), c.text)
+        << "form " << static_cast<int>(c.renderer) << " of " << c.bytes;
+  }
+}
+
+TEST(FieldRendering, WordsCloseBehindABlank) {
+  EXPECT_EQ(Render(FieldRenderer::kWords, "0100 0200 ffff", 3), "0x0001 0x0002 0xffff ]");
+  EXPECT_EQ(Render(FieldRenderer::kWords, "0100 0200 ffff", 1), "0x0001 ]");
+}
+
+TEST(FieldRendering, DumpsOfAnyLengthAreWhole) {
+  for (const std::size_t length : {0, 1, 15, 16, 17, 511, 512, 513, 1024, 1025, 70000}) {
+    std::string bytes;
+    std::string hex;
+    for (std::size_t i = 0; i < length; ++i) {
+      const auto byte = static_cast<unsigned char>(i * 7 + i / 256);
+      bytes += static_cast<char>(byte);
+      hex += "0123456789abcdef"[byte / 16];
+      hex += "0123456789abcdef"[byte % 16];
+    }
+    EXPECT_EQ(CaptureStandardOutput([&] {
+                PrintDump(" data:{", {static_cast<std::uint32_t>(length),
+                                      reinterpret_cast<const std::uint8_t*>(bytes.data())});
+              }),
+              " data:{" + hex + "}");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,107 @@
+#include "hip/signal_routing.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/log_builder.h"
+#include "support/process.h"
+
+namespace {
+
+constexpr std::uint32_t kLegacyVersion = 0x0BFF0000;
+
+SignalSpan SpanOf(const std::string& bytes) {
+  return {static_cast<std::uint32_t>(bytes.size()),
+          reinterpret_cast<const std::uint8_t*>(bytes.data())};
+}
+
+// Versions below 12.0 have no row in the table, so that no log reaches this.
+TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
+  const struct {
+    const char* what;
+    std::size_t payload;
+    unsigned bulk1;
+    unsigned bulk2;
+    bool accepted;
+  } kCases[] = {
+      {"both", 40, 6, 4, true},
+      {"none", 40, 0, 0, true},
+      {"all of it", 40, 30, 10, true},
+      {"one too many", 40, 30, 11, false},
+      {"a sum above 16 bits", 40, 0xFFFF, 0xFFFF, false},
+  };
+  for (const auto& c : kCases) {
+    std::string payload(c.payload, '\0');
+    payload[8] = static_cast<char>(c.bulk1);
+    payload[9] = static_cast<char>(c.bulk1 >> 8);
+    payload[12] = static_cast<char>(c.bulk2);
+    payload[13] = static_cast<char>(c.bulk2 >> 8);
+    const SignalSpan span = SpanOf(payload);
+    std::optional<HipSignal> split;
+    const std::string text =
+        CaptureStandardOutput([&] { split = SplitSignalRecord(span, 0xFFFFFFFF, kLegacyVersion); });
+    ASSERT_EQ(split.has_value(), c.accepted) << c.what;
+    EXPECT_EQ(text,
+              c.accepted ? "" : "vrkt_wlan_udi_log_decode: Invalid length in data reference\n");
+    if (!split) continue;
+    const std::uint32_t signal_length = span.length - c.bulk1 - c.bulk2;
+    EXPECT_EQ(split->signal.length, signal_length) << c.what;
+    EXPECT_EQ(split->signal.bytes, span.bytes);
+    EXPECT_EQ(split->bulk1.length, c.bulk1);
+    EXPECT_EQ(split->bulk1.bytes, span.bytes + signal_length);
+    EXPECT_EQ(split->bulk2.length, c.bulk2);
+    EXPECT_EQ(split->bulk2.bytes, span.bytes + signal_length + c.bulk1);
+  }
+}
+
+TEST(SignalRouting, CurrentSplitTakesTheRecordsSignalLength) {
+  const std::string payload(40, '\0');
+  const SignalSpan span = SpanOf(payload);
+  for (const std::uint32_t signal_length : {0U, 1U, 39U, 40U}) {
+    const std::optional<HipSignal> split = SplitSignalRecord(span, signal_length, 0x0C000000);
+    ASSERT_TRUE(split.has_value());
+    EXPECT_EQ(split->signal.length, signal_length);
+    EXPECT_EQ(split->bulk1.length, 40 - signal_length);
+    EXPECT_EQ(split->bulk1.bytes, span.bytes + signal_length);
+    EXPECT_EQ(split->bulk2.length, 0U);
+    EXPECT_EQ(split->bulk2.bytes, nullptr);
+  }
+  for (const std::uint32_t signal_length : {41U, 0x80000000U, 0xFFFFFFFFU}) {
+    CaptureStandardOutput(
+        [&] { EXPECT_FALSE(SplitSignalRecord(span, signal_length, 0x0C000000).has_value()); });
+  }
+}
+
+// The routing hands none of the five known ids over, so that no log reaches
+// this either.
+TEST(SignalRouting, DriverSignals) {
+  const struct {
+    const char* bytes;
+    const char* text;
+    std::uint32_t result;
+    bool unloaded;
+  } kCases[] = {
+      {"1080", "Driver: Unloaded\n", 1, true},
+      {"1180 0000 0000 0000 0000 0000 01000000", "Driver: Dropped: 1 Udi Frames\n", 1, false},
+      {"1280 0000 0000 0000 0000 0000 ffffffff", "Driver: Dropped: -1 Udi Basic Data Frames\n", 1,
+       false},
+      {"1180 0000 0000 0000 0000 0000 0102", "Driver: Dropped: 513 Udi Frames\n", 1, false},
+      {"1380", "Driver: Suspended\n", 1, false},
+      {"1480", "Driver: Resumed\n", 1, false},
+      {"1580", "Unknown Driver Signal : 0x8015\n", 0, false},
+      {"64", "Unknown Driver Signal : 0x0064\n", 0, false},
+      {"", "Unknown Driver Signal : 0x0000\n", 0, false},
+  };
+  for (const auto& c : kCases) {
+    const std::string payload = FromHex(c.bytes);
+    for (bool unloaded : {false, true}) {
+      EXPECT_EQ(CaptureStandardOutput(
+                    [&] { EXPECT_EQ(DecodeDriverSignal(SpanOf(payload), unloaded), c.result); }),
+                c.text);
+      EXPECT_EQ(unloaded, c.unloaded) << c.bytes;
+    }
+  }
+}
+
+}  // namespace

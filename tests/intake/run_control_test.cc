@@ -1,0 +1,28 @@
+#include "intake/run_control.h"
+
+#include <gtest/gtest.h>
+
+#include "base/program_name.h"
+#include "support/process.h"
+
+namespace {
+
+// No shell can start a process like these two.
+TEST(RunControl, AbsentArguments) {
+  EXPECT_STREQ(ResolveProgramName(nullptr), "vrkt_wlan_udi_log_decode");
+  const char* const kEmptyVector[] = {nullptr};
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(CaptureStandardOutput([&] { EXPECT_EQ(RunLogDecoder(0, kEmptyVector), -1); }), kBanner);
+  EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with(
+      "Usage   : vrkt_wlan_udi_log_decode <filename|stdin> [--pcap]\n"));
+}
+
+TEST(RunControl, ProgramName) {
+  EXPECT_STREQ(ResolveProgramName("/a/b/tool"), "tool");
+  EXPECT_STREQ(ResolveProgramName("tool"), "tool");
+  EXPECT_STREQ(ResolveProgramName("a//b"), "b");
+  EXPECT_STREQ(ResolveProgramName("/a/b/"), "");
+  EXPECT_STREQ(ResolveProgramName(""), "");
+}
+
+}  // namespace

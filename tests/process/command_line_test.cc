@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <string>
+
+#include "support/log_builder.h"
+#include "support/process.h"
+
+namespace {
+
+std::string Usage(const std::string& name) {
+  return "Usage   : " + name +
+         " <filename|stdin> [--pcap]\n"
+         "        : where\n"
+         "        :     <filename> is the file to log to decode.\n"
+         "        :     <filename> == 'stdin' the data is read raw from stdin.\n"
+         "        :     --pcap can be given to generate a pcap file [optional]\n"
+         "        :            This must be given as the last parameter(after the "
+         "<filename|stdin>)\n"
+         "        : Live logging example\n"
+         "        :     vrkt_wlan_udi_log stdout | " +
+         name +
+         " stdin\n"
+         "        : Supported Hip Versions\n"
+         "        :     13.1.0\n        :     13.2.0\n        :     13.3.0\n"
+         "        :     14.0.0\n        :     14.0.4\n        :     14.0.6\n"
+         "        :     14.1.8\n        :     14.2.9\n        :     14.3.10\n"
+         "        :     14.4.11\n        :     14.4.12\n        :     14.5.12\n";
+}
+
+TEST(CommandLine, Refusals) {
+  const struct {
+    const char* name;
+    std::vector<std::string> arguments;
+    std::string err;
+    int status;
+  } kCases[] = {
+      {"decode", {}, Usage("decode"), 1},
+      {"/a/b/tool", {}, Usage("tool"), 1},
+      {"/a/b/", {}, Usage(""), 1},
+      {"tool",
+       {"--pcap"},
+       "itool: --pcap must be given after filename/stdin\n" + Usage("tool"),
+       255},
+      {"tool",
+       {"--pcap", "stdin"},
+       "itool: --pcap must be given after filename/stdin\n" + Usage("tool"),
+       255},
+      {"tool",
+       {"absent.bin", "--pcap"},
+       "tool: fopen(absent.bin) Failed errno:" + std::to_string(ENOENT) + "\n",
+       255},
+      {"tool", {""}, "tool: fopen() Failed errno:" + std::to_string(ENOENT) + "\n", 255},
+  };
+  for (const auto& c : kCases) {
+    const TemporaryDirectory directory;
+    const ToolResult result =
+        RunTool({.arguments = c.arguments, .directory = directory.path(), .name = c.name});
+    EXPECT_EQ(result.out, kBanner);
+    EXPECT_EQ(result.err, c.err);
+    EXPECT_EQ(result.status, c.status);
+    // The input is opened first: a run without one leaves no capture file.
+    EXPECT_TRUE(std::filesystem::is_empty(directory.path())) << c.err;
+  }
+}
+
+TEST(CommandLine, WhereTheLogComesFromAndWhetherItIsCaptured) {
+  const struct {
+    std::vector<std::string> arguments;
+    bool reads_file;
+    bool captures;
+  } kCases[] = {
+      {{"stdin"}, false, false},
+      {{"stdin", "--pcap"}, false, true},
+      {{"stdin", "--pcap", "extra"}, false, true},
+      {{"stdin", "extra", "--pcap"}, false, false},
+      {{"stdin", "--pcap2"}, false, false},
+      {{"./stdin"}, true, false},
+      {{"./stdin", "--pcap", "--pcap"}, true, true},
+  };
+  const std::string file = Log().Header("14.5.12").Load(0ms).bytes();
+  const std::string input = Log().Header("14.5.12").Unload(0ms).bytes();
+  for (const auto& c : kCases) {
+    const TemporaryDirectory directory;
+    WriteFile(directory.path() + "/stdin", file);
+    const ToolResult result =
+        RunTool({.arguments = c.arguments, .input = input, .directory = directory.path()});
+    EXPECT_EQ(result.out, std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: " +
+                              (c.reads_file ? "Loaded\n" : "Unloaded\n"));
+    EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.pcap.size(), c.captures ? 24U : 0U);
+    EXPECT_EQ(std::filesystem::exists(directory.path() + "/udi_fapi.pcap"), c.captures);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,232 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/log_builder.h"
+#include "support/process.h"
+
+namespace {
+
+constexpr const char* kDetected = "decode: Log File Hip Version 14.5.12 detected\n";
+
+std::string SupportedVersions() {
+  std::string text = "decode: This decoder supports hip versions:\n";
+  for (const char* version : {"13.1.0", "13.2.0", "13.3.0", "14.0.0", "14.0.4", "14.0.6", "14.1.8",
+                              "14.2.9", "14.3.10", "14.4.11", "14.4.12", "14.5.12"}) {
+    text += std::string("decode:      ") + version + "\n";
+  }
+  return text;
+}
+
+TEST(LogStream, Headers) {
+  constexpr std::uint32_t kGood = Log::kHeaderMagic;
+  constexpr std::uint32_t kL = 0x0E05000C;
+  const struct {
+    Log log;
+    std::string err;
+    int status;
+  } kCases[] = {
+      {Log(), "", 0},
+      {Log().Bytes("\xEF\xAB"), "", 0},
+      {Log().Words({kGood}), "", 0},
+      {Log().Words({kGood, 6}), "", 0},
+      {Log().Words({kGood, 6}).Bytes("abc"), "", 0},
+      {Log().Words({kGood, 6, kL}), kDetected, 0},
+      // The format version is judged first, and before the last word is read.
+      {Log().Words({0xDEADBEEF, 5}), "decode: Log File Format Version 5 detected. Not Supported.\n",
+       255},
+      {Log().Words({kGood, 0, kL}), "decode: Log File Format Version 0 detected. Not Supported.\n",
+       255},
+      {Log().Words({0xDEADBEEF, 7}), "", 0},
+      {Log().Words({0x00ABCDEF, 7, kL}),
+       "decode: Bad Magic number detected in log file header. magic:0x00ABCDEF\n", 255},
+      {Log().Words({0xDEADBEEF, 6, 0}),
+       "decode: Bad Magic number detected in log file header. magic:0xDEADBEEF\n", 255},
+      {Log().Words({kGood, 7, 0}),
+       "decode: Incompatible version(7) detected in log file header.\nThis decoder supports "
+       "version 6 and below.\n",
+       255},
+      {Log().Words({kGood, 0x80000006, kL}),
+       "decode: Incompatible version(-2147483642) detected in log file header.\nThis decoder "
+       "supports version 6 and below.\n",
+       255},
+      {Log().Words({kGood, 6, 0x0E04000D}),
+       "decode: Incompatible hip version(14.4.13) detected in log file header.\n" +
+           SupportedVersions(),
+       255},
+      {Log().Words({kGood, 6, 0}),
+       "decode: Incompatible hip version(0.0.0) detected in log file header.\n" +
+           SupportedVersions(),
+       255},
+      {Log().Words({kGood, 6, 0xFFFFFFFF}),
+       "decode: Incompatible hip version(255.255.65535) detected in log file header.\n" +
+           SupportedVersions(),
+       255},
+  };
+  for (const auto& c : kCases) {
+    const ToolResult result = RunTool({.input = c.log.bytes()});
+    EXPECT_EQ(result.out, kBanner);
+    EXPECT_EQ(result.err, c.err);
+    EXPECT_EQ(result.status, c.status);
+  }
+}
+
+// What stands behind the header and behind the banner, in a run that ends with
+// status 0.
+TEST(LogStream, Records) {
+  const Fapi driver_side = Fapi(0).PadTo(2).Bytes("3412");
+  const std::string kDriverSideText = "Unknown Driver Signal : 0x0000\n";
+  const std::string kDriverSideReport = "decode: Decode Error: Unknown Signal 0x1234::0x0000\n";
+  const struct {
+    const char* what;
+    Log records;
+    std::string out;
+    std::string err;
+  } kCases[] = {
+      {"TimeRef of size 4 prints nothing", Log().TimeRef(1000), "", ""},
+      {"it moves all later stamps", Log().TimeRef(1000).Load(1500ms).TimeRef(5).Load(-1ms),
+       "1970/01/01-00:16:41.500 Driver: Loaded\n1970/01/01-00:00:05.999 Driver: Loaded\n", ""},
+      {"TimeRef of size 8 is stamped with its own base",
+       Log().TimeRef(1000, 0xFFFFFFFF, 250ms).TimeRef(1000, 77, 0ms),
+       "1970/01/01-00:16:40.250 Driver: Uptime: -1 seconds\n"
+       "1970/01/01-00:16:40.000 Driver: Uptime: 77 seconds\n",
+       ""},
+      {"TimeRef of another size", Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}).Load(0ms), "",
+       "decode: size(12) detected in TimeRef log entry. Expected size == 4 || Expected size == "
+       "8\n"},
+      {"TimeRef of no size", Log().Words({Log::kEventMagic, 0, 0, 0}).Load(0ms), "",
+       "decode: size(0) detected in TimeRef log entry. Expected size == 4 || Expected size == "
+       "8\n"},
+      {"Load of another size", Log().Words({Log::kEventMagic, 0, 1, 0xFFFFFFFF}), "",
+       "decode: size(-1) detected in Driver Load log entry. Expected size == 0\n"},
+      {"Unload of another size", Log().Words({Log::kEventMagic, 0, 2, 4, 0}), "",
+       "decode: size(4 detected in Driver Unload log entry. Expected size == 0\n"},
+      {"events of unknown type are passed over", Log().Words({Log::kEventMagic, 0, 3, 0}).Load(0ms),
+       "1970/01/01-00:00:00.000 Driver: Loaded\n", ""},
+      {"but not their payload", Log().Words({Log::kEventMagic, 0, 3, 4, 0xABCD}).Load(0ms), "",
+       "decode: Bad Magic number detected in log. magic:0x0000ABCD\n"},
+      {"a bad magic costs four words", Log().Words({0, 1, 2}).Bytes("abc"), "", ""},
+      {"and no more", Log().Words({0, 1, 2, 3}), "",
+       "decode: Bad Magic number detected in log. magic:0x00000000\n"},
+      {"a header in a record's place", Log().Header("14.5.12").Load(0ms), "",
+       "decode: Bad Magic number detected in log. magic:0x1289ABEF\n"},
+      {"a record of no length is of the driver side", Log().Record(0ms, "", 0).Load(0ms),
+       "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0000\n"
+       "1970/01/01-00:00:00.000 Driver: Loaded\n",
+       "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
+      {"words behind the last byte read as zero",
+       Log().Record(0ms, "\x12", 0).Record(0ms, "\x13\xA0\x56", 3),
+       "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0012\n"
+       "1970/01/01-00:00:00.000 Unknown Driver Signal : 0xa013\n",
+       "decode: Decode Error: Unknown Signal 0x0000::0x0012\n"
+       "decode: Decode Error: Unknown Signal 0x0056::0xA013\n"},
+      {"the ids on either side of the routing's borders",
+       Log()
+           .Signal(0ms, Fapi(0x0064).PadTo(4))
+           .Signal(1ms, Fapi(0x0065))
+           .Signal(2ms, Fapi(0x9FFF))
+           .Signal(3ms, Fapi(0xA000))
+           .Signal(4ms, Fapi(0xFFFF)),
+       "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0064\n"
+       "1970/01/01-00:00:00.001 Unknown Hip Signal : 0x0065\n"
+       "1970/01/01-00:00:00.002 Unknown Hip Signal : 0x9fff\n"
+       "1970/01/01-00:00:00.003 Unknown Driver Signal : 0xa000\n"
+       "1970/01/01-00:00:00.004 Unknown Driver Signal : 0xffff\n",
+       "decode: Decode Error: Unknown Signal 0xCCDD::0x0064\n"
+       "decode: Decode Error: Unknown Signal 0xCCDD::0xA000\n"
+       "decode: Decode Error: Unknown Signal 0xCCDD::0xFFFF\n"},
+      {"a signal longer than its record", Log().Record(1ms, Fapi(0x1000).signal(), 11).Load(2ms),
+       "1970/01/01-00:00:00.001 decode: Invalid length in data reference\n"
+       "1970/01/01-00:00:00.002 Driver: Loaded\n",
+       ""},
+      {"is no matter on the driver side", Log().Record(1ms, FromHex("0000 0000"), 0xFFFFFFFF),
+       "1970/01/01-00:00:00.001 Unknown Driver Signal : 0x0000\n",
+       "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
+      {"a short signal leaves its line open", Log().Signal(1ms, Fapi(0x1000).PadTo(33)).Load(2ms),
+       "1970/01/01-00:00:00.001 1970/01/01-00:00:00.002 Driver: Loaded\n", ""},
+      {"a signal length of 0: all of it is bulk",
+       Log().Record(0ms, Fapi(0x1100).U16(7).PadTo(12).signal(), 0),
+       "1970/01/01-00:00:00.000 ma_unitdata_cfm vif:7 transmission_status:successful "
+       "host_tag:0x0000 sequence_number:0 peer_index:0 spare_1:0 spare_2:0 spare_3:0\n",
+       ""},
+      {"Load opens an epoch behind Unload alone",
+       Log().Load(0ms).Unload(1ms).Load(2ms).Header("14.5.12").Load(3ms),
+       "1970/01/01-00:00:00.000 Driver: Loaded\n1970/01/01-00:00:00.001 Driver: Unloaded\n"
+       "1970/01/01-00:00:00.002 Driver: Loaded\n1970/01/01-00:00:00.003 Driver: Loaded\n",
+       kDetected},
+      {"a driver-side signal in between takes that back",
+       Log().Unload(1ms).Signal(2ms, driver_side).Load(3ms).Header("14.5.12").Load(4ms),
+       "1970/01/01-00:00:00.001 Driver: Unloaded\n1970/01/01-00:00:00.002 " + kDriverSideText +
+           "1970/01/01-00:00:00.003 Driver: Loaded\n",
+       kDriverSideReport + "decode: Bad Magic number detected in log. magic:0x1289ABEF\n"},
+      {"one of the HIP side does not",
+       Log().Unload(1ms).Signal(2ms, Fapi(0x8010)).Load(3ms).Header("14.5.12"),
+       "1970/01/01-00:00:00.001 Driver: Unloaded\n"
+       "1970/01/01-00:00:00.002 Unknown Hip Signal : 0x8010\n"
+       "1970/01/01-00:00:00.003 Driver: Loaded\n",
+       kDetected},
+      {"the time base outlives an epoch",
+       Log().TimeRef(60).Unload(0ms).Load(0ms).Header("14.5.12").Load(0ms),
+       "1970/01/01-00:01:00.000 Driver: Unloaded\n1970/01/01-00:01:00.000 Driver: Loaded\n"
+       "1970/01/01-00:01:00.000 Driver: Loaded\n",
+       kDetected},
+  };
+  const std::string header = Log().Header("14.5.12").bytes();
+  for (const auto& c : kCases) {
+    const ToolResult result = RunTool({.input = header + c.records.bytes()});
+    EXPECT_EQ(result.out, std::string(kBanner) + c.out) << c.what;
+    EXPECT_EQ(result.err, kDetected + c.err) << c.what;
+    EXPECT_EQ(result.status, 0) << c.what;
+  }
+}
+
+TEST(LogStream, VersionsMoveUpAndNeverDown) {
+  const auto epochs = [](std::initializer_list<const char*> versions) {
+    Log log;
+    for (const char* version : versions) log.Header(version).Unload(0ms).Load(0ms);
+    return RunTool({.input = log.bytes()});
+  };
+  const auto detected = [](const std::string& version) {
+    return "decode: Log File Hip Version " + version + " detected\n";
+  };
+  const ToolResult up = epochs({"13.1.0", "13.1.0", "14.1.8", "14.5.12"});
+  EXPECT_EQ(up.err,
+            detected("13.1.0") + detected("13.1.0") + detected("14.1.8") + detected("14.5.12"));
+  EXPECT_EQ(up.status, 0);
+  const ToolResult down = epochs({"14.3.10", "14.2.9"});
+  EXPECT_EQ(down.err,
+            detected("14.3.10") +
+                "decode: Incompatible hip version(14.2.9) detected in log file header.\n" +
+                SupportedVersions());
+  EXPECT_EQ(down.status, 255);
+  EXPECT_EQ(down.out, std::string(kBanner) +
+                          "1970/01/01-00:00:00.000 Driver: Unloaded\n"
+                          "1970/01/01-00:00:00.000 Driver: Loaded\n");
+}
+
+TEST(LogStream, StampsAreInLocalTime) {
+  const struct {
+    const char* zone;
+    std::uint32_t seconds;
+    const char* stamp;
+  } kCases[] = {
+      {"Australia/Lord_Howe", 1601739000, "2020/10/04-02:30:00"},  // half an hour of summer time
+      {"Australia/Lord_Howe", 1601738999, "2020/10/04-01:59:59"},
+      {"America/St_Johns", 1583645400, "2020/03/08-03:00:00"},
+      {"America/St_Johns", 1583645399, "2020/03/08-01:59:59"},
+      {"Pacific/Apia", 1325239200, "2011/12/31-00:00:00"},  // a day that was left out
+      {"Pacific/Apia", 1325239199, "2011/12/29-23:59:59"},
+      {"Africa/Monrovia", 63593070, "1972/01/07-00:44:30"},  // off by 44 minutes and 30 seconds
+      {"Africa/Monrovia", 63593069, "1972/01/06-23:59:59"},
+      {"Asia/Kathmandu", 0, "1970/01/01-05:30:00"},
+      {"UTC-5:45", 0, "1970/01/01-05:45:00"},
+  };
+  for (const auto& c : kCases) {
+    const ToolResult result =
+        RunTool({.input = Log().Header("14.0.0").TimeRef(c.seconds).Load(7ms).bytes(),
+                 .time_zone = c.zone});
+    EXPECT_EQ(result.out, std::string(kBanner) + c.stamp + ".007 Driver: Loaded\n") << c.zone;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,131 @@
+#include "support/process.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace {
+
+[[noreturn]] void Fail(const char* what) {
+  std::perror(what);
+  std::abort();
+}
+
+int OpenOrFail(const std::string& path, int flags) {
+  const int descriptor = open(path.c_str(), flags | O_CLOEXEC, 0644);
+  if (descriptor < 0) Fail(path.c_str());
+  return descriptor;
+}
+
+std::vector<std::string> CommandLine(const ToolRun& run) {
+  std::vector<std::string> words;
+#ifdef VRKT_TEST_EMULATOR
+  words = {VRKT_TEST_EMULATOR, "-0", run.name, VRKT_TEST_TOOL};
+#else
+  words = {run.name};
+#endif
+  words.insert(words.end(), run.arguments.begin(), run.arguments.end());
+  return words;
+}
+
+}  // namespace
+
+int StartTool(const ToolRun& run, int input, int output, int error) {
+  std::vector<std::string> words = CommandLine(run);
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  const pid_t process = fork();
+  if (process < 0) Fail("fork");
+  if (process > 0) return process;
+  if (dup2(input, STDIN_FILENO) < 0 || dup2(output, STDOUT_FILENO) < 0 ||
+      dup2(error, STDERR_FILENO) < 0 || chdir(run.directory.c_str()) != 0 ||
+      setenv("TZ", run.time_zone.c_str(), 1) != 0) {
+    _exit(126);
+  }
+  if (run.before_exec) run.before_exec();
+#ifdef VRKT_TEST_EMULATOR
+  execv(arguments[0], arguments.data());
+#else
+  execv(VRKT_TEST_TOOL, arguments.data());
+#endif
+  _exit(127);
+}
+
+int WaitForTool(int process) {
+  int status = 0;
+  if (waitpid(process, &status, 0) < 0) Fail("waitpid");
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+ToolResult RunTool(const ToolRun& run) {
+  const TemporaryDirectory scratch;
+  const TemporaryDirectory working_directory;
+  ToolRun prepared = run;
+  if (prepared.directory.empty()) prepared.directory = working_directory.path();
+  const std::string input_path = scratch.path() + "/in";
+  const std::string error_path = scratch.path() + "/err";
+  std::string output_path = scratch.path() + "/out";
+  WriteFile(input_path, run.input);
+  if (!run.output_path.empty()) output_path = run.output_path;
+
+  const int input = OpenOrFail(input_path, O_RDONLY);
+  const int output = OpenOrFail(output_path, O_WRONLY | O_CREAT);
+  const int error = OpenOrFail(error_path, O_WRONLY | O_CREAT);
+  const int process = StartTool(prepared, input, output, error);
+  close(input);
+  close(output);
+  close(error);
+
+  ToolResult result;
+  result.status = WaitForTool(process);
+  if (run.output_path.empty()) result.out = ReadFile(output_path);
+  result.err = ReadFile(error_path);
+  const std::string pcap_path = prepared.directory + "/udi_fapi.pcap";
+  if (std::filesystem::is_regular_file(pcap_path)) result.pcap = ReadFile(pcap_path);
+  return result;
+}
+
+TemporaryDirectory::TemporaryDirectory()
+    : path_((std::filesystem::temp_directory_path() / "udi_log_test_XXXXXX").string()) {
+  if (mkdtemp(path_.data()) == nullptr) Fail("mkdtemp");
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << file.rdbuf();
+  return bytes.str();
+}
+
+void WriteFile(const std::string& path, std::string_view bytes) {
+  std::ofstream(path, std::ios::binary)
+      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string CaptureStandardOutput(const std::function<void()>& print) {
+  const TemporaryDirectory scratch;
+  const std::string path = scratch.path() + "/out";
+  std::fflush(stdout);
+  const int kept = dup(STDOUT_FILENO);
+  const int caught = OpenOrFail(path, O_WRONLY | O_CREAT);
+  dup2(caught, STDOUT_FILENO);
+  print();
+  std::fflush(stdout);
+  dup2(kept, STDOUT_FILENO);
+  close(caught);
+  close(kept);
+  return ReadFile(path);
+}
