@@ -135,7 +135,8 @@ struct SignalRow {
     if (field_count == kMaxFields) throw "too many fields for a row: raise kMaxFields";
     if (field.offset == FieldToken::kUnset) field.offset = end;
     if (field.offset < end) throw "a field overlaps the field before it, or lies in front of it";
-    if (field.labels != nullptr && !field.labels->versions().ContainsAll(versions)) {
+    if (field.renderer == FieldRenderer::kEnum16 &&
+        !field.labels->versions().ContainsAll(versions)) {
       throw "an enumeration has no labels in a version of this signal";
     }
     end = field.offset + field.size;

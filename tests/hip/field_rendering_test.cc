@@ -68,7 +68,7 @@ TEST(FieldRendering, WordsCloseBehindABlank) {
 }
 
 TEST(FieldRendering, DumpsOfAnyLengthAreWhole) {
-  for (const std::size_t length : {0, 1, 15, 16, 17, 511, 512, 513, 1024, 1025, 70000}) {
+  for (const std::size_t length : {0U, 1U, 15U, 16U, 17U, 511U, 512U, 513U, 1024U, 1025U, 70000U}) {
     std::string bytes;
     std::string hex;
     for (std::size_t i = 0; i < length; ++i) {
