@@ -1,6 +1,6 @@
-// A short session as a driver logs it: the clock, the driver's load, frames both
-// ways with their bulk, a transmission that fails, and a reload after which a
-// later firmware speaks a later version of the protocol.
+// A session as an engineer meets it: a phone scans, connects with keys, passes
+// frames both ways, roams, loses the network and comes back, and has its firmware
+// reloaded into a later version of the protocol for a radio test.
 
 #include "session_log.h"
 
@@ -10,8 +10,28 @@ constexpr std::uint32_t kMorning = 1780297200;  // 2026-06-01 07:00:00 UTC
 constexpr std::uint32_t kAfterReload = kMorning + 65;
 
 constexpr unsigned kVif = 1;
-constexpr unsigned kAccessPoint = 1;  // the peer's index
+constexpr unsigned kScan = 1;
+constexpr unsigned kPeer = 1;  // the access point's index
 
+constexpr const char* kPhone = "00:11:22:33:44:55";
+constexpr const char* kFirstAccessPoint = "0a:0b:0c:0d:0e:0f";
+constexpr const char* kSecondAccessPoint = "0a:0b:0c:0d:0e:1f";
+constexpr const char* kAnybody = "ff:ff:ff:ff:ff:ff";
+
+// In units of half a megahertz.
+constexpr unsigned kChannel6 = 2 * 2437;
+constexpr unsigned kChannel11 = 2 * 2462;
+
+// Enumerated values, by what they print as.
+constexpr unsigned kSuccess = 0;
+constexpr unsigned kFullScan = 2;
+constexpr unsigned kRealTime = 4;
+constexpr unsigned kStation = 2;
+constexpr unsigned kOpenSystem = 0;
+constexpr unsigned kConnectionStarted = 1;
+constexpr unsigned kRoamingStarted = 3;
+constexpr unsigned kGroup = 0;
+constexpr unsigned kPairwise = 1;
 constexpr unsigned kQosUp0 = 0;
 constexpr unsigned kQosUp6 = 6;
 constexpr unsigned kContention = 0x8000;
@@ -19,8 +39,17 @@ constexpr unsigned kIeee8023Frame = 1;
 constexpr unsigned kInline = 0;
 constexpr unsigned kSuccessful = 0;
 constexpr unsigned kRetryLimit = 1;
+constexpr unsigned kEapolKeyM123 = 2;
+constexpr unsigned kTimeout = 0x27;
+constexpr unsigned kHostRequestFailed = 0x800C;
 
-// An ARP request and its answer, and a ping's first bytes.
+constexpr std::uint32_t kCcmp = 0x000FAC04;  // a cipher suite of IEEE 802.11
+
+// The beginning of a beacon, an EAPOL key frame, an ARP request with its answer,
+// and a ping's first bytes.
+constexpr const char* kBeacon = "8000 0000 ffffffffffff 0a0b0c0d0e0f 0a0b0c0d0e0f 1000";
+constexpr const char* kSsid = "0004 686f6d65";  // the element of "home"
+constexpr const char* kEapolKey = "888e 0203 005f 02 008a 0010";
 constexpr const char* kWhoHas =
     "ffffffffffff 001122334455 0806 0001 0800 06 04 0001 001122334455 c0a80117 000000000000 "
     "c0a80101";
@@ -31,41 +60,161 @@ constexpr const char* kPing =
     "0a0b0c0d0e0f 001122334455 0800 4500 0054 0000 4000 40 01 b755 c0a80117 c0a80101 0800 f7ff "
     "0001 0001";
 
-// ma_unitdata_req as versions from 14.0.0 on have it.
+// Most confirms: the interface and the outcome.
+Fapi Confirm(std::uint16_t id, unsigned result_code) {
+  return Fapi(id).U16(kVif).U16(result_code).Spares();
+}
+
+// Most answers to an indication: the interface.
+Fapi Response(std::uint16_t id) { return Fapi(id).U16(kVif).Spares(); }
+
+Fapi AddVifReq() { return Fapi(0x2007).U16(kVif).Mac(kPhone).U16(kStation).Mac(kPhone).Spares(); }
+
+// Bytes 10 and 11 of the scan signals are not printed.
+Fapi AddScanReq() {
+  return Fapi(0x2005).U16(0).U16(kScan).U16(kFullScan).Mac(kAnybody).U16(kRealTime).Spares().Bulk(
+      kSsid);
+}
+Fapi AddScanCfm() { return Fapi(0x2105).U16(0).U16(kSuccess).U16(kScan).Spares(); }
+Fapi ScanDoneInd() { return Fapi(0x2301).U16(0).U16(kScan).Spares(); }
+Fapi ScanInd(unsigned channel_frequency, int rssi) {
+  return Fapi(0x2300)
+      .U16(kVif)
+      .U16(channel_frequency)
+      .U16(static_cast<unsigned>(rssi))
+      .U16(kScan)
+      .U16(0)
+      .U16(0)
+      .U16(0)
+      .U16(0)
+      .Spares()
+      .Bulk(kBeacon);
+}
+
+Fapi ConnectReq(const char* bssid, unsigned channel_frequency) {
+  return Fapi(0x200B)
+      .U16(kVif)
+      .Mac(bssid)
+      .U16(kOpenSystem)
+      .U16(channel_frequency)
+      .Spares()
+      .Bulk(kSsid);
+}
+Fapi ConnectInd(unsigned result_code) {
+  return Fapi(0x2303).U16(kVif).U16(result_code).Spares().Bulk(kSsid);
+}
+Fapi ProcedureStartedInd(unsigned procedure_type) {
+  return Fapi(0x230A).U16(kVif).U16(procedure_type).U16(kPeer).Spares().Bulk(kSsid);
+}
+Fapi RoamedInd() { return Fapi(0x2307).U16(kVif).U16(1).Spares().Bulk(kBeacon); }
+Fapi DisconnectedInd(const char* peer, unsigned reason_code) {
+  return Fapi(0x2309).U16(kVif).Mac(peer).U16(reason_code).Spares();
+}
+
+Fapi SetkeysReq(unsigned key_id, unsigned key_type, const char* address) {
+  return Fapi(0x2018)
+      .U16(kVif)
+      .U16(128)
+      .U16(key_id)
+      .U16(key_type)
+      .Mac(address)
+      .Bytes("0100 0000 0000 0000 0000 0000 0000 0000")
+      .U32(kCcmp)
+      .Spares()
+      .Bulk("000102030405060708090a0b0c0d0e0f");
+}
+Fapi SendEapolReq(unsigned host_tag) {
+  return Fapi(0x2010)
+      .U16(kVif)
+      .U16(host_tag)
+      .U16(kIeee8023Frame)
+      .U16(kEapolKeyM123)
+      .U16(0)
+      .U32(0)
+      .U32(0)
+      .Spares()
+      .Bulk(kEapolKey);
+}
+Fapi FrameTransmissionInd(unsigned host_tag) {
+  return Fapi(0x230C).U16(kVif).U16(host_tag).U16(kSuccessful).Spares();
+}
+
 Fapi UnitdataReq(unsigned host_tag, unsigned priority, const char* frame) {
   return Fapi(0x1000)
       .U16(kVif)
       .U16(host_tag)
       .U16(priority)
-      .U16(kAccessPoint)
+      .U16(kPeer)
       .U16(kIeee8023Frame)
       .U16(kInline)
       .Spares()
       .Bulk(frame);
 }
-
 Fapi UnitdataCfm(unsigned transmission_status, unsigned host_tag, unsigned sequence_number) {
   return Fapi(0x1100)
       .U16(kVif)
       .U16(transmission_status)
       .U16(host_tag)
       .U16(sequence_number)
-      .U16(kAccessPoint)
+      .U16(kPeer)
       .Spares();
 }
-
 Fapi UnitdataInd(unsigned sequence_number, unsigned priority, const char* frame) {
   return Fapi(0x1300)
       .U16(kVif)
       .U16(kIeee8023Frame)
       .U16(sequence_number)
       .U16(priority)
-      .U16(kAccessPoint)
+      .U16(kPeer)
       .U16(0)
       .U16(kInline)
       .Spares()
       .Bulk(frame);
 }
+
+Fapi StartLinkStatisticsReq() { return Fapi(0x2024).U16(kVif).U16(128).U16(1).Spares(); }
+Fapi RssiReportInd(const char* bssid, int rssi) {
+  return Fapi(0x2312).U16(kVif).Mac(bssid).U16(static_cast<unsigned>(rssi)).Spares();
+}
+Fapi EventLogInd(unsigned event, const char* timestamp) {
+  return Fapi(0x2316).U16(kVif).U16(event).Bytes(timestamp).Spares();
+}
+
+// As version 14.5.12 has them.
+Fapi TxSetParamsReq() {
+  return Fapi(0x9007)
+      .U16(5180)
+      .U16(0x88A4)
+      .U16(0x0200)
+      .U16(0x0044)
+      .U16(1500)
+      .U32(100)
+      .U16(1)
+      .U16(0)
+      .U16(20)
+      .U16(2)
+      .U16(0)
+      .U16(4)
+      .U8(37)
+      .U8(2)
+      .U32(0)
+      .U32(0);
+}
+Fapi TxStartReq() {
+  return Fapi(0x9008).U32(1000).U16(1).U16(0).Mac(kAnybody).Mac(kPhone).Mac(kPhone).U16(1).Spares();
+}
+Fapi TxReadCfm() {
+  return Fapi(0x9105)
+      .U16(kSuccess)
+      .U16(1)
+      .U32(250)
+      .U32(0)
+      .Bytes("4400 4000 f6ff 1a00 1c00 1800 1900 feff")
+      .U32(748)
+      .Spares();
+}
+// The radio test's confirms have no interface.
+Fapi TestConfirm(std::uint16_t id) { return Fapi(id).U16(kSuccess).Spares(); }
 
 }  // namespace
 
@@ -74,20 +223,58 @@ Log SessionLog() {
       .Header("14.3.10")
       .TimeRef(kMorning, 4711)
       .Load(12ms)
+      .Signal(40ms, AddVifReq())
+      .Signal(41ms, Confirm(0x2107, kSuccess))
+      // The phone looks for its network, hears it on two channels and takes the
+      // nearer one.
+      .Signal(100ms, AddScanReq())
+      .Signal(101ms, AddScanCfm())
+      .Signal(180ms, ScanInd(kChannel6, -48))
+      .Signal(310ms, ScanInd(kChannel11, -71))
+      .Signal(420ms, ScanDoneInd())
+      .Signal(500ms, ConnectReq(kFirstAccessPoint, kChannel6))
+      .Signal(501ms, Confirm(0x210B, kSuccess))
+      .Signal(503ms, EventLogInd(0x0000, "40e2010000000000"))
+      .Signal(540ms, ProcedureStartedInd(kConnectionStarted))
+      .Signal(552ms, EventLogInd(0x0002, "f0e2010000000000"))
+      .Signal(560ms, ConnectInd(kSuccess))
+      .Signal(561ms, Response(0x2200))
+      .Signal(570ms, UnitdataInd(0, kContention, kEapolKey))
+      .Signal(573ms, SendEapolReq(0x0001))
+      .Signal(576ms, FrameTransmissionInd(0x0001))
+      .Signal(590ms, SetkeysReq(0, kPairwise, kFirstAccessPoint))
+      .Signal(591ms, Confirm(0x2118, kSuccess))
+      .Signal(592ms, SetkeysReq(1, kGroup, kAnybody))
+      .Signal(593ms, Confirm(0x2118, kSuccess))
       .Signal(2100ms, UnitdataReq(0x0101, kQosUp0, kWhoHas))
       .Signal(2103ms, UnitdataCfm(kSuccessful, 0x0101, 17))
       .Signal(2107ms, UnitdataInd(402, kContention, kIsAt))
       .Signal(2110ms, UnitdataReq(0x0102, kQosUp6, kPing))
       .Signal(2181ms, UnitdataCfm(kRetryLimit, 0x0102, 18))
+      .Signal(2182ms, StartLinkStatisticsReq())
+      .Signal(2183ms, Confirm(0x2124, kSuccess))
+      .Signal(9000ms, RssiReportInd(kFirstAccessPoint, -77))
+      // It roams to the other access point and loses that one in the end.
+      .Signal(9004ms, ProcedureStartedInd(kRoamingStarted))
+      .Signal(9090ms, RoamedInd())
+      .Signal(9091ms, Response(0x2203))
+      .Signal(9094ms, SetkeysReq(0, kPairwise, kSecondAccessPoint))
+      .Signal(9095ms, Confirm(0x2118, kSuccess))
+      .Signal(42000ms, DisconnectedInd(kSecondAccessPoint, kTimeout))
+      .Signal(42010ms, ConnectReq(kSecondAccessPoint, kChannel11))
+      .Signal(42011ms, Confirm(0x210B, kHostRequestFailed))
       // Cut short by the firmware: its line stays open.
-      .Signal(2200ms, UnitdataCfm(kSuccessful, 0x0103, 19).PadTo(20))
-      // A signal that no version knows, and one that never was a signal at all.
-      .Signal(2250ms, Fapi(0x1077).PadTo(16))
-      .Signal(2260ms, Fapi(0x0042).PadTo(12))
+      .Signal(42200ms, UnitdataCfm(kSuccessful, 0x0103, 19).PadTo(20))
+      // An id that no version knows, and one that never was a signal at all.
+      .Signal(42250ms, Fapi(0x1077).PadTo(16))
+      .Signal(42260ms, Fapi(0x0042).PadTo(12))
       .Unload(60000ms)
       .Load(64500ms)
       .Header("14.5.12")
       .TimeRef(kAfterReload, 3)
-      .Signal(900ms, UnitdataReq(0x0201, kQosUp0, kWhoHas))
-      .Signal(904ms, UnitdataCfm(kSuccessful, 0x0201, 1));
+      .Signal(900ms, TxSetParamsReq())
+      .Signal(901ms, TestConfirm(0x9102))
+      .Signal(910ms, TxStartReq())
+      .Signal(911ms, TestConfirm(0x9104))
+      .Signal(1500ms, TxReadCfm());
 }

@@ -2,7 +2,6 @@
 #define VRKT_FAPI_ENUM_TABLE_H_
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -53,14 +52,15 @@ struct LabelCounts {
     std::size_t count;
   };
   consteval LabelCounts(std::initializer_list<Entry> entries) {
-    for (const Entry& entry : entries) {
-      for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+    for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+      of_version[version] = 0;
+      for (const Entry& entry : entries) {
         if (entry.versions.Contains(version)) of_version[version] = entry.count;
       }
     }
   }
 
-  std::array<std::size_t, kHipVersionCount> of_version{};
+  std::size_t of_version[kHipVersionCount];
 };
 
 // The labels of one enumerated field (or of several that share them).

@@ -60,6 +60,12 @@ class HipVersionSet {
   }
   constexpr bool Overlaps(HipVersionSet other) const { return (bits_ & other.bits_) != 0; }
   constexpr bool IsEmpty() const { return bits_ == 0; }
+  constexpr HipVersionSet Intersect(HipVersionSet other) const {
+    return FromBits(bits_ & other.bits_);
+  }
+  constexpr HipVersionSet Without(HipVersionSet other) const {
+    return FromBits(bits_ & ~other.bits_);
+  }
   constexpr void Add(std::size_t version) { bits_ |= Bit(version); }
   constexpr void Add(HipVersionSet other) { bits_ |= other.bits_; }
   constexpr bool operator==(const HipVersionSet&) const = default;
@@ -67,6 +73,11 @@ class HipVersionSet {
  private:
   static_assert(kHipVersionCount <= 16, "bits_ holds sixteen versions: widen it");
 
+  static constexpr HipVersionSet FromBits(int bits) {
+    HipVersionSet set;
+    set.bits_ = static_cast<std::uint16_t>(bits);
+    return set;
+  }
   static constexpr std::uint16_t Bit(std::size_t version) {
     return static_cast<std::uint16_t>(1U << version);
   }

@@ -107,8 +107,10 @@ struct MinToken {
 consteval MinToken Min(std::size_t min) { return {min, true}; }
 consteval MinToken MinUnlikeEnd(std::size_t min) { return {min, false}; }
 
-// A signal's name and the line of its row, for the compiler's messages.
+// A signal's name, in parts for the spare signals' sake: `text` is all of it for
+// any other. `line` is that of the row, for the compiler's messages.
 struct SignalName {
+  constexpr SignalName() = default;
   // Not explicit: a row begins with the bare text.
   consteval SignalName(const char* name,  // NOLINT(google-explicit-constructor)
                        int source_line = __builtin_LINE())
@@ -117,12 +119,32 @@ struct SignalName {
   }
 
   std::string_view text;
-  int line;
+  std::string_view number;
+  std::string_view behind;
+  int line = 0;
+};
+
+// The name of several spare signals, as in "ma_spare#_req", with a number to
+// come for the '#'.
+struct SpareName : SignalName {
+  // Not explicit: see SignalName.
+  consteval SpareName(const char* name,  // NOLINT(google-explicit-constructor)
+                      int source_line = __builtin_LINE()) {
+    const std::string_view whole = name;
+    const std::size_t hash = whole.find('#');
+    if (hash == std::string_view::npos) throw "a spare's name has a '#' for its number";
+    text = whole.substr(0, hash);
+    behind = whole.substr(hash + 1);
+    line = source_line;
+    if (!IsFieldOrSignalName(text) || !IsFieldOrSignalName(behind)) {
+      throw "a signal's name is of a-z, 0-9 and _";
+    }
+  }
 };
 
 struct SignalRow {
   SignalName name;
-  std::uint16_t id;
+  std::uint16_t id = 0;
   HipVersionSet versions;
   std::size_t min = 0;
   std::size_t end = kSignalHeaderSize;
@@ -131,7 +153,7 @@ struct SignalRow {
   std::size_t field_count = 0;
   std::array<FieldToken, kMaxFields> fields{};
 
-  consteval void Add(FieldToken field) {
+  constexpr void Add(FieldToken field) {
     if (field_count == kMaxFields) throw "too many fields for a row: raise kMaxFields";
     if (field.offset == FieldToken::kUnset) field.offset = end;
     if (field.offset < end) throw "a field overlaps the field before it, or lies in front of it";
@@ -143,11 +165,11 @@ struct SignalRow {
     if (end > 255) throw "a field ends behind byte 255: widen FieldLayout and SignalLayout";
     fields[field_count++] = field;
   }
-  consteval void Add(DumpToken dump) {
+  constexpr void Add(DumpToken dump) {
     if (dump_count == kMaxDumps) throw "a signal has two dumps at most";
     dumps[dump_count++] = dump.name;
   }
-  consteval void Add(SparesToken /*spares*/) {
+  constexpr void Add(SparesToken /*spares*/) {
     Add(U32("spare_1"));
     Add(U32("spare_2"));
     Add(U32("spare_3"));

@@ -17,18 +17,28 @@
 #include <string_view>
 
 #include "fapi/signal_row.h"
+#include "fapi/signals/connection.h"
 #include "fapi/signals/data_plane.h"
+#include "fapi/signals/debug.h"
+#include "fapi/signals/management.h"
+#include "fapi/signals/nan.h"
+#include "fapi/signals/radio_test.h"
+#include "fapi/signals/scan.h"
+#include "fapi/signals/security.h"
+#include "fapi/signals/spare.h"
+#include "fapi/signals/test.h"
 
 namespace {
 
 constexpr const SignalTable* kFamilies[] = {
-    &kDataPlaneSignals,
+    &kDataPlaneSignals, &kManagementSignals, &kScanSignals, &kConnectionSignals, &kSecuritySignals,
+    &kNanSignals,       &kDebugSignals,      &kTestSignals, &kRadioTestSignals,  &kSpareSignals,
 };
 
 // How many signals each version knows, so that a lost row does not pass.
 constexpr std::size_t kSignalCounts[kHipVersionCount] = {
-    // A  B  C  D  E  F  G  H  I  J  K  L
-    5, 5, 4, 6, 4, 4, 6, 4, 4, 4, 4, 4,
+    // A   B    C    D    E    F    G    H    I    J    K    L
+    194, 204, 203, 233, 297, 308, 244, 304, 308, 307, 312, 314,
 };
 
 constexpr std::size_t kRowCount = [] {
@@ -50,6 +60,129 @@ constexpr std::array<CatalogueRow, kRowCount> kRows = [] {
   }
   return rows;
 }();
+
+// ---------------------------------------------------------------------------
+// The layout text.
+
+// The constant text of a name or a field: a blank or not, the name and what
+// stands behind it, or the parts of a spare signal's name.
+struct Head {
+  std::array<std::string_view, 3> parts{};
+
+  constexpr std::size_t size() const { return parts[0].size() + parts[1].size() + parts[2].size(); }
+  constexpr bool operator==(const Head&) const = default;
+};
+
+constexpr Head HeadOf(const SignalName& name) { return {{name.text, name.number, name.behind}}; }
+constexpr Head HeadOfDump(std::string_view name) { return {{" ", name, ":{"}}; }
+constexpr Head HeadOf(const FieldToken& field) {
+  switch (field.renderer) {
+    case FieldRenderer::kX16NoSpace:
+      return {{"", field.name, ":0x"}};
+    case FieldRenderer::kX16:
+    case FieldRenderer::kX32:
+    case FieldRenderer::kHex8:
+      return {{" ", field.name, ":0x"}};
+    case FieldRenderer::kWords:
+      return {{" ", field.name, ":["}};
+    default:
+      return {{" ", field.name, ":"}};
+  }
+}
+
+// FNV-1a, without its upper 16 bits. Two heads that share one do not compile.
+constexpr std::uint64_t HashOf(const Head& head) {
+  std::uint64_t hash = 0xCBF29CE484222325U;
+  for (const std::string_view part : head.parts) {
+    for (const char c : part) {
+      hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
+    }
+  }
+  return hash & 0xFFFFFFFFFFFFU;
+}
+
+// A key of 48 bits with a place of 16 bits below it. Things are sorted by such
+// words and not themselves: that takes the compiler a tenth of the steps.
+constexpr std::uint64_t KeyAndPlace(std::uint64_t key, std::size_t place) {
+  return key << 16U | place;
+}
+constexpr std::uint64_t KeyOf(std::uint64_t key_and_place) { return key_and_place >> 16U; }
+constexpr std::size_t PlaceOf(std::uint64_t key_and_place) { return key_and_place & 0xFFFFU; }
+
+constexpr std::size_t kFieldCount = [] {
+  std::size_t count = 0;
+  for (const CatalogueRow& entry : kRows) count += entry.row->field_count;
+  return count;
+}();
+constexpr std::size_t kDumpCount = [] {
+  std::size_t count = 0;
+  for (const CatalogueRow& entry : kRows) count += entry.row->dump_count;
+  return count;
+}();
+
+constexpr std::size_t kHeadCount = kRowCount + kDumpCount + kFieldCount;
+static_assert(kHeadCount <= 0xFFFF, "more heads than KeyAndPlace has places");
+
+// The heads of all rows, as they come.
+constexpr std::array<Head, kHeadCount> kAllHeads = [] {
+  std::array<Head, kHeadCount> heads{};
+  std::size_t next = 0;
+  for (const CatalogueRow& entry : kRows) {
+    const SignalRow& row = *entry.row;
+    heads[next++] = HeadOf(row.name);
+    for (std::size_t i = 0; i < row.dump_count; ++i) heads[next++] = HeadOfDump(row.dumps[i]);
+    for (std::size_t i = 0; i < row.field_count; ++i) heads[next++] = HeadOf(row.fields[i]);
+  }
+  return heads;
+}();
+
+// The distinct heads by their hashes, and where each starts in the layout text.
+struct HeadIndex {
+  std::array<std::uint64_t, kHeadCount> sorted{};  // places are those of kAllHeads
+  std::array<std::size_t, kHeadCount> starts{};
+  std::size_t count = 0;
+  std::size_t text_size = 0;
+};
+
+constexpr HeadIndex kHeadIndex = [] {
+  std::array<std::uint64_t, kHeadCount> all{};
+  for (std::size_t i = 0; i < kHeadCount; ++i) all[i] = KeyAndPlace(HashOf(kAllHeads[i]), i);
+  std::sort(all.begin(), all.end());
+  HeadIndex index;
+  for (const std::uint64_t entry : all) {
+    const Head& head = kAllHeads[PlaceOf(entry)];
+    if (index.count > 0 && KeyOf(index.sorted[index.count - 1]) == KeyOf(entry)) {
+      const Head& same = kAllHeads[PlaceOf(index.sorted[index.count - 1])];
+      if (same != head) throw "two heads share a hash: change the hash";
+      continue;
+    }
+    index.sorted[index.count] = entry;
+    index.starts[index.count] = index.text_size;
+    index.text_size += head.size();
+    ++index.count;
+  }
+  return index;
+}();
+static_assert(kHeadIndex.text_size <= 0xFFFF, "the layout text grew too long for LayoutText");
+
+constexpr std::array<char, kHeadIndex.text_size> kLayoutText = [] {
+  std::array<char, kHeadIndex.text_size> text{};
+  std::size_t next = 0;
+  for (std::size_t i = 0; i < kHeadIndex.count; ++i) {
+    for (const std::string_view part : kAllHeads[PlaceOf(kHeadIndex.sorted[i])].parts) {
+      for (const char c : part) text[next++] = c;
+    }
+  }
+  return text;
+}();
+
+constexpr LayoutText TextOfHead(const Head& head) {
+  const auto* const first = kHeadIndex.sorted.data();
+  const auto* const found =
+      std::lower_bound(first, first + kHeadIndex.count, KeyAndPlace(HashOf(head), 0));
+  return {static_cast<std::uint16_t>(kHeadIndex.starts[static_cast<std::size_t>(found - first)]),
+          static_cast<std::uint8_t>(head.size())};
+}
 
 // ---------------------------------------------------------------------------
 // The checks. What is wrong and where stands in the template arguments, which
@@ -85,27 +218,29 @@ struct RowFault {
 // keys come together by sorting: comparing all pairs would take the compiler
 // minutes.
 template <typename Key>
-consteval RowFault FindTwoRowsOfOneKey(Key key) {
-  std::array<CatalogueRow, kRowCount> sorted = kRows;
-  std::ranges::sort(sorted, {}, key);
-  for (std::size_t i = 1; i < sorted.size(); ++i) {
-    const SignalRow& row = *sorted[i].row;
-    for (std::size_t j = i; j-- > 0 && key(sorted[j]) == key(sorted[i]);) {
-      const SignalRow& other = *sorted[j].row;
-      if (!row.versions.Overlaps(other.versions)) continue;
+consteval RowFault FindTwoRowsOfOneKey(Key key_of) {
+  std::array<std::uint64_t, kRowCount> sorted{};
+  for (std::size_t i = 0; i < kRowCount; ++i) sorted[i] = KeyAndPlace(key_of(*kRows[i].row), i);
+  std::sort(sorted.begin(), sorted.end());
+  for (std::size_t i = 1; i < kRowCount; ++i) {
+    const CatalogueRow& entry = kRows[PlaceOf(sorted[i])];
+    for (std::size_t j = i; j-- > 0 && KeyOf(sorted[j]) == KeyOf(sorted[i]);) {
+      const CatalogueRow& other = kRows[PlaceOf(sorted[j])];
+      if (!entry.row->versions.Overlaps(other.row->versions)) continue;
       std::size_t version = 0;
-      while (!row.versions.Contains(version) || !other.versions.Contains(version)) ++version;
-      return {TagLetter(version), row.id,           sorted[i].family,
-              row.name.line,      sorted[j].family, other.name.line};
+      while (!entry.row->versions.Contains(version) || !other.row->versions.Contains(version)) {
+        ++version;
+      }
+      return {TagLetter(version),   entry.row->id, entry.family,
+              entry.row->name.line, other.family,  other.row->name.line};
     }
   }
   return {};
 }
 
-constexpr RowFault kSharedId =
-    FindTwoRowsOfOneKey([](const CatalogueRow& entry) { return entry.row->id; });
+constexpr RowFault kSharedId = FindTwoRowsOfOneKey([](const SignalRow& row) { return row.id; });
 constexpr RowFault kSharedName =
-    FindTwoRowsOfOneKey([](const CatalogueRow& entry) { return entry.row->name.text; });
+    FindTwoRowsOfOneKey([](const SignalRow& row) { return HashOf(HeadOf(row.name)); });
 
 struct CountFault {
   char version = 'A';
@@ -136,117 +271,6 @@ consteval bool CheckCatalogue() {
   return true;
 }
 static_assert(CheckCatalogue());
-
-// ---------------------------------------------------------------------------
-// The layout text.
-
-// The constant text of a name or a field, in its three parts.
-struct Head {
-  std::string_view blank;
-  std::string_view name;
-  std::string_view behind;
-
-  constexpr std::size_t size() const { return blank.size() + name.size() + behind.size(); }
-  constexpr bool operator==(const Head&) const = default;
-};
-
-constexpr Head HeadOf(const SignalName& name) { return {"", name.text, ""}; }
-constexpr Head HeadOfDump(std::string_view name) { return {" ", name, ":{"}; }
-constexpr Head HeadOf(const FieldToken& field) {
-  switch (field.renderer) {
-    case FieldRenderer::kX16NoSpace:
-      return {"", field.name, ":0x"};
-    case FieldRenderer::kX16:
-    case FieldRenderer::kX32:
-    case FieldRenderer::kHex8:
-      return {" ", field.name, ":0x"};
-    case FieldRenderer::kWords:
-      return {" ", field.name, ":["};
-    default:
-      return {" ", field.name, ":"};
-  }
-}
-
-// Heads are found again by a 64-bit FNV-1a hash; two that share one would not
-// compile.
-struct HashedHead {
-  std::uint64_t hash = 0;
-  Head head{};
-  std::size_t start = 0;  // in the layout text
-};
-
-constexpr std::uint64_t HashOf(const Head& head) {
-  std::uint64_t hash = 0xCBF29CE484222325U;
-  for (const std::string_view part : {head.blank, head.name, head.behind}) {
-    for (const char c : part) {
-      hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
-    }
-  }
-  return hash;
-}
-
-constexpr std::size_t kFieldCount = [] {
-  std::size_t count = 0;
-  for (const CatalogueRow& entry : kRows) count += entry.row->field_count;
-  return count;
-}();
-constexpr std::size_t kDumpCount = [] {
-  std::size_t count = 0;
-  for (const CatalogueRow& entry : kRows) count += entry.row->dump_count;
-  return count;
-}();
-
-struct HeadList {
-  std::array<HashedHead, kRowCount + kDumpCount + kFieldCount> heads{};
-  std::size_t count = 0;
-  std::size_t text_size = 0;
-};
-
-// All heads, each once, in order of their hashes.
-constexpr HeadList kHeads = [] {
-  HeadList list;
-  const auto add = [&list](const Head& head) {
-    list.heads[list.count++] = {.hash = HashOf(head), .head = head};
-  };
-  for (const CatalogueRow& entry : kRows) {
-    add(HeadOf(entry.row->name));
-    for (std::size_t i = 0; i < entry.row->dump_count; ++i) add(HeadOfDump(entry.row->dumps[i]));
-    for (std::size_t i = 0; i < entry.row->field_count; ++i) add(HeadOf(entry.row->fields[i]));
-  }
-  std::ranges::sort(list.heads, {}, &HashedHead::hash);
-  const std::span<const HashedHead> all = list.heads;
-  list.count = 0;
-  for (const HashedHead& hashed : all) {
-    if (list.count > 0 && list.heads[list.count - 1].hash == hashed.hash) {
-      if (list.heads[list.count - 1].head != hashed.head) throw "two heads share a hash";
-      continue;
-    }
-    list.heads[list.count] = hashed;
-    list.heads[list.count].start = list.text_size;
-    list.text_size += hashed.head.size();
-    ++list.count;
-  }
-  return list;
-}();
-static_assert(kHeads.text_size <= 0xFFFF, "the layout text grew too long for LayoutText");
-
-constexpr std::array<char, kHeads.text_size> kLayoutText = [] {
-  std::array<char, kHeads.text_size> text{};
-  for (std::size_t i = 0; i < kHeads.count; ++i) {
-    const HashedHead& hashed = kHeads.heads[i];
-    auto end = text.begin() + static_cast<std::ptrdiff_t>(hashed.start);
-    for (const std::string_view part : {hashed.head.blank, hashed.head.name, hashed.head.behind}) {
-      end = std::ranges::copy(part, end).out;
-    }
-  }
-  return text;
-}();
-
-constexpr LayoutText TextOfHead(const Head& head) {
-  const auto heads = std::span(kHeads.heads).first(kHeads.count);
-  const auto found = std::ranges::lower_bound(heads, HashOf(head), {}, &HashedHead::hash);
-  return {static_cast<std::uint16_t>(found->start), static_cast<std::uint8_t>(head.size())};
-}
 
 // ---------------------------------------------------------------------------
 // The layouts and the way from an id to its layout.

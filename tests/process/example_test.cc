@@ -7,6 +7,12 @@
 
 namespace {
 
+#ifdef VRKT_TEST_EMULATOR
+constexpr std::size_t kCutStep = 13;  // an emulator takes its time to start
+#else
+constexpr std::size_t kCutStep = 1;
+#endif
+
 std::string Example(const char* name) { return ReadFile(std::string(VRKT_EXAMPLES "/") + name); }
 
 TEST(Example, IsWhatItsSourceMakes) { EXPECT_EQ(SessionLog().bytes(), Example("session.udi")); }
@@ -29,9 +35,11 @@ TEST(Example, CutAtEachByte) {
   std::string shown_at_end(kBanner);
   auto next_end = log.ends().begin();
   for (std::size_t cut = 0; cut <= log.bytes().size(); ++cut) {
+    const bool at_an_end = next_end != log.ends().end() && cut == *next_end;
+    if (cut % kCutStep != 0 && !at_an_end) continue;
     const ToolResult result = RunTool({.input = log.bytes().substr(0, cut)});
     ASSERT_EQ(result.status, 0) << cut;
-    if (next_end != log.ends().end() && cut == *next_end) {
+    if (at_an_end) {
       shown_at_end = result.out;
       EXPECT_GE(shown_at_end.size(), shown_before) << cut;
       shown_before = shown_at_end.size();
