@@ -42,8 +42,10 @@ struct NumberedSpares {
   SpareLayout layout;
 };
 
-consteval SpareTriple Triple(SpareName name, const unsigned (&first_ids)[kHipVersionCount],
+template <std::size_t kIds>
+consteval SpareTriple Triple(SpareName name, const unsigned (&first_ids)[kIds],
                              std::size_t surplus_in_a = 0) {
+  static_assert(kIds == kHipVersionCount, "a triple has an id for each version");
   return {name, std::to_array(first_ids), surplus_in_a};
 }
 
