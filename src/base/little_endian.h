@@ -27,4 +27,9 @@ constexpr void StoreU32(std::uint32_t value, std::uint8_t* bytes) {
   StoreU16(static_cast<std::uint16_t>(value >> 16), bytes + 2);
 }
 
+constexpr void StoreU64(std::uint64_t value, std::uint8_t* bytes) {
+  StoreU32(static_cast<std::uint32_t>(value), bytes);
+  StoreU32(static_cast<std::uint32_t>(value >> 32), bytes + 4);
+}
+
 #endif  // VRKT_BASE_LITTLE_ENDIAN_H_

@@ -2,23 +2,51 @@
 #define VRKT_BASE_TEXT_PIECE_H_
 
 #include <array>
-#include <charconv>
+#include <bit>
+#include <concepts>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
+#include "base/little_endian.h"
+#include "base/padded_text.h"
 #include "base/unlocked_stdio.h"
 
 constexpr char HexDigit(unsigned nibble) {
   return static_cast<char>(nibble + (nibble < 10 ? '0' : 'a' - 10));
 }
 
+namespace text_piece_tables {
+
+// Two digits each, as little-endian words: the first digit is the low byte.
+inline constexpr std::array<std::uint16_t, 100> kDecimalPairs = [] {
+  std::array<std::uint16_t, 100> pairs{};
+  for (unsigned i = 0; i < pairs.size(); ++i) {
+    pairs[i] = static_cast<std::uint16_t>(('0' + i / 10) | ('0' + i % 10) << 8);
+  }
+  return pairs;
+}();
+
+inline constexpr std::array<std::uint32_t, 9> kPowersOfTen = {
+    1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+
+inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = [] {
+  std::array<std::array<char, 2>, 256> pairs{};
+  for (unsigned i = 0; i < pairs.size(); ++i) pairs[i] = {HexDigit(i / 16), HexDigit(i % 16)};
+  return pairs;
+}();
+
+}  // namespace text_piece_tables
+
 // A piece of an output line: a field with its value, say, put together here and
 // printed by one call of the stream library. Lines are never put together.
 //
 // `kCapacity` is what the longest piece takes; the appending functions do not
-// test it.
+// test it. They may write up to kPaddedTextSize bytes behind what they append.
+//
+// Values are written without a branch for each digit: their lengths follow no
+// pattern, and a wrongly predicted branch costs more than all the digits.
 template <std::size_t kCapacity>
 class TextPiece {
  public:
@@ -27,12 +55,38 @@ class TextPiece {
     std::memcpy(end(), text.data(), text.size());
     size_ += text.size();
   }
-  // In decimal, as by %u or %d.
-  template <typename Integer>
-  void AppendDecimal(Integer value) {
-    size_ = static_cast<std::size_t>(std::to_chars(end(), text_.data() + kCapacity, value).ptr -
-                                     text_.data());
+  void Append(PaddedText text) {
+    constexpr std::size_t kUsual = kPaddedTextSize / 2;
+    std::memcpy(end(), text.data, kUsual);
+    if (text.size > kUsual) std::memcpy(end() + kUsual, text.data + kUsual, kUsual);
+    size_ += text.size;
   }
+
+  // In decimal, as by %u.
+  void AppendDecimal(std::uint32_t value) {
+    constexpr std::uint32_t kEightDigits = 100000000;
+    if (value < 10) {
+      Append(static_cast<char>('0' + value));
+    } else if (value < kEightDigits) {
+      const unsigned count = CountDigits(value);
+      StoreU64(EightDigits(value) >> (64 - 8 * count), EndBytes());
+      size_ += count;
+    } else {
+      AppendDecimal(value / kEightDigits);
+      StoreU64(EightDigits(value % kEightDigits), EndBytes());
+      size_ += 8;
+    }
+  }
+  // As by %d.
+  void AppendSigned(std::int32_t value) {
+    auto magnitude = static_cast<std::uint32_t>(value);
+    if (value < 0) {
+      Append('-');
+      magnitude = 0 - magnitude;
+    }
+    AppendDecimal(magnitude);
+  }
+
   // Zero-filled to the given number of digits, as by %02d and its kin; `value`
   // is not negative.
   template <std::size_t kDigits>
@@ -43,17 +97,33 @@ class TextPiece {
     }
     size_ += kDigits;
   }
+
   // Zero-filled to four or eight lower-case digits, as by %.4x or %.8x.
-  void AppendHex(std::uint16_t value) { AppendHexDigits<4>(value); }
-  void AppendHex(std::uint32_t value) { AppendHexDigits<8>(value); }
-  // Two lower-case digits a byte, in stored order. The loop is kept this plain
-  // for the compiler to make vector code of it.
+  void AppendHex(std::uint16_t value) {
+    AppendHex(static_cast<std::uint8_t>(value >> 8U));
+    AppendHex(static_cast<std::uint8_t>(value));
+  }
+  void AppendHex(std::uint32_t value) {
+    AppendHex(static_cast<std::uint16_t>(value >> 16U));
+    AppendHex(static_cast<std::uint16_t>(value));
+  }
+  // Two lower-case digits, as by %.2x.
+  void AppendHex(std::uint8_t value) {
+    WriteHexPair(value, end());
+    size_ += 2;
+  }
+  // Two lower-case digits a byte, in stored order. The first loop is this plain
+  // for the compiler to make vector code of it, which then leaves no rest; what
+  // is too short for that takes two digits at a time from a table.
   void AppendHex(const std::uint8_t* bytes, std::size_t count) {
+    constexpr std::size_t kVector = 16;
+    const std::size_t in_vectors = count / kVector * kVector;
     char* const digits = end();
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < in_vectors; ++i) {
       digits[2 * i] = HexDigit(bytes[i] >> 4U);
       digits[2 * i + 1] = HexDigit(bytes[i] & 0xFU);
     }
+    for (std::size_t i = in_vectors; i < count; ++i) WriteHexPair(bytes[i], digits + 2 * i);
     size_ += 2 * count;
   }
 
@@ -63,16 +133,31 @@ class TextPiece {
 
  private:
   char* end() { return text_.data() + size_; }
+  std::uint8_t* EndBytes() { return reinterpret_cast<std::uint8_t*>(end()); }
 
-  template <std::size_t kDigits>
-  void AppendHexDigits(std::uint32_t value) {
-    char* const digits = end();
-    for (std::size_t i = kDigits; i-- > 0; value >>= 4U) digits[i] = HexDigit(value & 0xFU);
-    size_ += kDigits;
+  // Of a value of 1 to 8 digits.
+  static unsigned CountDigits(std::uint32_t value) {
+    // 1233 / 4096 is the logarithm of 2 to the base of 10, near enough.
+    const unsigned estimate = static_cast<unsigned>(std::bit_width(value)) * 1233 >> 12;
+    return estimate + (value >= text_piece_tables::kPowersOfTen[estimate] ? 1U : 0U);
+  }
+  // The eight digits of a value below 100,000,000, the first in the low byte.
+  static std::uint64_t EightDigits(std::uint32_t value) {
+    using text_piece_tables::kDecimalPairs;
+    const std::uint32_t high = value / 10000;
+    const std::uint32_t low = value % 10000;
+    return static_cast<std::uint64_t>(kDecimalPairs[high / 100]) |
+           static_cast<std::uint64_t>(kDecimalPairs[high % 100]) << 16 |
+           static_cast<std::uint64_t>(kDecimalPairs[low / 100]) << 32 |
+           static_cast<std::uint64_t>(kDecimalPairs[low % 100]) << 48;
+  }
+
+  static void WriteHexPair(std::uint8_t value, char* digits) {
+    std::memcpy(digits, text_piece_tables::kHexPairs[value].data(), 2);
   }
 
   // Left as it is: only what is appended is printed.
-  std::array<char, kCapacity> text_;
+  std::array<char, kCapacity + kPaddedTextSize> text_;
   std::size_t size_ = 0;
 };
 

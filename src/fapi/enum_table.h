@@ -1,13 +1,15 @@
 #ifndef VRKT_FAPI_ENUM_TABLE_H_
 #define VRKT_FAPI_ENUM_TABLE_H_
 
-#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <iterator>
 #include <span>
 #include <string_view>
 
+#include "base/padded_text.h"
 #include "fapi/hip_version_tags.h"
 
 // The labels of enumerated fields.
@@ -19,7 +21,7 @@
 // version would save that last step and be written out twelve times.) All
 // checks run in the compiler, and nothing is left to be done at start.
 
-inline constexpr std::size_t kMaxLabelLength = 64;
+inline constexpr std::size_t kMaxLabelLength = kPaddedTextSize;
 
 // One label of one value, valid in `versions`. `line` is where the row stands in
 // the source, for the compiler's messages.
@@ -63,32 +65,63 @@ struct LabelCounts {
   std::size_t of_version[kHipVersionCount];
 };
 
-// The labels of one enumerated field (or of several that share them).
+// The labels of one enumerated field (or of several that share them), laid down
+// for look-ups: the values by themselves, then what belongs to each, then all
+// texts.
 class EnumTable {
  public:
-  // Unchecked: tables are made by LabelTable below.
-  consteval explicit EnumTable(std::span<const EnumLabel> labels) : labels_(labels) {
-    for (const EnumLabel& label : labels) versions_.Add(label.versions);
+  struct Entry {
+    std::uint16_t text_start;
+    std::uint8_t text_size;
+    HipVersionSet versions;
+  };
+
+  // Unchecked: tables are made by LabelTable below. The values rise; the texts
+  // have kPaddedTextSize bytes behind the last one.
+  consteval EnumTable(std::span<const std::uint16_t> values, const Entry* entries,
+                      const char* texts)
+      : values_(values), entries_(entries), texts_(texts) {
+    for (std::size_t row = 0; row < values.size(); ++row) versions_.Add(entries[row].versions);
   }
   EnumTable(const EnumTable&) = delete;
   EnumTable& operator=(const EnumTable&) = delete;
 
   // The label of exactly this value in this version, empty if it has none
   // there. No bit of a value is ever looked at by itself.
-  constexpr std::string_view Find(std::uint16_t value, HipVersionTag version) const {
-    auto label = std::ranges::lower_bound(labels_, value, {}, &EnumLabel::value);
-    for (; label != labels_.end() && label->value == value; ++label) {
-      if (label->versions.Contains(version)) return label->text;
+  constexpr PaddedText Find(std::uint16_t value, HipVersionTag version) const {
+    for (std::size_t row = LowerBound(value); row < values_.size() && values_[row] == value;
+         ++row) {
+      if (entries_[row].versions.Contains(version)) return text(row);
     }
     return {};
   }
 
-  constexpr std::span<const EnumLabel> labels() const { return labels_; }
+  constexpr std::size_t size() const { return values_.size(); }
+  constexpr std::uint16_t value(std::size_t row) const { return values_[row]; }
+  constexpr HipVersionSet versions(std::size_t row) const { return entries_[row].versions; }
+  constexpr PaddedText text(std::size_t row) const {
+    return {texts_ + entries_[row].text_start, entries_[row].text_size};
+  }
   // The versions in which the table says anything at all.
   constexpr HipVersionSet versions() const { return versions_; }
 
  private:
-  std::span<const EnumLabel> labels_;
+  // The first row whose value is not below `value`. The comparison's result is a
+  // factor and not a branch: which way it goes is anybody's guess.
+  constexpr std::size_t LowerBound(std::uint16_t value) const {
+    std::size_t first = 0;
+    std::size_t count = values_.size();
+    while (count > 1) {
+      const std::size_t half = count / 2;
+      first += half * static_cast<std::size_t>(values_[first + half - 1] < value);
+      count -= half;
+    }
+    return first + static_cast<std::size_t>(values_[first] < value);
+  }
+
+  std::span<const std::uint16_t> values_;
+  const Entry* entries_;
+  const char* texts_;
   HipVersionSet versions_;
 };
 
@@ -154,6 +187,34 @@ consteval CountFault FindWrongCount(std::span<const EnumLabel> labels, const Lab
 
 }  // namespace enum_table_checks
 
+// A table's rows as EnumTable wants them.
+template <std::size_t kRows, std::size_t kTextSize>
+struct LaidDownLabels {
+  std::array<std::uint16_t, kRows> values{};
+  std::array<EnumTable::Entry, kRows> entries{};
+  std::array<char, kTextSize + kPaddedTextSize> texts{};
+};
+
+template <const auto& kLabels>
+inline constexpr auto kLaidDownLabels = [] {
+  constexpr std::size_t kTextSize = [] {
+    std::size_t size = 0;
+    for (const EnumLabel& label : kLabels) size += label.text.size();
+    return size;
+  }();
+  static_assert(kTextSize <= 0xFFFF, "the texts grew too long for EnumTable::Entry");
+  LaidDownLabels<std::size(kLabels), kTextSize> labels;
+  std::size_t start = 0;
+  for (std::size_t row = 0; row < std::size(kLabels); ++row) {
+    const EnumLabel& label = kLabels[row];
+    labels.values[row] = label.value;
+    labels.entries[row] = {static_cast<std::uint16_t>(start),
+                           static_cast<std::uint8_t>(label.text.size()), label.versions};
+    for (const char c : label.text) labels.texts[start++] = c;
+  }
+  return labels;
+}();
+
 // The table of `kLabels`, an array of EnumLabel in order of value, then of
 // first version, after all of its checks.
 template <const auto& kLabels, LabelCounts kCounts>
@@ -165,7 +226,8 @@ consteval EnumTable LabelTable() {
   ValueHasOneLabelInAVersion<kSecond.value, kSecond.line, kSecond.other_line>();
   constexpr CountFault kWrong = FindWrongCount(kLabels, kCounts);
   VersionHasItsNumberOfLabels<kWrong.version, kWrong.expected, kWrong.actual>();
-  return EnumTable(kLabels);
+  constexpr const auto& kLaidDown = kLaidDownLabels<kLabels>;
+  return EnumTable(kLaidDown.values, kLaidDown.entries.data(), kLaidDown.texts.data());
 }
 
 #endif  // VRKT_FAPI_ENUM_TABLE_H_

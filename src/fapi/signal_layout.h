@@ -12,7 +12,8 @@
 
 // The forms in which a field prints; there is no other. The comments tell which
 // bytes are read at the field's offset and what stands behind the name.
-// Integers are little-endian.
+// Integers are little-endian. (kSpares is three kU32 fields, which nearly every
+// signal ends in: a form of their own prints them as one piece.)
 enum class FieldRenderer : std::uint8_t {
   kU8,          // 1 byte                             ":%u"
   kU16,         // 2 bytes                            ":%u"
@@ -26,6 +27,7 @@ enum class FieldRenderer : std::uint8_t {
   kHex8,        // 8 bytes in stored order            ":0x%.2x%.2x%.2x%.2x%.2x%.2x%.2x%.2x"
   kWords,       // a fixed number of 2-byte words     ":[", "0x%.4x " for each, "]"
   kEnum16,      // 2 bytes                            ":" and a label, or the version's default form
+  kSpares,      // 3 times 4 bytes                    " spare_1:%u spare_2:%u spare_3:%u"
 };
 
 // A stretch of the layout text, in which the constant part of every field

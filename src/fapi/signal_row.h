@@ -30,6 +30,8 @@
 inline constexpr std::size_t kSignalHeaderSize = 10;
 inline constexpr std::size_t kMaxFields = 16;
 inline constexpr std::size_t kMaxNameLength = 48;
+static_assert(kMaxNameLength + 4 <= kPaddedTextSize,
+              "a name with what surrounds it is a PaddedText");
 inline constexpr std::size_t kMaxWords = 16;
 
 constexpr bool IsFieldOrSignalName(std::string_view name) {
@@ -93,9 +95,9 @@ consteval DumpToken Dump(const char* name) {
   return {name};
 }
 
-// spare_1, spare_2 and spare_3, with which nearly every signal ends.
-struct SparesToken {};
-consteval SparesToken Spares() { return {}; }
+// spare_1, spare_2 and spare_3 of 4 bytes each, with which nearly every signal
+// ends.
+consteval FieldToken Spares() { return MakeField("spare_1", FieldRenderer::kSpares, 12); }
 
 // The least length of a signal without bulk. It nearly always is the end of the
 // last field, so a row that says otherwise has to say so aloud: a lost or
@@ -168,11 +170,6 @@ struct SignalRow {
   constexpr void Add(DumpToken dump) {
     if (dump_count == kMaxDumps) throw "a signal has two dumps at most";
     dumps[dump_count++] = dump.name;
-  }
-  constexpr void Add(SparesToken /*spares*/) {
-    Add(U32("spare_1"));
-    Add(U32("spare_2"));
-    Add(U32("spare_3"));
   }
 };
 

@@ -165,8 +165,8 @@ constexpr HeadIndex kHeadIndex = [] {
 }();
 static_assert(kHeadIndex.text_size <= 0xFFFF, "the layout text grew too long for LayoutText");
 
-constexpr std::array<char, kHeadIndex.text_size> kLayoutText = [] {
-  std::array<char, kHeadIndex.text_size> text{};
+constexpr std::array<char, kHeadIndex.text_size + kPaddedTextSize> kLayoutText = [] {
+  std::array<char, kHeadIndex.text_size + kPaddedTextSize> text{};
   std::size_t next = 0;
   for (std::size_t i = 0; i < kHeadIndex.count; ++i) {
     for (const std::string_view part : kAllHeads[PlaceOf(kHeadIndex.sorted[i])].parts) {

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <span>
-#include <string_view>
 
+#include "base/padded_text.h"
 #include "fapi/hip_version_tags.h"
 #include "fapi/signal_layout.h"
 
@@ -22,7 +22,7 @@ extern const char* const kText;
 extern const FieldLayout* const kFields;
 }  // namespace vocabulary_data
 
-inline std::string_view TextOf(LayoutText text) {
+inline PaddedText TextOf(LayoutText text) {
   return {vocabulary_data::kText + text.start, text.length};
 }
 

@@ -11,11 +11,9 @@
 
 namespace {
 
-// A field's constant text takes its name and at most 4 characters more.
-constexpr std::size_t kMaxHead = kMaxNameLength + 4;
 constexpr std::size_t kCharsPerWord = 7;  // as in "0x0001 "
 constexpr std::size_t kMaxValue = std::max(kMaxLabelLength, kMaxWords* kCharsPerWord + 1);
-using FieldPiece = TextPiece<kMaxHead + kMaxValue>;
+using FieldPiece = TextPiece<kPaddedTextSize + kMaxValue>;
 
 // An unlabelled value's field has no blank before its name in versions A to C
 // and so sticks to the field before it.
@@ -23,22 +21,22 @@ constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
   return version >= HipVersionTag::D;
 }
 
-void AppendEnumerated(FieldPiece& piece, std::string_view head, const EnumTable& labels,
+void AppendEnumerated(FieldPiece& piece, PaddedText head, const EnumTable& labels,
                       std::uint16_t value, HipVersionTag version) {
-  const std::string_view label = labels.Find(value, version);
+  const PaddedText label = labels.Find(value, version);
   if (!label.empty()) {
     piece.Append(head);
     piece.Append(label);
     return;
   }
-  piece.Append(HasBlankBeforeUnlabelled(version) ? head : head.substr(1));
+  piece.Append(HasBlankBeforeUnlabelled(version) ? head.text() : head.text().substr(1));
   piece.AppendDecimal(value);
 }
 
 void AppendMac(FieldPiece& piece, const std::uint8_t* address) {
   for (int i = 0; i < 6; ++i) {
     if (i > 0) piece.Append(':');
-    piece.AppendHex(address + i, 1);
+    piece.AppendHex(address[i]);
   }
 }
 
@@ -52,11 +50,19 @@ void AppendWords(FieldPiece& piece, const std::uint8_t* words, std::size_t count
   piece.Append(']');
 }
 
+void AppendSpares(FieldPiece& piece, const std::uint8_t* spares) {
+  piece.AppendDecimal(LoadU32(spares));
+  piece.Append(" spare_2:");
+  piece.AppendDecimal(LoadU32(spares + 4));
+  piece.Append(" spare_3:");
+  piece.AppendDecimal(LoadU32(spares + 8));
+}
+
 }  // namespace
 
-void PrintDump(std::string_view head, SignalSpan region) {
+void PrintDump(PaddedText head, SignalSpan region) {
   constexpr std::size_t kBytesPerPiece = 512;
-  TextPiece<kMaxHead + 2 * kBytesPerPiece + 1> piece;
+  TextPiece<kPaddedTextSize + 2 * kBytesPerPiece + 1> piece;
   piece.Append(head);
   std::size_t done = 0;
   while (region.length - done > kBytesPerPiece) {
@@ -71,7 +77,7 @@ void PrintDump(std::string_view head, SignalSpan region) {
 }
 
 void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersionTag version) {
-  const std::string_view head = TextOf(field.head);
+  const PaddedText head = TextOf(field.head);
   const std::uint8_t* const bytes = signal + field.offset;
   FieldPiece piece;
   if (field.renderer == FieldRenderer::kEnum16) {
@@ -82,7 +88,7 @@ void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersion
   piece.Append(head);
   switch (field.renderer) {
     case FieldRenderer::kU8:
-      piece.AppendDecimal(static_cast<unsigned>(*bytes));
+      piece.AppendDecimal(*bytes);
       break;
     case FieldRenderer::kU16:
       piece.AppendDecimal(LoadU16(bytes));
@@ -91,10 +97,10 @@ void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersion
       piece.AppendDecimal(LoadU32(bytes));
       break;
     case FieldRenderer::kI16:
-      piece.AppendDecimal(static_cast<std::int16_t>(LoadU16(bytes)));
+      piece.AppendSigned(static_cast<std::int16_t>(LoadU16(bytes)));
       break;
     case FieldRenderer::kI32:
-      piece.AppendDecimal(static_cast<std::int32_t>(LoadU32(bytes)));
+      piece.AppendSigned(static_cast<std::int32_t>(LoadU32(bytes)));
       break;
     case FieldRenderer::kX16:
     case FieldRenderer::kX16NoSpace:
@@ -111,6 +117,9 @@ void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersion
       break;
     case FieldRenderer::kWords:
       AppendWords(piece, bytes, field.words);
+      break;
+    case FieldRenderer::kSpares:
+      AppendSpares(piece, bytes);
       break;
     case FieldRenderer::kEnum16:
       break;

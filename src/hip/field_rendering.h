@@ -2,8 +2,8 @@
 #define VRKT_HIP_FIELD_RENDERING_H_
 
 #include <cstdint>
-#include <string_view>
 
+#include "base/padded_text.h"
 #include "fapi/hip_version_tags.h"
 #include "fapi/signal_layout.h"
 #include "hip/hip_signal.h"
@@ -13,7 +13,7 @@
 
 // Prints a dump: `head`, as in " data:{", the region's bytes in stored order
 // and the closing brace, also where the region is empty.
-void PrintDump(std::string_view head, SignalSpan region);
+void PrintDump(PaddedText head, SignalSpan region);
 
 // Prints one field of `signal`, which is readable up to the field's end.
 void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersionTag version);

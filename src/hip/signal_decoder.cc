@@ -52,7 +52,7 @@ SignalSpan DumpRegion(const SignalLayout& layout, const HipSignal& signal) {
 
 void PrintSignal(const SignalLayout& layout, const std::uint8_t* bytes, SignalSpan dump_region,
                  HipVersionTag version) {
-  PrintPiece(TextOf(layout.name));
+  PrintPiece(TextOf(layout.name).text());
   for (std::size_t i = 0; i < layout.dump_count; ++i) {
     PrintDump(TextOf(layout.dumps[i]), dump_region);
   }

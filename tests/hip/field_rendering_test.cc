@@ -23,7 +23,7 @@ std::string Render(FieldRenderer renderer, std::string_view hex, std::uint8_t wo
   const FieldLayout field{&kDirection, AnyHead(), 1, renderer, words};
   const std::string text = CaptureStandardOutput(
       [&] { PrintField(field, reinterpret_cast<const std::uint8_t*>(bytes.data()), version); });
-  const std::string head(TextOf(AnyHead()));
+  const std::string head(TextOf(AnyHead()).text());
   EXPECT_EQ(text.substr(0, head.size()), head);
   return text.substr(head.size());
 }
@@ -52,6 +52,7 @@ TEST(FieldRendering, EveryFormPrintsItsValue) {
       {FieldRenderer::kX32, "efcdab89", "89abcdef"},
       {FieldRenderer::kMac, "000a0b0c0dfe", "00:0a:0b:0c:0d:fe"},
       {FieldRenderer::kHex8, "0102030405060708", "0102030405060708"},
+      {FieldRenderer::kSpares, "00000000 ffffffff 0a000000", "0 spare_2:4294967295 spare_3:10"},
       {FieldRenderer::kEnum16, "0100", "receive"},
       {FieldRenderer::kEnum16, "0001", "256"},
       {FieldRenderer::kEnum16, "ffff", "65535"},
@@ -62,12 +63,31 @@ TEST(FieldRendering, EveryFormPrintsItsValue) {
   }
 }
 
+TEST(FieldRendering, DecimalsOfEveryLength) {
+  for (std::uint64_t power = 1; power <= 10'000'000'000; power *= 10) {
+    for (const std::uint64_t value : {power - 1, power, power + power / 2, 2 * power - 1}) {
+      if (value > 0xFFFFFFFF) continue;
+      std::string hex;
+      for (int shift = 0; shift < 32; shift += 8) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned>(value >> shift & 0xFF));
+        hex += digits;
+      }
+      EXPECT_EQ(Render(FieldRenderer::kU32, hex), std::to_string(value));
+      EXPECT_EQ(Render(FieldRenderer::kI32, hex),
+                std::to_string(static_cast<std::int32_t>(static_cast<std::uint32_t>(value))));
+    }
+  }
+}
+
 TEST(FieldRendering, WordsCloseBehindABlank) {
   EXPECT_EQ(Render(FieldRenderer::kWords, "0100 0200 ffff", 3), "0x0001 0x0002 0xffff ]");
   EXPECT_EQ(Render(FieldRenderer::kWords, "0100 0200 ffff", 1), "0x0001 ]");
 }
 
 TEST(FieldRendering, DumpsOfAnyLengthAreWhole) {
+  const std::string padded = " data:{" + std::string(kPaddedTextSize, '?');
+  const PaddedText kHead{padded.data(), 7};
   for (const std::size_t length : {0U, 1U, 15U, 16U, 17U, 511U, 512U, 513U, 1024U, 1025U, 70000U}) {
     std::string bytes;
     std::string hex;
@@ -78,8 +98,8 @@ TEST(FieldRendering, DumpsOfAnyLengthAreWhole) {
       hex += "0123456789abcdef"[byte % 16];
     }
     EXPECT_EQ(CaptureStandardOutput([&] {
-                PrintDump(" data:{", {static_cast<std::uint32_t>(length),
-                                      reinterpret_cast<const std::uint8_t*>(bytes.data())});
+                PrintDump(kHead, {static_cast<std::uint32_t>(length),
+                                  reinterpret_cast<const std::uint8_t*>(bytes.data())});
               }),
               " data:{" + hex + "}");
   }
