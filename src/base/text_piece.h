@@ -28,8 +28,9 @@ inline constexpr std::array<std::uint16_t, 100> kDecimalPairs = [] {
   return pairs;
 }();
 
-inline constexpr std::array<std::uint32_t, 9> kPowersOfTen = {
-    1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
+// The least value of 1 digit more.
+inline constexpr std::array<std::uint32_t, 9> kLeastOfDigits = {
+    0, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
 
 inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = [] {
   std::array<std::array<char, 2>, 256> pairs{};
@@ -65,9 +66,7 @@ class TextPiece {
   // In decimal, as by %u.
   void AppendDecimal(std::uint32_t value) {
     constexpr std::uint32_t kEightDigits = 100000000;
-    if (value < 10) {
-      Append(static_cast<char>('0' + value));
-    } else if (value < kEightDigits) {
+    if (value < kEightDigits) {
       const unsigned count = CountDigits(value);
       StoreU64(EightDigits(value) >> (64 - 8 * count), EndBytes());
       size_ += count;
@@ -137,9 +136,10 @@ class TextPiece {
 
   // Of a value of 1 to 8 digits.
   static unsigned CountDigits(std::uint32_t value) {
-    // 1233 / 4096 is the logarithm of 2 to the base of 10, near enough.
-    const unsigned estimate = static_cast<unsigned>(std::bit_width(value)) * 1233 >> 12;
-    return estimate + (value >= text_piece_tables::kPowersOfTen[estimate] ? 1U : 0U);
+    // 1233 / 4096 is the logarithm of 2 to the base of 10, near enough. Zero has a
+    // digit too, hence the bit that is set in any case.
+    const unsigned estimate = static_cast<unsigned>(std::bit_width(value | 1U)) * 1233 >> 12;
+    return estimate + static_cast<unsigned>(value >= text_piece_tables::kLeastOfDigits[estimate]);
   }
   // The eight digits of a value below 100,000,000, the first in the low byte.
   static std::uint64_t EightDigits(std::uint32_t value) {

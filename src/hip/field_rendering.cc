@@ -29,7 +29,11 @@ void AppendEnumerated(FieldPiece& piece, PaddedText head, const EnumTable& label
     piece.Append(label);
     return;
   }
-  piece.Append(HasBlankBeforeUnlabelled(version) ? head.text() : head.text().substr(1));
+  if (HasBlankBeforeUnlabelled(version)) {
+    piece.Append(head);
+  } else {
+    piece.Append(std::string_view(head.data + 1, head.size - 1));
+  }
   piece.AppendDecimal(value);
 }
 
@@ -51,11 +55,18 @@ void AppendWords(FieldPiece& piece, const std::uint8_t* words, std::size_t count
 }
 
 void AppendSpares(FieldPiece& piece, const std::uint8_t* spares) {
-  piece.AppendDecimal(LoadU32(spares));
+  const std::uint32_t first = LoadU32(spares);
+  const std::uint32_t second = LoadU32(spares + 4);
+  const std::uint32_t third = LoadU32(spares + 8);
+  if ((first | second | third) == 0) {  // as they nearly always are
+    piece.Append("0 spare_2:0 spare_3:0");
+    return;
+  }
+  piece.AppendDecimal(first);
   piece.Append(" spare_2:");
-  piece.AppendDecimal(LoadU32(spares + 4));
+  piece.AppendDecimal(second);
   piece.Append(" spare_3:");
-  piece.AppendDecimal(LoadU32(spares + 8));
+  piece.AppendDecimal(third);
 }
 
 }  // namespace

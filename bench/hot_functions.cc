@@ -1,0 +1,91 @@
+// The functions that a record's time goes to, each alone.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <iostream>
+#include <vector>
+
+#include "base/little_endian.h"
+#include "base/text_piece.h"
+#include "fapi/vocabulary.h"
+#include "hip/field_rendering.h"
+#include "hip/hip_versions.h"
+#include "intake/line_stamp.h"
+
+namespace {
+
+void StampOfARepeatedSecond(benchmark::State& state) {
+  StampedSecond last;
+  std::int32_t time = 0;
+  for (auto _ : state) PrintLineStamp(1780297200, time++ % 1000, last);
+}
+BENCHMARK(StampOfARepeatedSecond);
+
+void StampOfANewSecond(benchmark::State& state) {
+  StampedSecond last;
+  std::uint32_t second = 1780297200;
+  for (auto _ : state) PrintLineStamp(second++, 0, last);
+}
+BENCHMARK(StampOfANewSecond);
+
+void Decimal(benchmark::State& state) {
+  std::uint32_t value = 1;
+  for (auto _ : state) {
+    TextPiece<16> piece;
+    piece.AppendDecimal(value >> (value & 31U));
+    benchmark::DoNotOptimize(piece);
+    value = value * 1664525 + 1013904223;
+  }
+}
+BENCHMARK(Decimal);
+
+void HexadecimalDump(benchmark::State& state) {
+  const std::vector<std::uint8_t> bytes(static_cast<std::size_t>(state.range(0)), 0xA5);
+  TextPiece<4096> piece;
+  for (auto _ : state) {
+    piece.Clear();
+    piece.AppendHex(bytes.data(), bytes.size());
+    benchmark::DoNotOptimize(piece);
+  }
+  state.SetBytesProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(HexadecimalDump)->Arg(13)->Arg(64)->Arg(1500);
+
+const EnumTable& RatesOfTheRadioTest() {
+  for (const FieldLayout& field : FieldsOf(*FindSignal(HipVersionTag::L, 0x9007))) {
+    if (TextOf(field.head).text() == " rate:") return *field.labels;
+  }
+  std::abort();
+}
+
+void LabelAmong656(benchmark::State& state) {
+  const EnumTable& rates = RatesOfTheRadioTest();
+  std::size_t row = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(rates.Find(rates.value(row), HipVersionTag::L));
+    row = (row + 331) % rates.size();
+  }
+}
+BENCHMARK(LabelAmong656);
+
+void WholeLine(benchmark::State& state) {
+  std::vector<std::uint8_t> payload(34 + 40);
+  StoreU16(0x1000, payload.data());
+  const HipDecoder decoder = KnownHipVersions().back().decoder;
+  for (auto _ : state) decoder(34, payload.data(), 40, payload.data() + 34, 0, nullptr);
+}
+BENCHMARK(WholeLine);
+
+}  // namespace
+
+// Standard output is what the functions print to: it goes away, and the report
+// to standard error.
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
+  benchmark::ConsoleReporter reporter;
+  reporter.SetOutputStream(&std::cerr);
+  reporter.SetErrorStream(&std::cerr);
+  benchmark::RunSpecifiedBenchmarks(&reporter);
+}

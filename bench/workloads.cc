@@ -1,0 +1,122 @@
+#include "workloads.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <vector>
+
+#include "base/little_endian.h"
+#include "fapi/vocabulary.h"
+
+namespace {
+
+constexpr HipVersionTag kVersion = HipVersionTag::L;
+constexpr std::uint32_t kPackedVersion = 0x0E05000C;
+
+class Generator {
+ public:
+  explicit Generator(std::string_view name) : name_(name) {
+    for (unsigned id = 0; id <= 0xFFFF; ++id) {
+      const auto id16 = static_cast<std::uint16_t>(id);
+      if (FindSignal(kVersion, id16) == nullptr) continue;
+      any_.push_back(id16);
+      if (id >> 12 == 2) management_.push_back(id16);
+    }
+  }
+
+  std::string MakeLog(std::size_t records) {
+    Words({0x1289ABEF, 6, kPackedVersion, 0x13572467, 0, 0, 4, 1780297200});
+    for (std::size_t i = 0; i < records; ++i) AppendRecord(static_cast<std::uint32_t>(i));
+    return std::move(log_);
+  }
+
+ private:
+  std::uint32_t Below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
+  bool Chance(std::uint32_t percent) { return Below(100) < percent; }
+  std::uint16_t OneOf(const std::vector<std::uint16_t>& ids) {
+    return ids[Below(static_cast<std::uint32_t>(ids.size()))];
+  }
+
+  void Words(std::initializer_list<std::uint32_t> words) {
+    for (const std::uint32_t word : words) {
+      std::uint8_t bytes[4];
+      StoreU32(word, bytes);
+      log_.append(reinterpret_cast<const char*>(bytes), sizeof bytes);
+    }
+  }
+
+  void AppendRecord(std::uint32_t place) {
+    std::uint32_t bulk = 0;
+    std::uint16_t id = 0;
+    const std::uint32_t kind = name_ == "mixed" || name_ == "seconds" ? Below(10)
+                               : name_ == "management"                ? 6
+                                                                      : 0;
+    if (kind < 6) {
+      static const std::vector<std::uint16_t> kDataPath = {0x1000, 0x1100, 0x1300};
+      id = OneOf(kDataPath);
+      bulk = name_ == "frames" ? 1500 : Below(129);
+    } else {
+      id = OneOf(kind < 9 ? management_ : any_);
+      bulk = Chance(30) ? Below(65) : 0;
+    }
+    const std::string signal = MakeSignal(id);
+    const auto length = static_cast<std::uint32_t>(signal.size());
+    // About three records a millisecond, as in a busy second.
+    const std::uint32_t time = name_ == "seconds" ? place * 1000 : place / 3;
+    Words({0x13572468, time, length + bulk, length});
+    log_ += signal;
+    for (std::uint32_t i = 0; i < bulk; ++i) log_ += static_cast<char>(random_());
+  }
+
+  std::string MakeSignal(std::uint16_t id) {
+    const SignalLayout& layout = *FindSignal(kVersion, id);
+    std::vector<std::uint8_t> bytes(layout.min < layout.end ? layout.end : layout.min);
+    StoreU16(id, bytes.data());
+    for (const FieldLayout& field : FieldsOf(layout)) FillField(field, bytes.data() + field.offset);
+    return {bytes.begin(), bytes.end()};
+  }
+
+  void FillField(const FieldLayout& field, std::uint8_t* bytes) {
+    switch (field.renderer) {
+      case FieldRenderer::kU16:
+      case FieldRenderer::kI16:
+      case FieldRenderer::kX16:
+        StoreU16(static_cast<std::uint16_t>(Chance(50) ? Below(16) : random_()), bytes);
+        break;
+      case FieldRenderer::kU32:
+      case FieldRenderer::kI32:
+      case FieldRenderer::kX32:
+        StoreU32(static_cast<std::uint32_t>(random_()), bytes);
+        break;
+      case FieldRenderer::kMac:
+        for (int i = 0; i < 6; ++i) bytes[i] = static_cast<std::uint8_t>(random_());
+        break;
+      case FieldRenderer::kEnum16:
+        StoreU16(PickValue(*field.labels), bytes);
+        break;
+      default:
+        break;  // spares and the rare forms stay zero
+    }
+  }
+
+  // Mostly a labelled value, now and then another.
+  std::uint16_t PickValue(const EnumTable& labels) {
+    if (Chance(3)) return static_cast<std::uint16_t>(random_());
+    for (;;) {
+      const std::size_t row = Below(static_cast<std::uint32_t>(labels.size()));
+      if (labels.versions(row).Contains(kVersion)) return labels.value(row);
+    }
+  }
+
+  std::string_view name_;
+  std::mt19937 random_{20260601};
+  std::vector<std::uint16_t> any_;
+  std::vector<std::uint16_t> management_;
+  std::string log_;
+};
+
+}  // namespace
+
+std::string MakeWorkload(std::string_view name, std::size_t records) {
+  return Generator(name).MakeLog(records);
+}
