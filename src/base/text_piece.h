@@ -20,23 +20,25 @@ constexpr char HexDigit(unsigned nibble) {
 namespace text_piece_tables {
 
 // Two digits each, as little-endian words: the first digit is the low byte.
-inline constexpr std::array<std::uint16_t, 100> kDecimalPairs = [] {
+consteval std::array<std::uint16_t, 100> MakeDecimalPairs() {
   std::array<std::uint16_t, 100> pairs{};
   for (unsigned i = 0; i < pairs.size(); ++i) {
     pairs[i] = static_cast<std::uint16_t>(('0' + i / 10) | ('0' + i % 10) << 8);
   }
   return pairs;
-}();
+}
+inline constexpr std::array<std::uint16_t, 100> kDecimalPairs = MakeDecimalPairs();
 
 // The least value of 1 digit more.
 inline constexpr std::array<std::uint32_t, 9> kLeastOfDigits = {
     0, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
 
-inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = [] {
+consteval std::array<std::array<char, 2>, 256> MakeHexPairs() {
   std::array<std::array<char, 2>, 256> pairs{};
   for (unsigned i = 0; i < pairs.size(); ++i) pairs[i] = {HexDigit(i / 16), HexDigit(i % 16)};
   return pairs;
-}();
+}
+inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = MakeHexPairs();
 
 }  // namespace text_piece_tables
 
@@ -66,14 +68,12 @@ class TextPiece {
   // In decimal, as by %u.
   void AppendDecimal(std::uint32_t value) {
     constexpr std::uint32_t kEightDigits = 100000000;
-    if (value < kEightDigits) {
-      const unsigned count = CountDigits(value);
-      StoreU64(EightDigits(value) >> (64 - 8 * count), EndBytes());
-      size_ += count;
-    } else {
-      AppendDecimal(value / kEightDigits);
+    if (value >= kEightDigits) {
+      AppendUpToEightDigits(value / kEightDigits);
       StoreU64(EightDigits(value % kEightDigits), EndBytes());
       size_ += 8;
+    } else {
+      AppendUpToEightDigits(value);
     }
   }
   // As by %d.
@@ -134,6 +134,11 @@ class TextPiece {
   char* end() { return text_.data() + size_; }
   std::uint8_t* EndBytes() { return reinterpret_cast<std::uint8_t*>(end()); }
 
+  void AppendUpToEightDigits(std::uint32_t value) {
+    const unsigned count = CountDigits(value);
+    StoreU64(EightDigits(value) >> (64 - 8 * count), EndBytes());
+    size_ += count;
+  }
   // Of a value of 1 to 8 digits.
   static unsigned CountDigits(std::uint32_t value) {
     // 1233 / 4096 is the logarithm of 2 to the base of 10, near enough. Zero has a

@@ -51,9 +51,11 @@ consteval EnumLabel Label(std::uint16_t value, const char* text, HipVersionSet v
 struct LabelCounts {
   struct Entry {
     HipVersionSet versions;
-    std::size_t count;
+    std::size_t count = 0;
   };
   consteval LabelCounts(std::initializer_list<Entry> entries) {
+    // All elements are written: g++ 12 loses leading ones of a template argument
+    // that are only ever initialised.
     for (std::size_t version = 0; version < kHipVersionCount; ++version) {
       of_version[version] = 0;
       for (const Entry& entry : entries) {
@@ -71,8 +73,8 @@ struct LabelCounts {
 class EnumTable {
  public:
   struct Entry {
-    std::uint16_t text_start;
-    std::uint8_t text_size;
+    std::uint16_t text_start = 0;
+    std::uint8_t text_size = 0;
     HipVersionSet versions;
   };
 
@@ -195,13 +197,15 @@ struct LaidDownLabels {
   std::array<char, kTextSize + kPaddedTextSize> texts{};
 };
 
+consteval std::size_t SumTextSizes(std::span<const EnumLabel> labels) {
+  std::size_t size = 0;
+  for (const EnumLabel& label : labels) size += label.text.size();
+  return size;
+}
+
 template <const auto& kLabels>
-inline constexpr auto kLaidDownLabels = [] {
-  constexpr std::size_t kTextSize = [] {
-    std::size_t size = 0;
-    for (const EnumLabel& label : kLabels) size += label.text.size();
-    return size;
-  }();
+consteval auto LayDownLabels() {
+  constexpr std::size_t kTextSize = SumTextSizes(kLabels);
   static_assert(kTextSize <= 0xFFFF, "the texts grew too long for EnumTable::Entry");
   LaidDownLabels<std::size(kLabels), kTextSize> labels;
   std::size_t start = 0;
@@ -213,19 +217,22 @@ inline constexpr auto kLaidDownLabels = [] {
     for (const char c : label.text) labels.texts[start++] = c;
   }
   return labels;
-}();
+}
+
+template <const auto& kLabels>
+inline constexpr auto kLaidDownLabels = LayDownLabels<kLabels>();
 
 // The table of `kLabels`, an array of EnumLabel in order of value, then of
 // first version, after all of its checks.
 template <const auto& kLabels, LabelCounts kCounts>
 consteval EnumTable LabelTable() {
-  using namespace enum_table_checks;
-  constexpr LabelFault kUnsorted = FindUnsortedLabel(kLabels);
-  LabelIsSortedByValue<kUnsorted.value, kUnsorted.line>();
-  constexpr LabelFault kSecond = FindSecondLabel(kLabels);
-  ValueHasOneLabelInAVersion<kSecond.value, kSecond.line, kSecond.other_line>();
-  constexpr CountFault kWrong = FindWrongCount(kLabels, kCounts);
-  VersionHasItsNumberOfLabels<kWrong.version, kWrong.expected, kWrong.actual>();
+  constexpr enum_table_checks::LabelFault kUnsorted = enum_table_checks::FindUnsortedLabel(kLabels);
+  enum_table_checks::LabelIsSortedByValue<kUnsorted.value, kUnsorted.line>();
+  constexpr enum_table_checks::LabelFault kSecond = enum_table_checks::FindSecondLabel(kLabels);
+  enum_table_checks::ValueHasOneLabelInAVersion<kSecond.value, kSecond.line, kSecond.other_line>();
+  constexpr enum_table_checks::CountFault kWrong =
+      enum_table_checks::FindWrongCount(kLabels, kCounts);
+  enum_table_checks::VersionHasItsNumberOfLabels<kWrong.version, kWrong.expected, kWrong.actual>();
   constexpr const auto& kLaidDown = kLaidDownLabels<kLabels>;
   return EnumTable(kLaidDown.values, kLaidDown.entries.data(), kLaidDown.texts.data());
 }

@@ -33,7 +33,8 @@ class HipVersionSet {
  public:
   constexpr HipVersionSet() = default;
   // Not explicit: a table's row names its versions by the bare text.
-  consteval HipVersionSet(const char* text) : bits_(0) {  // NOLINT(google-explicit-constructor)
+  // cppcheck-suppress noExplicitConstructor
+  consteval HipVersionSet(const char* text) {  // NOLINT(google-explicit-constructor)
     std::size_t next_allowed = 0;
     for (;;) {
       const std::size_t first = ParseTag(*text++);

@@ -1,6 +1,7 @@
 #ifndef VRKT_FAPI_SIGNAL_ROW_H_
 #define VRKT_FAPI_SIGNAL_ROW_H_
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -36,10 +37,8 @@ inline constexpr std::size_t kMaxWords = 16;
 
 constexpr bool IsFieldOrSignalName(std::string_view name) {
   if (name.empty() || name.size() > kMaxNameLength) return false;
-  for (const char c : name) {
-    if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_')) return false;
-  }
-  return true;
+  return std::ranges::all_of(
+      name, [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; });
 }
 
 // A field as a row names it. `offset` stays unset until the row places it.
@@ -114,6 +113,7 @@ consteval MinToken MinUnlikeEnd(std::size_t min) { return {min, false}; }
 struct SignalName {
   constexpr SignalName() = default;
   // Not explicit: a row begins with the bare text.
+  // cppcheck-suppress noExplicitConstructor
   consteval SignalName(const char* name,  // NOLINT(google-explicit-constructor)
                        int source_line = __builtin_LINE())
       : text(name), line(source_line) {
@@ -130,6 +130,7 @@ struct SignalName {
 // come for the '#'.
 struct SpareName : SignalName {
   // Not explicit: see SignalName.
+  // cppcheck-suppress noExplicitConstructor
   consteval SpareName(const char* name,  // NOLINT(google-explicit-constructor)
                       int source_line = __builtin_LINE()) {
     const std::string_view whole = name;

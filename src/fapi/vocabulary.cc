@@ -41,25 +41,27 @@ constexpr std::size_t kSignalCounts[kHipVersionCount] = {
     194, 204, 203, 233, 297, 308, 244, 304, 308, 307, 312, 314,
 };
 
-constexpr std::size_t kRowCount = [] {
+consteval std::size_t CountRows() {
   std::size_t count = 0;
   for (const SignalTable* family : kFamilies) count += family->rows.size();
   return count;
-}();
+}
+constexpr std::size_t kRowCount = CountRows();
 
 struct CatalogueRow {
   const SignalRow* row;
   std::size_t family;
 };
 
-constexpr std::array<CatalogueRow, kRowCount> kRows = [] {
+consteval std::array<CatalogueRow, kRowCount> CollectRows() {
   std::array<CatalogueRow, kRowCount> rows{};
   std::size_t next = 0;
   for (std::size_t family = 0; family < std::size(kFamilies); ++family) {
     for (const SignalRow& row : kFamilies[family]->rows) rows[next++] = {&row, family};
   }
   return rows;
-}();
+}
+constexpr std::array<CatalogueRow, kRowCount> kRows = CollectRows();
 
 // ---------------------------------------------------------------------------
 // The layout text.
@@ -109,22 +111,24 @@ constexpr std::uint64_t KeyAndPlace(std::uint64_t key, std::size_t place) {
 constexpr std::uint64_t KeyOf(std::uint64_t key_and_place) { return key_and_place >> 16U; }
 constexpr std::size_t PlaceOf(std::uint64_t key_and_place) { return key_and_place & 0xFFFFU; }
 
-constexpr std::size_t kFieldCount = [] {
+consteval std::size_t CountFields() {
   std::size_t count = 0;
   for (const CatalogueRow& entry : kRows) count += entry.row->field_count;
   return count;
-}();
-constexpr std::size_t kDumpCount = [] {
+}
+constexpr std::size_t kFieldCount = CountFields();
+consteval std::size_t CountDumps() {
   std::size_t count = 0;
   for (const CatalogueRow& entry : kRows) count += entry.row->dump_count;
   return count;
-}();
+}
+constexpr std::size_t kDumpCount = CountDumps();
 
 constexpr std::size_t kHeadCount = kRowCount + kDumpCount + kFieldCount;
 static_assert(kHeadCount <= 0xFFFF, "more heads than KeyAndPlace has places");
 
 // The heads of all rows, as they come.
-constexpr std::array<Head, kHeadCount> kAllHeads = [] {
+consteval std::array<Head, kHeadCount> CollectHeads() {
   std::array<Head, kHeadCount> heads{};
   std::size_t next = 0;
   for (const CatalogueRow& entry : kRows) {
@@ -134,7 +138,8 @@ constexpr std::array<Head, kHeadCount> kAllHeads = [] {
     for (std::size_t i = 0; i < row.field_count; ++i) heads[next++] = HeadOf(row.fields[i]);
   }
   return heads;
-}();
+}
+constexpr std::array<Head, kHeadCount> kAllHeads = CollectHeads();
 
 // The distinct heads by their hashes, and where each starts in the layout text.
 struct HeadIndex {
@@ -144,7 +149,7 @@ struct HeadIndex {
   std::size_t text_size = 0;
 };
 
-constexpr HeadIndex kHeadIndex = [] {
+consteval HeadIndex MakeHeadIndex() {
   std::array<std::uint64_t, kHeadCount> all{};
   for (std::size_t i = 0; i < kHeadCount; ++i) all[i] = KeyAndPlace(HashOf(kAllHeads[i]), i);
   std::sort(all.begin(), all.end());
@@ -162,10 +167,11 @@ constexpr HeadIndex kHeadIndex = [] {
     ++index.count;
   }
   return index;
-}();
+}
+constexpr HeadIndex kHeadIndex = MakeHeadIndex();
 static_assert(kHeadIndex.text_size <= 0xFFFF, "the layout text grew too long for LayoutText");
 
-constexpr std::array<char, kHeadIndex.text_size + kPaddedTextSize> kLayoutText = [] {
+consteval std::array<char, kHeadIndex.text_size + kPaddedTextSize> JoinHeads() {
   std::array<char, kHeadIndex.text_size + kPaddedTextSize> text{};
   std::size_t next = 0;
   for (std::size_t i = 0; i < kHeadIndex.count; ++i) {
@@ -174,7 +180,8 @@ constexpr std::array<char, kHeadIndex.text_size + kPaddedTextSize> kLayoutText =
     }
   }
   return text;
-}();
+}
+constexpr std::array<char, kHeadIndex.text_size + kPaddedTextSize> kLayoutText = JoinHeads();
 
 constexpr LayoutText TextOfHead(const Head& head) {
   const auto* const first = kHeadIndex.sorted.data();
@@ -248,7 +255,7 @@ struct CountFault {
   std::size_t actual = 0;
 };
 
-constexpr CountFault kWrongCount = [] {
+consteval CountFault FindWrongCount() {
   for (std::size_t version = 0; version < kHipVersionCount; ++version) {
     std::size_t actual = 0;
     for (const CatalogueRow& entry : kRows) {
@@ -259,7 +266,8 @@ constexpr CountFault kWrongCount = [] {
     }
   }
   return CountFault{};
-}();
+}
+constexpr CountFault kWrongCount = FindWrongCount();
 
 consteval bool CheckCatalogue() {
   IdNamesOneSignalInAVersion<kSharedId.version, kSharedId.id, kFamilies[kSharedId.family],
@@ -275,7 +283,7 @@ static_assert(CheckCatalogue());
 // ---------------------------------------------------------------------------
 // The layouts and the way from an id to its layout.
 
-constexpr std::array<FieldLayout, kFieldCount> kFieldLayouts = [] {
+consteval std::array<FieldLayout, kFieldCount> MakeFieldLayouts() {
   std::array<FieldLayout, kFieldCount> layouts{};
   std::size_t next = 0;
   for (const CatalogueRow& entry : kRows) {
@@ -290,9 +298,10 @@ constexpr std::array<FieldLayout, kFieldCount> kFieldLayouts = [] {
     }
   }
   return layouts;
-}();
+}
+constexpr std::array<FieldLayout, kFieldCount> kFieldLayouts = MakeFieldLayouts();
 
-constexpr std::array<SignalLayout, kRowCount> kSignalLayouts = [] {
+consteval std::array<SignalLayout, kRowCount> MakeSignalLayouts() {
   std::array<SignalLayout, kRowCount> layouts{};
   std::size_t first_field = 0;
   for (std::size_t i = 0; i < kRowCount; ++i) {
@@ -310,7 +319,8 @@ constexpr std::array<SignalLayout, kRowCount> kSignalLayouts = [] {
     first_field += row.field_count;
   }
   return layouts;
-}();
+}
+constexpr std::array<SignalLayout, kRowCount> kSignalLayouts = MakeSignalLayouts();
 static_assert(kFieldCount <= 0xFFFF && kRowCount < 0xFFFF, "the vocabulary outgrew its indices");
 
 // Ids come in a few dense blocks, one for each high byte in use. A block takes
@@ -321,7 +331,7 @@ struct IdBlock {
   std::uint16_t slot_count = 0;
 };
 
-constexpr std::array<IdBlock, 256> kIdBlocks = [] {
+consteval std::array<IdBlock, 256> MakeIdBlocks() {
   std::array<IdBlock, 256> blocks{};
   for (const CatalogueRow& entry : kRows) {
     IdBlock& block = blocks[entry.row->id >> 8];
@@ -334,11 +344,12 @@ constexpr std::array<IdBlock, 256> kIdBlocks = [] {
     next_slot += block.slot_count;
   }
   return blocks;
-}();
+}
+constexpr std::array<IdBlock, 256> kIdBlocks = MakeIdBlocks();
 
 constexpr std::size_t kSlotCount = kIdBlocks.back().first_slot + kIdBlocks.back().slot_count;
 
-constexpr std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> kSlots = [] {
+consteval std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> MakeSlots() {
   std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> slots{};
   for (std::size_t i = 0; i < kRowCount; ++i) {
     const SignalRow& row = *kRows[i].row;
@@ -348,7 +359,8 @@ constexpr std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> kS
     }
   }
   return slots;
-}();
+}
+constexpr std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> kSlots = MakeSlots();
 
 }  // namespace
 

@@ -1,3 +1,7 @@
 #include "intake/run_control.h"
+#include "intake/standard_streams.h"
 
-int main(int argc, char** argv) { return RunLogDecoder(argc, argv); }
+int main(int argc, char** argv) {
+  OccupyClosedStandardStreams();
+  return RunLogDecoder(argc, argv);
+}

@@ -2,11 +2,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <string>
 
@@ -69,6 +72,84 @@ TEST(Streams, AReadErrorIsNoEnd) {
   EXPECT_EQ(result.out, kBanner);
   EXPECT_EQ(result.err, "decode: QenWifiDriverLogReadUint32() not enough bytes read\n");
   EXPECT_EQ(result.status, 255);
+}
+
+// A loopback connection whose peer sends `bytes` and then resets it.
+int ConnectionThatResetsBehind(const std::string& bytes) {
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  auto* const generic = reinterpret_cast<sockaddr*>(&address);
+  EXPECT_EQ(bind(listener, generic, size), 0);
+  EXPECT_EQ(listen(listener, 1), 0);
+  EXPECT_EQ(getsockname(listener, generic, &size), 0);
+  const int peer = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  EXPECT_EQ(connect(peer, generic, size), 0);
+  const int connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+  EXPECT_EQ(send(peer, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+  const linger at_once{1, 0};
+  setsockopt(peer, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+  close(peer);
+  close(listener);
+  return connection;
+}
+
+TEST(Streams, AConnectionThatIsReset) {
+  const Log log = Log().Header("14.5.12").Load(0ms);
+  const struct {
+    std::string bytes;
+    std::string err;
+    int status;
+  } kCases[] = {
+      {log.bytes() + "ab", "decode: QenWifiDriverLogReadUint32() not enough bytes read\n", 255},
+      {Log(log).Words({Log::kSignalMagic, 0, 100, 100}).bytes() + "cut off",
+       "decode: fread(logData.data) not enough bytes read\n", 0},
+  };
+  for (const auto& c : kCases) {
+    const TemporaryDirectory directory;
+    const std::string out = directory.path() + "/out";
+    const std::string err = directory.path() + "/err";
+    const int input = ConnectionThatResetsBehind(c.bytes);
+    const int output = open(out.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    const int error = open(err.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    const int process = StartTool({.directory = directory.path()}, input, output, error);
+    for (const int descriptor : {input, output, error}) close(descriptor);
+    EXPECT_EQ(WaitForTool(process), c.status);
+    EXPECT_EQ(ReadFile(out), std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: Loaded\n");
+    EXPECT_EQ(ReadFile(err), "decode: Log File Hip Version 14.5.12 detected\n" + c.err);
+  }
+}
+
+// A file that the tool opens must not take the place of a closed stream.
+TEST(Streams, ClosedStandardStreams) {
+  const std::string log = Log().Header("14.5.12").Signal(0ms, Fapi(0x1100).PadTo(32)).bytes();
+  for (const int closed : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    const bool reads_nothing = closed == STDIN_FILENO;
+    const ToolResult result =
+        RunTool({.arguments = {"stdin", "--pcap"}, .input = log, .before_exec = [closed] {
+                   close(closed);
+                 }});
+    EXPECT_EQ(result.status, reads_nothing ? 255 : 0);
+    EXPECT_EQ(result.pcap.size(), reads_nothing ? 0U : 24U + 16U + 32U) << closed;
+    EXPECT_EQ(result.err, closed == STDERR_FILENO ? ""
+                          : reads_nothing
+                              ? "decode: QenWifiDriverLogReadUint32() not enough bytes read\n"
+                              : "decode: Log File Hip Version 14.5.12 detected\n");
+  }
+}
+
+TEST(Streams, AReaderThatGoesAwayEndsTheTool) {
+  int output[2];
+  ASSERT_EQ(pipe2(output, O_CLOEXEC), 0);
+  close(output[0]);
+  const TemporaryDirectory directory;
+  const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+  const int process = StartTool({.directory = directory.path()}, null, output[1], null);
+  close(output[1]);
+  close(null);
+  EXPECT_EQ(WaitForTool(process), 128 + SIGPIPE);
 }
 
 TEST(Streams, AFullDiskChangesNothing) {

@@ -176,20 +176,22 @@ constexpr void MakeAllRows(Emit emit) {
   for (const NumberedSpares& spares : kNumberedSpares) MakeRows(spares, emit);
 }
 
-inline constexpr std::size_t kCount = [] {
+consteval std::size_t CountRows() {
   std::size_t count = 0;
   MakeAllRows([&count](const SignalRow& /*row*/) { ++count; });
   return count;
-}();
+}
+inline constexpr std::size_t kCount = CountRows();
 
 }  // namespace spare_rows
 
-inline constexpr std::array<SignalRow, spare_rows::kCount> kSpareRows = [] {
+consteval std::array<SignalRow, spare_rows::kCount> MakeSpareRows() {
   std::array<SignalRow, spare_rows::kCount> rows{};
   std::size_t next = 0;
   spare_rows::MakeAllRows([&](const SignalRow& row) { rows[next++] = row; });
   return rows;
-}();
+}
+inline constexpr std::array<SignalRow, spare_rows::kCount> kSpareRows = MakeSpareRows();
 
 inline constexpr SignalTable kSpareSignals{kSpareRows};
 

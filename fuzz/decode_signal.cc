@@ -1,0 +1,43 @@
+// Any signal under any version: byte 0 of the input is the version, bytes 1 and
+// 2 the length of the bulk at the end, the rest the payload.
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "base/little_endian.h"
+#include "capture_stdout.h"
+#include "hip/hip_versions.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size < 3) return 0;
+  const HipDecoder decoder = KnownHipVersions()[data[0] % kHipVersionCount].decoder;
+  // A block exactly as long as the payload: a read behind it is seen.
+  const std::vector<std::uint8_t> payload(data + 3, data + size);
+  const auto length = static_cast<std::uint32_t>(payload.size());
+  const std::uint32_t bulk = LoadU16(data + 1) % (length + 1);
+  const std::uint32_t signal = length - bulk;
+
+  std::uint32_t result = 0;
+  const auto decode = [&] {
+    result = decoder(signal, payload.data(), bulk, payload.data() + signal, 0, nullptr);
+  };
+  const std::string text = CaptureStdout(decode);
+  if (result == 1) {
+    Expect(text.size() > 1 && text.find('\n') == text.size() - 1, "not one line", text);
+    Expect(text[0] >= 'a' && text[0] <= 'z', "no name", text);
+    for (const char c : text) {
+      Expect((c >= ' ' && c <= '~') || c == '\n', "not printable", text);
+    }
+  } else {
+    const std::string kUnknown = "Unknown Hip Signal : 0x";
+    Expect(result == 0, "no result", text);
+    Expect(text.empty() || (text.size() == kUnknown.size() + 5 && text.starts_with(kUnknown) &&
+                            text.back() == '\n'),
+           "neither silent nor unknown", text);
+    Expect(!text.empty() || bulk == 0, "a signal with bulk prints nothing", text);
+  }
+  Expect(CaptureStdout(decode) == text, "the second line differs", text);
+  return 0;
+}

@@ -1,0 +1,52 @@
+// Writes seeds for the fuzz targets: the signals of the example session, and
+// every layout of every version at its least length.
+//
+// usage: make_seeds DIRECTORY
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "fapi/vocabulary.h"
+#include "support/log_builder.h"
+
+namespace {
+
+void WriteSeed(const std::filesystem::path& directory, const std::string& name,
+               const std::string& bytes) {
+  std::filesystem::create_directories(directory);
+  std::ofstream(directory / name, std::ios::binary)
+      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+std::string Word(std::size_t value) {
+  return Log().Word(static_cast<std::uint32_t>(value)).bytes();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) return 1;
+  const std::filesystem::path directory = argv[1];
+  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+    for (unsigned id = 0; id <= 0xFFFF; ++id) {
+      const auto id16 = static_cast<std::uint16_t>(id);
+      const SignalLayout* const layout = FindSignal(static_cast<HipVersionTag>(version), id16);
+      if (layout == nullptr || (id + version) % 8 != 0) continue;
+      const Fapi signal = Fapi(id16).PadTo(layout->min, '\1').Bulk("0102030405");
+      const std::string payload = signal.signal() + signal.bulk();
+      const std::string tag(1, static_cast<char>(version));
+      const std::string name = std::to_string(version) + "_" + std::to_string(id);
+      WriteSeed(directory / "decode_signal", name, tag + std::string("\5\0", 2) + payload);
+      WriteSeed(directory / "route_record", name, tag + Word(layout->min) + payload);
+    }
+  }
+  for (unsigned layout = 0; layout < AllSignalLayouts().size(); layout += 7) {
+    for (unsigned field = 0; field < AllSignalLayouts()[layout].field_count; ++field) {
+      const std::string choice = Word(layout | field << 16 | layout << 24);
+      WriteSeed(directory / "render_field", std::to_string(layout) + "_" + std::to_string(field),
+                choice + std::string(64, '\2'));
+    }
+  }
+}

@@ -1,0 +1,21 @@
+#include "intake/standard_streams.h"
+
+#if __has_include(<fcntl.h>) && __has_include(<unistd.h>)
+
+#include <fcntl.h>
+#include <unistd.h>
+
+void OccupyClosedStandardStreams() {
+  // In rising order, for a new descriptor is always the lowest that is free.
+  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+    if (::fcntl(descriptor, F_GETFD) != -1) continue;
+    // The wrong way round, for the stream to fail.
+    static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+  }
+}
+
+#else
+
+void OccupyClosedStandardStreams() {}
+
+#endif
