@@ -21,17 +21,16 @@ constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
   return version >= HipVersionTag::D;
 }
 
+// `head` has been appended already.
 void AppendEnumerated(FieldPiece& piece, PaddedText head, const EnumTable& labels,
                       std::uint16_t value, HipVersionTag version) {
   const PaddedText label = labels.Find(value, version);
   if (!label.empty()) {
-    piece.Append(head);
     piece.Append(label);
     return;
   }
-  if (HasBlankBeforeUnlabelled(version)) {
-    piece.Append(head);
-  } else {
+  if (!HasBlankBeforeUnlabelled(version)) {
+    piece.Clear();
     piece.Append(std::string_view(head.data + 1, head.size - 1));
   }
   piece.AppendDecimal(value);
@@ -91,11 +90,6 @@ void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersion
   const PaddedText head = TextOf(field.head);
   const std::uint8_t* const bytes = signal + field.offset;
   FieldPiece piece;
-  if (field.renderer == FieldRenderer::kEnum16) {
-    AppendEnumerated(piece, head, *field.labels, LoadU16(bytes), version);
-    piece.Print();
-    return;
-  }
   piece.Append(head);
   switch (field.renderer) {
     case FieldRenderer::kU8:
@@ -133,6 +127,7 @@ void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersion
       AppendSpares(piece, bytes);
       break;
     case FieldRenderer::kEnum16:
+      AppendEnumerated(piece, head, *field.labels, LoadU16(bytes), version);
       break;
   }
   piece.Print();

@@ -24,6 +24,16 @@ int OpenOrFail(const std::string& path, int flags) {
   return descriptor;
 }
 
+// A path to the tool that ends in the given name: under valgrind, argument 0 is
+// the path whatever one asks for.
+std::string PathNamed(const std::string& name) {
+  static const TemporaryDirectory links;
+  const std::string base = name.substr(name.rfind('/') + 1);
+  std::string path = links.path() + "/" + (base.empty() ? "tool" : base);
+  if (!std::filesystem::exists(path)) std::filesystem::create_symlink(VRKT_TEST_TOOL, path);
+  return path;
+}
+
 std::vector<std::string> CommandLine(const ToolRun& run) {
   std::vector<std::string> words;
 #ifdef VRKT_TEST_EMULATOR
@@ -39,6 +49,7 @@ std::vector<std::string> CommandLine(const ToolRun& run) {
 
 int StartTool(const ToolRun& run, int input, int output, int error) {
   std::vector<std::string> words = CommandLine(run);
+  const std::string path = PathNamed(run.name);
   std::vector<char*> arguments;
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
@@ -54,7 +65,7 @@ int StartTool(const ToolRun& run, int input, int output, int error) {
 #ifdef VRKT_TEST_EMULATOR
   execv(arguments[0], arguments.data());
 #else
-  execv(VRKT_TEST_TOOL, arguments.data());
+  execv(path.c_str(), arguments.data());
 #endif
   _exit(127);
 }
