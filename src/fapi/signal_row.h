@@ -37,8 +37,9 @@ inline constexpr std::size_t kMaxWords = 16;
 
 constexpr bool IsFieldOrSignalName(std::string_view name) {
   if (name.empty() || name.size() > kMaxNameLength) return false;
-  return std::ranges::all_of(
-      name, [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_'; });
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
+  });
 }
 
 // A field as a row names it. `offset` stays unset until the row places it.

@@ -1,7 +1,9 @@
 #include "hip/hip_versions.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "base/program_name.h"
 
@@ -18,7 +20,7 @@ constexpr HipVersionEntry Entry(const char* name, std::uint32_t version) {
 
 }  // namespace
 
-constinit const HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
+constexpr HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
     Entry<HipVersionTag::A>("13.1.0", 0x0D010000),
     Entry<HipVersionTag::B>("13.2.0", 0x0D020000),
     Entry<HipVersionTag::C>("13.3.0", 0x0D030000),
@@ -33,6 +35,27 @@ constinit const HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
     Entry<HipVersionTag::L>("14.5.12", 0x0E05000C),
     {nullptr, 0, nullptr, 0},
 };
+
+namespace {
+
+template <std::size_t... kVersion>
+consteval bool EachTagHasItsRow(std::index_sequence<kVersion...> /*versions*/) {
+  return ((HipVersionTable[kVersion].name != nullptr &&
+           HipVersionTable[kVersion].decoder ==
+               &DecodeSignalOfVersion<static_cast<HipVersionTag>(kVersion)>)&&...);
+}
+static_assert(EachTagHasItsRow(std::make_index_sequence<kHipVersionCount>()),
+              "each version tag has a row with its own decoder, in order of the tags");
+
+consteval bool VersionsRise() {
+  for (std::size_t version = 1; version < kHipVersionCount; ++version) {
+    if (HipVersionTable[version].version <= HipVersionTable[version - 1].version) return false;
+  }
+  return true;
+}
+static_assert(VersionsRise(), "the packed versions rise");
+
+}  // namespace
 
 std::span<const HipVersionEntry> KnownHipVersions() {
   return std::span(HipVersionTable).first(kHipVersionCount);
