@@ -29,6 +29,11 @@ std::string Usage(const std::string& name) {
          "        :     14.4.11\n        :     14.4.12\n        :     14.5.12\n";
 }
 
+// The tool has no version but that of its last HIP version.
+TEST(CommandLine, BannerHasTheVersionOfThePackage) {
+  EXPECT_EQ(kBanner, "Decode Tool version:" VRKT_VERSION "\n");
+}
+
 TEST(CommandLine, Refusals) {
   const struct {
     const char* name;

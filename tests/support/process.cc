@@ -76,6 +76,14 @@ int WaitForTool(int process) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
+std::string ToolCommand() {
+#ifdef VRKT_TEST_EMULATOR
+  return VRKT_TEST_EMULATOR " " VRKT_TEST_TOOL;
+#else
+  return VRKT_TEST_TOOL;
+#endif
+}
+
 ToolResult RunTool(const ToolRun& run) {
   const TemporaryDirectory scratch;
   const TemporaryDirectory working_directory;

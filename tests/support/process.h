@@ -28,6 +28,9 @@ struct ToolResult {
 
 ToolResult RunTool(const ToolRun& run);
 
+// The tool as a command for a shell.
+std::string ToolCommand();
+
 // The banner that opens every standard output.
 inline constexpr std::string_view kBanner = "Decode Tool version:14.5.12.1\n";
 

@@ -1,0 +1,50 @@
+# What `cmake --install` and `./dev package` put where.
+include(GNUInstallDirs)
+set(package vrkt-wlan-udi-log-decode)
+set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
+
+install(TARGETS vrkt_wlan_udi_log_decode RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES README.md DESTINATION ${documents})
+install(FILES examples/session.udi examples/session.txt DESTINATION ${documents}/examples)
+
+# Debian wants these compressed, and without a time stamp inside.
+find_program(GZIP gzip)
+function(install_compressed file name destination)
+  if(NOT GZIP)
+    install(FILES ${file} DESTINATION ${destination} RENAME ${name})
+    return()
+  endif()
+  set(compressed ${CMAKE_BINARY_DIR}/packaging/${name}.gz)
+  add_custom_command(OUTPUT ${compressed}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
+    COMMAND ${GZIP} -9nc ${CMAKE_SOURCE_DIR}/${file} > ${compressed}
+    DEPENDS ${file})
+  add_custom_target(compress_${name} ALL DEPENDS ${compressed})
+  install(FILES ${compressed} DESTINATION ${destination})
+endfunction()
+install_compressed(docs/vrkt_wlan_udi_log_decode.1 vrkt_wlan_udi_log_decode.1
+  ${CMAKE_INSTALL_MANDIR}/man1)
+
+set(CPACK_PACKAGE_NAME ${package})
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_CONTACT "The authors of vrkt_wlan_udi_log_decode <udi-log-decode@vrkt.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "decoder for the UDI log of a WLAN driver")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_SOURCE_DIR}/build/packages)
+# An archive for any host or phone of the processor.
+set(CPACK_ARCHIVE_FILE_NAME ${package}-${PROJECT_VERSION}-${CMAKE_SYSTEM_PROCESSOR}-static)
+set(CPACK_PACKAGE_FILE_NAME ${CPACK_ARCHIVE_FILE_NAME})
+
+if(CPACK_GENERATOR STREQUAL "DEB")
+  set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SECTION net)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
+    "Reads the debug log that a WLAN driver keeps of the signals between host
+and Wi-Fi firmware, from a file or live from a pipe, and prints one line
+a signal, with each field by name and enumerated values as labels.")
+  install(FILES packaging/copyright DESTINATION ${documents})
+  install_compressed(packaging/changelog changelog ${documents})
+endif()
+include(CPack)
