@@ -27,8 +27,11 @@ inline constexpr std::size_t kHipVersionCount = static_cast<std::size_t>(kLastHi
 
 constexpr char TagLetter(std::size_t version) { return static_cast<char>('A' + version); }
 
-// A set of versions, written in the tables as in "A-D,F,H-L": single tags and
-// ranges, rising, joined by commas. A text of any other form does not compile.
+// A set of versions, written in the tables as in "A-D,F,H-": single tags and
+// ranges, rising, joined by commas. A range without an end goes on to the last
+// version and to all that are yet to come, so that a new version begins as a copy
+// of the one before it, and its change shows what it changes. A text of any other
+// form does not compile.
 class HipVersionSet {
  public:
   constexpr HipVersionSet() = default;
@@ -41,10 +44,14 @@ class HipVersionSet {
       std::size_t last = first;
       if (*text == '-') {
         ++text;
-        last = ParseTag(*text++);
-        if (last <= first) throw "a range of version tags must rise, as in \"A-C\"";
+        if (*text == '\0') {
+          last = kHipVersionCount - 1;
+        } else {
+          last = ParseTag(*text++);
+          if (last <= first) throw "a range of version tags must rise, as in \"A-C\"";
+        }
       }
-      if (first < next_allowed) throw "version tags must rise from A on, as in \"A-D,F,H-L\"";
+      if (first < next_allowed) throw "version tags must rise from A on, as in \"A-D,F,H-\"";
       for (std::size_t version = first; version <= last; ++version) bits_ |= Bit(version);
       next_allowed = last + 1;
       if (*text == '\0') return;

@@ -10,23 +10,21 @@
 namespace {
 
 std::string Usage(const std::string& name) {
-  return "Usage   : " + name +
-         " <filename|stdin> [--pcap]\n"
-         "        : where\n"
-         "        :     <filename> is the file to log to decode.\n"
-         "        :     <filename> == 'stdin' the data is read raw from stdin.\n"
-         "        :     --pcap can be given to generate a pcap file [optional]\n"
-         "        :            This must be given as the last parameter(after the "
-         "<filename|stdin>)\n"
-         "        : Live logging example\n"
-         "        :     vrkt_wlan_udi_log stdout | " +
-         name +
-         " stdin\n"
-         "        : Supported Hip Versions\n"
-         "        :     13.1.0\n        :     13.2.0\n        :     13.3.0\n"
-         "        :     14.0.0\n        :     14.0.4\n        :     14.0.6\n"
-         "        :     14.1.8\n        :     14.2.9\n        :     14.3.10\n"
-         "        :     14.4.11\n        :     14.4.12\n        :     14.5.12\n";
+  std::string text = "Usage   : " + name +
+                     " <filename|stdin> [--pcap]\n"
+                     "        : where\n"
+                     "        :     <filename> is the file to log to decode.\n"
+                     "        :     <filename> == 'stdin' the data is read raw from stdin.\n"
+                     "        :     --pcap can be given to generate a pcap file [optional]\n"
+                     "        :            This must be given as the last parameter(after the "
+                     "<filename|stdin>)\n"
+                     "        : Live logging example\n"
+                     "        :     vrkt_wlan_udi_log stdout | " +
+                     name +
+                     " stdin\n"
+                     "        : Supported Hip Versions\n";
+  for (const char* version : kHipVersions) text += std::string("        :     ") + version + "\n";
+  return text;
 }
 
 // The tool has no version but that of its last HIP version.

@@ -11,8 +11,7 @@ constexpr const char* kDetected = "decode: Log File Hip Version 14.5.12 detected
 
 std::string SupportedVersions() {
   std::string text = "decode: This decoder supports hip versions:\n";
-  for (const char* version : {"13.1.0", "13.2.0", "13.3.0", "14.0.0", "14.0.4", "14.0.6", "14.1.8",
-                              "14.2.9", "14.3.10", "14.4.11", "14.4.12", "14.5.12"}) {
+  for (const char* version : kHipVersions) {
     text += std::string("decode:      ") + version + "\n";
   }
   return text;

@@ -8,87 +8,87 @@
 // The QoS user priority of a frame; "contention" stands outside of the eight.
 // clang-format off
 inline constexpr EnumLabel kUserPriorityLabels[] = {
-    Label(0x0000, "qos_up0",    "A-L"),
-    Label(0x0001, "qos_up1",    "A-L"),
-    Label(0x0002, "qos_up2",    "A-L"),
-    Label(0x0003, "qos_up3",    "A-L"),
-    Label(0x0004, "qos_up4",    "A-L"),
-    Label(0x0005, "qos_up5",    "A-L"),
-    Label(0x0006, "qos_up6",    "A-L"),
-    Label(0x0007, "qos_up7",    "A-L"),
-    Label(0x8000, "contention", "A-L"),
+    Label(0x0000, "qos_up0",    "A-"),
+    Label(0x0001, "qos_up1",    "A-"),
+    Label(0x0002, "qos_up2",    "A-"),
+    Label(0x0003, "qos_up3",    "A-"),
+    Label(0x0004, "qos_up4",    "A-"),
+    Label(0x0005, "qos_up5",    "A-"),
+    Label(0x0006, "qos_up6",    "A-"),
+    Label(0x0007, "qos_up7",    "A-"),
+    Label(0x8000, "contention", "A-"),
 };
 // clang-format on
 inline constexpr EnumTable kUserPriority =
-    LabelTable<kUserPriorityLabels, LabelCounts{{"A-L", 9}}>();
+    LabelTable<kUserPriorityLabels, LabelCounts{{"A-", 9}}>();
 
 // The form of the data unit in the bulk.
 // clang-format off
 inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
-    Label(0x0000, "ieee802_11_frame", "A-L"),
-    Label(0x0001, "ieee802_3_frame",  "A-L"),
-    Label(0x0002, "amsdu_subframe",   "A-L"),
-    Label(0x0003, "amsdu",            "A-L"),
-    Label(0x0004, "tcp_ack",          "B-L"),
+    Label(0x0000, "ieee802_11_frame", "A-"),
+    Label(0x0001, "ieee802_3_frame",  "A-"),
+    Label(0x0002, "amsdu_subframe",   "A-"),
+    Label(0x0003, "amsdu",            "A-"),
+    Label(0x0004, "tcp_ack",          "B-"),
 };
 // clang-format on
 inline constexpr EnumTable kDataUnitDescriptor =
-    LabelTable<kDataUnitDescriptorLabels, LabelCounts{{"A", 4}, {"B-L", 5}}>();
+    LabelTable<kDataUnitDescriptorLabels, LabelCounts{{"A", 4}, {"B-", 5}}>();
 
 // Where the bulk lies.
 // clang-format off
 inline constexpr EnumLabel kBulkDataDescriptorLabels[] = {
-    Label(0x0000, "inline",  "D-L"),
-    Label(0x0001, "smapper", "D-L"),
+    Label(0x0000, "inline",  "D-"),
+    Label(0x0001, "smapper", "D-"),
 };
 // clang-format on
 inline constexpr EnumTable kBulkDataDescriptor =
-    LabelTable<kBulkDataDescriptorLabels, LabelCounts{{"D-L", 2}}>();
+    LabelTable<kBulkDataDescriptorLabels, LabelCounts{{"D-", 2}}>();
 
 // How a transmission ended. Not the codes of result_code: 6 here is 1 there.
 // clang-format off
 inline constexpr EnumLabel kTransmissionStatusLabels[] = {
-    Label(0x0000, "successful",              "A-L"),
-    Label(0x0001, "retry_limit",             "A-L"),
-    Label(0x0002, "tx_lifetime",             "A-L"),
-    Label(0x0003, "no_bss",                  "A-L"),
-    Label(0x0004, "excessive_data_length",   "A-L"),
-    Label(0x0005, "unavailable_key_mapping", "A-L"),
-    Label(0x0006, "unspecified_failure",     "A-L"),
+    Label(0x0000, "successful",              "A-"),
+    Label(0x0001, "retry_limit",             "A-"),
+    Label(0x0002, "tx_lifetime",             "A-"),
+    Label(0x0003, "no_bss",                  "A-"),
+    Label(0x0004, "excessive_data_length",   "A-"),
+    Label(0x0005, "unavailable_key_mapping", "A-"),
+    Label(0x0006, "unspecified_failure",     "A-"),
 };
 // clang-format on
 inline constexpr EnumTable kTransmissionStatus =
-    LabelTable<kTransmissionStatusLabels, LabelCounts{{"A-L", 7}}>();
+    LabelTable<kTransmissionStatusLabels, LabelCounts{{"A-", 7}}>();
 
 // The kind of frame that the host hands over for transmission.
 // clang-format off
 inline constexpr EnumLabel kMessageTypeLabels[] = {
-    Label(0x0001, "eap_message",        "A-L"),
-    Label(0x0002, "eapol_key_m123",     "A-L"),
-    Label(0x0003, "eapol_key_m4",       "A-L"),
-    Label(0x0004, "arp",                "A-L"),
-    Label(0x0005, "dhcp",               "A-L"),
-    Label(0x0006, "neighbor_discovery", "A-L"),
-    Label(0x0007, "wai_message",        "A-L"),
+    Label(0x0001, "eap_message",        "A-"),
+    Label(0x0002, "eapol_key_m123",     "A-"),
+    Label(0x0003, "eapol_key_m4",       "A-"),
+    Label(0x0004, "arp",                "A-"),
+    Label(0x0005, "dhcp",               "A-"),
+    Label(0x0006, "neighbor_discovery", "A-"),
+    Label(0x0007, "wai_message",        "A-"),
     Label(0x0008, "periodic_offload",   "A-D,G"),
-    Label(0x0008, "any_other",          "E-F,H-L"),
-    Label(0x0010, "ieee80211_action",   "A-L"),
-    Label(0x0011, "ieee80211_mgmt",     "E-F,H-L"),
+    Label(0x0008, "any_other",          "E-F,H-"),
+    Label(0x0010, "ieee80211_action",   "A-"),
+    Label(0x0011, "ieee80211_mgmt",     "E-F,H-"),
 };
 // clang-format on
 inline constexpr EnumTable kMessageType =
-    LabelTable<kMessageTypeLabels, LabelCounts{{"A-D,G", 9}, {"E-F,H-L", 10}}>();
+    LabelTable<kMessageTypeLabels, LabelCounts{{"A-D,G", 9}, {"E-F,H-", 10}}>();
 
 // Which way a flow runs. 2 never had a meaning.
 // clang-format off
 inline constexpr EnumLabel kDirectionLabels[] = {
-    Label(0x0000, "transmit", "A-L"),
-    Label(0x0001, "receive",  "A-L"),
+    Label(0x0000, "transmit", "A-"),
+    Label(0x0001, "receive",  "A-"),
     Label(0x0003, "any",      "A-D,G"),
 };
 // clang-format on
 inline constexpr EnumTable kDirection =
-    LabelTable<kDirectionLabels, LabelCounts{{"A-D,G", 3}, {"E-F,H-L", 2}}>();
+    LabelTable<kDirectionLabels, LabelCounts{{"A-D,G", 3}, {"E-F,H-", 2}}>();
 
 // What a data plane control request asks for.
 // clang-format off

@@ -10,201 +10,200 @@
 // in the low one. All rows are literals, those too that no channel can have.
 // clang-format off
 inline constexpr EnumLabel kChannelInformationLabels[] = {
-    Label(0x0000, "bandwidth_20mhzp0",              "A-L"),
-    Label(0x0001, "bandwidth_20mhzp1",              "A-L"),
-    Label(0x0002, "bandwidth_20mhzp2",              "A-L"),
-    Label(0x0003, "bandwidth_20mhzp3",              "A-L"),
-    Label(0x0004, "bandwidth_20mhzp4",              "A-L"),
-    Label(0x0005, "bandwidth_20mhzp5",              "A-L"),
-    Label(0x0006, "bandwidth_20mhzp6",              "A-L"),
-    Label(0x0007, "bandwidth_20mhzp7",              "A-L"),
-    Label(0x0008, "bandwidth_20mhznot_applicable",  "A-L"),
-    Label(0x0100, "bandwidth_40mhzp0",              "A-L"),
-    Label(0x0101, "bandwidth_40mhzp1",              "A-L"),
-    Label(0x0102, "bandwidth_40mhzp2",              "A-L"),
-    Label(0x0103, "bandwidth_40mhzp3",              "A-L"),
-    Label(0x0104, "bandwidth_40mhzp4",              "A-L"),
-    Label(0x0105, "bandwidth_40mhzp5",              "A-L"),
-    Label(0x0106, "bandwidth_40mhzp6",              "A-L"),
-    Label(0x0107, "bandwidth_40mhzp7",              "A-L"),
-    Label(0x0108, "bandwidth_40mhznot_applicable",  "A-L"),
-    Label(0x0200, "bandwidth_80mhzp0",              "A-L"),
-    Label(0x0201, "bandwidth_80mhzp1",              "A-L"),
-    Label(0x0202, "bandwidth_80mhzp2",              "A-L"),
-    Label(0x0203, "bandwidth_80mhzp3",              "A-L"),
-    Label(0x0204, "bandwidth_80mhzp4",              "A-L"),
-    Label(0x0205, "bandwidth_80mhzp5",              "A-L"),
-    Label(0x0206, "bandwidth_80mhzp6",              "A-L"),
-    Label(0x0207, "bandwidth_80mhzp7",              "A-L"),
-    Label(0x0208, "bandwidth_80mhznot_applicable",  "A-L"),
-    Label(0x0300, "bandwidth_160mhzp0",             "H-L"),
-    Label(0x0301, "bandwidth_160mhzp1",             "H-L"),
-    Label(0x0302, "bandwidth_160mhzp2",             "H-L"),
-    Label(0x0303, "bandwidth_160mhzp3",             "H-L"),
-    Label(0x0304, "bandwidth_160mhzp4",             "H-L"),
-    Label(0x0305, "bandwidth_160mhzp5",             "H-L"),
-    Label(0x0306, "bandwidth_160mhzp6",             "H-L"),
-    Label(0x0307, "bandwidth_160mhzp7",             "H-L"),
-    Label(0x0308, "bandwidth_160mhznot_applicable", "H-L"),
+    Label(0x0000, "bandwidth_20mhzp0",              "A-"),
+    Label(0x0001, "bandwidth_20mhzp1",              "A-"),
+    Label(0x0002, "bandwidth_20mhzp2",              "A-"),
+    Label(0x0003, "bandwidth_20mhzp3",              "A-"),
+    Label(0x0004, "bandwidth_20mhzp4",              "A-"),
+    Label(0x0005, "bandwidth_20mhzp5",              "A-"),
+    Label(0x0006, "bandwidth_20mhzp6",              "A-"),
+    Label(0x0007, "bandwidth_20mhzp7",              "A-"),
+    Label(0x0008, "bandwidth_20mhznot_applicable",  "A-"),
+    Label(0x0100, "bandwidth_40mhzp0",              "A-"),
+    Label(0x0101, "bandwidth_40mhzp1",              "A-"),
+    Label(0x0102, "bandwidth_40mhzp2",              "A-"),
+    Label(0x0103, "bandwidth_40mhzp3",              "A-"),
+    Label(0x0104, "bandwidth_40mhzp4",              "A-"),
+    Label(0x0105, "bandwidth_40mhzp5",              "A-"),
+    Label(0x0106, "bandwidth_40mhzp6",              "A-"),
+    Label(0x0107, "bandwidth_40mhzp7",              "A-"),
+    Label(0x0108, "bandwidth_40mhznot_applicable",  "A-"),
+    Label(0x0200, "bandwidth_80mhzp0",              "A-"),
+    Label(0x0201, "bandwidth_80mhzp1",              "A-"),
+    Label(0x0202, "bandwidth_80mhzp2",              "A-"),
+    Label(0x0203, "bandwidth_80mhzp3",              "A-"),
+    Label(0x0204, "bandwidth_80mhzp4",              "A-"),
+    Label(0x0205, "bandwidth_80mhzp5",              "A-"),
+    Label(0x0206, "bandwidth_80mhzp6",              "A-"),
+    Label(0x0207, "bandwidth_80mhzp7",              "A-"),
+    Label(0x0208, "bandwidth_80mhznot_applicable",  "A-"),
+    Label(0x0300, "bandwidth_160mhzp0",             "H-"),
+    Label(0x0301, "bandwidth_160mhzp1",             "H-"),
+    Label(0x0302, "bandwidth_160mhzp2",             "H-"),
+    Label(0x0303, "bandwidth_160mhzp3",             "H-"),
+    Label(0x0304, "bandwidth_160mhzp4",             "H-"),
+    Label(0x0305, "bandwidth_160mhzp5",             "H-"),
+    Label(0x0306, "bandwidth_160mhzp6",             "H-"),
+    Label(0x0307, "bandwidth_160mhzp7",             "H-"),
+    Label(0x0308, "bandwidth_160mhznot_applicable", "H-"),
 };
 // clang-format on
 inline constexpr EnumTable kChannelInformation =
-    LabelTable<kChannelInformationLabels, LabelCounts{{"A-G", 27}, {"H-L", 36}}>();
+    LabelTable<kChannelInformationLabels, LabelCounts{{"A-G", 27}, {"H-", 36}}>();
 
 // flags of wlanlite_cw_start_req. The four tables of a field of this name share
 // labels and not values.
 // clang-format off
 inline constexpr EnumLabel kCwStartFlagsLabels[] = {
-    Label(0x0000, "none",         "A-L"),
-    Label(0x0001, "scan_channel", "A-L"),
+    Label(0x0000, "none",         "A-"),
+    Label(0x0001, "scan_channel", "A-"),
 };
 // clang-format on
 inline constexpr EnumTable kCwStartFlags =
-    LabelTable<kCwStartFlagsLabels, LabelCounts{{"A-L", 2}}>();
+    LabelTable<kCwStartFlagsLabels, LabelCounts{{"A-", 2}}>();
 
 // flags of wlanlite_tx_read_cfm.
 // clang-format off
 inline constexpr EnumLabel kTxReadFlagsLabels[] = {
-    Label(0x0000, "none",           "A-L"),
-    Label(0x0001, "frame_counting", "A-L"),
-    Label(0x0002, "thermal_cutout", "A-L"),
+    Label(0x0000, "none",           "A-"),
+    Label(0x0001, "frame_counting", "A-"),
+    Label(0x0002, "thermal_cutout", "A-"),
 };
 // clang-format on
-inline constexpr EnumTable kTxReadFlags = LabelTable<kTxReadFlagsLabels, LabelCounts{{"A-L", 3}}>();
+inline constexpr EnumTable kTxReadFlags = LabelTable<kTxReadFlagsLabels, LabelCounts{{"A-", 3}}>();
 
 // flags of wlanlite_rx_start_req.
 // clang-format off
 inline constexpr EnumLabel kRxStartFlagsLabels[] = {
-    Label(0x0000, "none",                 "A-L"),
-    Label(0x0001, "scan_channel",         "A-L"),
-    Label(0x0002, "filtering",            "A-L"),
+    Label(0x0000, "none",                 "A-"),
+    Label(0x0001, "scan_channel",         "A-"),
+    Label(0x0002, "filtering",            "A-"),
     Label(0x0004, "periodic",             "A-D,G"),
-    Label(0x0004, "beamforming",          "E-F,H-L"),
-    Label(0x0008, "ack",                  "A-L"),
-    Label(0x0010, "lp_mode",              "C-L"),
-    Label(0x0020, "chan_rssi",            "E-F,H-L"),
-    Label(0x0040, "disable_external_lna", "F,H-L"),
+    Label(0x0004, "beamforming",          "E-F,H-"),
+    Label(0x0008, "ack",                  "A-"),
+    Label(0x0010, "lp_mode",              "C-"),
+    Label(0x0020, "chan_rssi",            "E-F,H-"),
+    Label(0x0040, "disable_external_lna", "F,H-"),
 };
 // clang-format on
 inline constexpr EnumTable kRxStartFlags =
-    LabelTable<kRxStartFlagsLabels,
-               LabelCounts{{"A-B", 5}, {"C-D,G", 6}, {"E", 7}, {"F,H-L", 8}}>();
+    LabelTable<kRxStartFlagsLabels, LabelCounts{{"A-B", 5}, {"C-D,G", 6}, {"E", 7}, {"F,H-", 8}}>();
 
 // flags of wlanlite_tx_set_params_req.
 // clang-format off
 inline constexpr EnumLabel kTxSetParamsFlagsLabels[] = {
-    Label(0x0000, "none",                 "A-L"),
-    Label(0x0001, "ack",                  "A-L"),
-    Label(0x0002, "duplicate_80",         "A-L"),
-    Label(0x0004, "duplicate_40",         "A-L"),
+    Label(0x0000, "none",                 "A-"),
+    Label(0x0001, "ack",                  "A-"),
+    Label(0x0002, "duplicate_80",         "A-"),
+    Label(0x0004, "duplicate_40",         "A-"),
     Label(0x0008, "thermal_duty_cycle",   "A-D,G"),
-    Label(0x0008, "deafen_rx",            "E-F,H-L"),
-    Label(0x0010, "cs",                   "A-L"),
-    Label(0x0020, "scan_channel",         "A-L"),
-    Label(0x0040, "short_preamble",       "A-L"),
-    Label(0x0080, "disable_scrambler",    "A-L"),
-    Label(0x0100, "ldpc",                 "A-L"),
-    Label(0x0200, "stbc",                 "E-F,H-L"),
-    Label(0x0400, "disable_spreader",     "A-L"),
-    Label(0x0800, "greenfield_preamble",  "A-L"),
-    Label(0x1000, "rx_low_power",         "E-L"),
-    Label(0x2000, "ibss_frames",          "A-L"),
-    Label(0x4000, "beamforming",          "E-F,H-L"),
-    Label(0x8000, "disable_external_lna", "F,H-L"),
+    Label(0x0008, "deafen_rx",            "E-F,H-"),
+    Label(0x0010, "cs",                   "A-"),
+    Label(0x0020, "scan_channel",         "A-"),
+    Label(0x0040, "short_preamble",       "A-"),
+    Label(0x0080, "disable_scrambler",    "A-"),
+    Label(0x0100, "ldpc",                 "A-"),
+    Label(0x0200, "stbc",                 "E-F,H-"),
+    Label(0x0400, "disable_spreader",     "A-"),
+    Label(0x0800, "greenfield_preamble",  "A-"),
+    Label(0x1000, "rx_low_power",         "E-"),
+    Label(0x2000, "ibss_frames",          "A-"),
+    Label(0x4000, "beamforming",          "E-F,H-"),
+    Label(0x8000, "disable_external_lna", "F,H-"),
 };
 // clang-format on
 inline constexpr EnumTable kTxSetParamsFlags =
     LabelTable<kTxSetParamsFlagsLabels,
-               LabelCounts{{"A-D", 13}, {"E", 16}, {"F,H-L", 17}, {"G", 14}}>();
+               LabelCounts{{"A-D", 13}, {"E", 16}, {"F,H-", 17}, {"G", 14}}>();
 
 // A continuation of flags, of which no bit has a label yet.
 // clang-format off
 inline constexpr EnumLabel kFlags2Labels[] = {
-    Label(0x0000, "none", "J-L"),
+    Label(0x0000, "none", "J-"),
 };
 // clang-format on
-inline constexpr EnumTable kFlags2 = LabelTable<kFlags2Labels, LabelCounts{{"J-L", 1}}>();
+inline constexpr EnumTable kFlags2 = LabelTable<kFlags2Labels, LabelCounts{{"J-", 1}}>();
 
 // The form of an 802.11ax test frame.
 // clang-format off
 inline constexpr EnumLabel kHeModeLabels[] = {
-    Label(0x0000, "he_su",               "J-L"),
-    Label(0x0001, "he_er_su",            "J-L"),
-    Label(0x0002, "he_er_su_10mhz",      "J-L"),
-    Label(0x0003, "he_mu_tb_standalone", "J-L"),
-    Label(0x0004, "he_mu_tb",            "J-L"),
+    Label(0x0000, "he_su",               "J-"),
+    Label(0x0001, "he_er_su",            "J-"),
+    Label(0x0002, "he_er_su_10mhz",      "J-"),
+    Label(0x0003, "he_mu_tb_standalone", "J-"),
+    Label(0x0004, "he_mu_tb",            "J-"),
 };
 // clang-format on
-inline constexpr EnumTable kHeMode = LabelTable<kHeModeLabels, LabelCounts{{"J-L", 5}}>();
+inline constexpr EnumTable kHeMode = LabelTable<kHeModeLabels, LabelCounts{{"J-", 5}}>();
 
 // What a device under test is doing.
 // clang-format off
 inline constexpr EnumLabel kDeviceStateLabels[] = {
-    Label(0x0000, "idle",         "A-L"),
-    Label(0x0001, "rx_running",   "A-L"),
-    Label(0x0002, "tx_running",   "A-L"),
-    Label(0x0003, "cw_running",   "A-L"),
-    Label(0x0004, "bist_running", "E-L"),
+    Label(0x0000, "idle",         "A-"),
+    Label(0x0001, "rx_running",   "A-"),
+    Label(0x0002, "tx_running",   "A-"),
+    Label(0x0003, "cw_running",   "A-"),
+    Label(0x0004, "bist_running", "E-"),
 };
 // clang-format on
 inline constexpr EnumTable kDeviceState =
-    LabelTable<kDeviceStateLabels, LabelCounts{{"A-D", 4}, {"E-L", 5}}>();
+    LabelTable<kDeviceStateLabels, LabelCounts{{"A-D", 4}, {"E-", 5}}>();
 
 // The wave form of a continuous wave.
 // clang-format off
 inline constexpr EnumLabel kCwWaveTypeLabels[] = {
-    Label(0x0000, "sine",     "A-L"),
-    Label(0x0001, "ramp",     "A-L"),
-    Label(0x0002, "two_tone", "A-L"),
-    Label(0x0003, "dc",       "A-L"),
-    Label(0x0004, "prn",      "A-L"),
+    Label(0x0000, "sine",     "A-"),
+    Label(0x0001, "ramp",     "A-"),
+    Label(0x0002, "two_tone", "A-"),
+    Label(0x0003, "dc",       "A-"),
+    Label(0x0004, "prn",      "A-"),
 };
 // clang-format on
-inline constexpr EnumTable kCwWaveType = LabelTable<kCwWaveTypeLabels, LabelCounts{{"A-L", 5}}>();
+inline constexpr EnumTable kCwWaveType = LabelTable<kCwWaveTypeLabels, LabelCounts{{"A-", 5}}>();
 
 // What test frames are filled with.
 // clang-format off
 inline constexpr EnumLabel kDataTypeLabels[] = {
-    Label(0x0000, "data_word",   "A-L"),
-    Label(0x0001, "data_random", "A-L"),
-    Label(0x0002, "data_custom", "L"),
+    Label(0x0000, "data_word",   "A-"),
+    Label(0x0001, "data_random", "A-"),
+    Label(0x0002, "data_custom", "L-"),
 };
 // clang-format on
 inline constexpr EnumTable kDataType =
-    LabelTable<kDataTypeLabels, LabelCounts{{"A-K", 2}, {"L", 3}}>();
+    LabelTable<kDataTypeLabels, LabelCounts{{"A-K", 2}, {"L-", 3}}>();
 
 // Which radios are used. Both together have no label.
 // clang-format off
 inline constexpr EnumLabel kRadioBitmapLabels[] = {
-    Label(0x0001, "radio_0", "D-L"),
-    Label(0x0002, "radio_1", "D-L"),
+    Label(0x0001, "radio_0", "D-"),
+    Label(0x0002, "radio_1", "D-"),
 };
 // clang-format on
-inline constexpr EnumTable kRadioBitmap = LabelTable<kRadioBitmapLabels, LabelCounts{{"D-L", 2}}>();
+inline constexpr EnumTable kRadioBitmap = LabelTable<kRadioBitmapLabels, LabelCounts{{"D-", 2}}>();
 
 // Whose rules hold: regulatory_domain and dfs_regulatory_domain.
 // clang-format off
 inline constexpr EnumLabel kRegulatoryDomainLabels[] = {
-    Label(0x0000, "unknown", "E-L"),
-    Label(0x0001, "fcc",     "E-L"),
-    Label(0x0002, "etsi",    "E-L"),
-    Label(0x0003, "japan",   "E-L"),
-    Label(0x0004, "global",  "E-L"),
-    Label(0x0006, "china",   "E-L"),
+    Label(0x0000, "unknown", "E-"),
+    Label(0x0001, "fcc",     "E-"),
+    Label(0x0002, "etsi",    "E-"),
+    Label(0x0003, "japan",   "E-"),
+    Label(0x0004, "global",  "E-"),
+    Label(0x0006, "china",   "E-"),
 };
 // clang-format on
 inline constexpr EnumTable kRegulatoryDomain =
-    LabelTable<kRegulatoryDomainLabels, LabelCounts{{"E-L", 6}}>();
+    LabelTable<kRegulatoryDomainLabels, LabelCounts{{"E-", 6}}>();
 
 // The band that the host allows.
 // clang-format off
 inline constexpr EnumLabel kBandLabels[] = {
-    Label(0x0000, "auto",   "G,I-L"),
-    Label(0x0001, "5ghz",   "G,I-L"),
-    Label(0x0002, "2_4ghz", "G,I-L"),
+    Label(0x0000, "auto",   "G,I-"),
+    Label(0x0001, "5ghz",   "G,I-"),
+    Label(0x0002, "2_4ghz", "G,I-"),
 };
 // clang-format on
-inline constexpr EnumTable kBand = LabelTable<kBandLabels, LabelCounts{{"G,I-L", 3}}>();
+inline constexpr EnumTable kBand = LabelTable<kBandLabels, LabelCounts{{"G,I-", 3}}>();
 
 // The number of receive streams, less one.
 // clang-format off
@@ -224,11 +223,11 @@ inline constexpr EnumTable kRxNss = LabelTable<kRxNssLabels, LabelCounts{{"F", 8
 // A statistics area of the firmware's memory.
 // clang-format off
 inline constexpr EnumLabel kAllocAreaLabels[] = {
-    Label(0x0000, "pmalloc_stats",     "B-L"),
-    Label(0x0001, "pmalloc_fsm_stats", "B-L"),
-    Label(0x0002, "hostio_sig_sizes",  "B-L"),
+    Label(0x0000, "pmalloc_stats",     "B-"),
+    Label(0x0001, "pmalloc_fsm_stats", "B-"),
+    Label(0x0002, "hostio_sig_sizes",  "B-"),
 };
 // clang-format on
-inline constexpr EnumTable kAllocArea = LabelTable<kAllocAreaLabels, LabelCounts{{"B-L", 3}}>();
+inline constexpr EnumTable kAllocArea = LabelTable<kAllocAreaLabels, LabelCounts{{"B-", 3}}>();
 
 #endif  // VRKT_FAPI_ENUMERATIONS_RADIO_TEST_H_
