@@ -20,6 +20,7 @@ constexpr HipVersionEntry Entry(const char* name, std::uint32_t version) {
 
 }  // namespace
 
+// clang-format off
 constexpr HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
     Entry<HipVersionTag::A>("13.1.0", 0x0D010000),
     Entry<HipVersionTag::B>("13.2.0", 0x0D020000),
@@ -35,6 +36,7 @@ constexpr HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
     Entry<HipVersionTag::L>("14.5.12", 0x0E05000C),
     {nullptr, 0, nullptr, 0},
 };
+// clang-format on
 
 namespace {
 

@@ -34,9 +34,22 @@ std::string ToolCommand();
 // The banner that opens every standard output, and the versions that usage text
 // and reports list.
 inline constexpr std::string_view kBanner = "Decode Tool version:14.5.12.1\n";
-inline constexpr const char* kHipVersions[] = {"13.1.0",  "13.2.0",  "13.3.0",  "14.0.0",
-                                               "14.0.4",  "14.0.6",  "14.1.8",  "14.2.9",
-                                               "14.3.10", "14.4.11", "14.4.12", "14.5.12"};
+// clang-format off
+inline constexpr const char* kHipVersions[] = {
+    "13.1.0",
+    "13.2.0",
+    "13.3.0",
+    "14.0.0",
+    "14.0.4",
+    "14.0.6",
+    "14.1.8",
+    "14.2.9",
+    "14.3.10",
+    "14.4.11",
+    "14.4.12",
+    "14.5.12",
+};
+// clang-format on
 
 // A directory that goes away with everything in it.
 class TemporaryDirectory {
