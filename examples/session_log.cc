@@ -62,7 +62,7 @@ constexpr const char* kPing =
 
 // Most confirms: the interface and the outcome.
 Fapi Confirm(std::uint16_t id, unsigned result_code) {
-  return Fapi(id).U16(kVif).U16(result_code).Spares();
+  return Fapi(id).U16(kVif, result_code).Spares();
 }
 
 // Most answers to an indication: the interface.
@@ -72,51 +72,34 @@ Fapi AddVifReq() { return Fapi(0x2007).U16(kVif).Mac(kPhone).U16(kStation).Mac(k
 
 // Bytes 10 and 11 of the scan signals are not printed.
 Fapi AddScanReq() {
-  return Fapi(0x2005).U16(0).U16(kScan).U16(kFullScan).Mac(kAnybody).U16(kRealTime).Spares().Bulk(
-      kSsid);
+  return Fapi(0x2005).U16(0, kScan, kFullScan).Mac(kAnybody).U16(kRealTime).Spares().Bulk(kSsid);
 }
-Fapi AddScanCfm() { return Fapi(0x2105).U16(0).U16(kSuccess).U16(kScan).Spares(); }
-Fapi ScanDoneInd() { return Fapi(0x2301).U16(0).U16(kScan).Spares(); }
+Fapi AddScanCfm() { return Fapi(0x2105).U16(0, kSuccess, kScan).Spares(); }
+Fapi ScanDoneInd() { return Fapi(0x2301).U16(0, kScan).Spares(); }
 Fapi ScanInd(unsigned channel_frequency, int rssi) {
   return Fapi(0x2300)
-      .U16(kVif)
-      .U16(channel_frequency)
-      .U16(static_cast<unsigned>(rssi))
-      .U16(kScan)
-      .U16(0)
-      .U16(0)
-      .U16(0)
-      .U16(0)
+      .U16(kVif, channel_frequency, static_cast<unsigned>(rssi), kScan, 0, 0, 0, 0)
       .Spares()
       .Bulk(kBeacon);
 }
 
 Fapi ConnectReq(const char* bssid, unsigned channel_frequency) {
-  return Fapi(0x200B)
-      .U16(kVif)
-      .Mac(bssid)
-      .U16(kOpenSystem)
-      .U16(channel_frequency)
-      .Spares()
-      .Bulk(kSsid);
+  return Fapi(0x200B).U16(kVif).Mac(bssid).U16(kOpenSystem, channel_frequency).Spares().Bulk(kSsid);
 }
 Fapi ConnectInd(unsigned result_code) {
-  return Fapi(0x2303).U16(kVif).U16(result_code).Spares().Bulk(kSsid);
+  return Fapi(0x2303).U16(kVif, result_code).Spares().Bulk(kSsid);
 }
 Fapi ProcedureStartedInd(unsigned procedure_type) {
-  return Fapi(0x230A).U16(kVif).U16(procedure_type).U16(kPeer).Spares().Bulk(kSsid);
+  return Fapi(0x230A).U16(kVif, procedure_type, kPeer).Spares().Bulk(kSsid);
 }
-Fapi RoamedInd() { return Fapi(0x2307).U16(kVif).U16(1).Spares().Bulk(kBeacon); }
+Fapi RoamedInd() { return Fapi(0x2307).U16(kVif, 1).Spares().Bulk(kBeacon); }
 Fapi DisconnectedInd(const char* peer, unsigned reason_code) {
   return Fapi(0x2309).U16(kVif).Mac(peer).U16(reason_code).Spares();
 }
 
 Fapi SetkeysReq(unsigned key_id, unsigned key_type, const char* address) {
   return Fapi(0x2018)
-      .U16(kVif)
-      .U16(128)
-      .U16(key_id)
-      .U16(key_type)
+      .U16(kVif, 128, key_id, key_type)
       .Mac(address)
       .Bytes("0100 0000 0000 0000 0000 0000 0000 0000")
       .U32(kCcmp)
@@ -125,90 +108,56 @@ Fapi SetkeysReq(unsigned key_id, unsigned key_type, const char* address) {
 }
 Fapi SendEapolReq(unsigned host_tag) {
   return Fapi(0x2010)
-      .U16(kVif)
-      .U16(host_tag)
-      .U16(kIeee8023Frame)
-      .U16(kEapolKeyM123)
-      .U16(0)
-      .U32(0)
-      .U32(0)
+      .U16(kVif, host_tag, kIeee8023Frame, kEapolKeyM123, 0)
+      .U32(0, 0)
       .Spares()
       .Bulk(kEapolKey);
 }
 Fapi FrameTransmissionInd(unsigned host_tag) {
-  return Fapi(0x230C).U16(kVif).U16(host_tag).U16(kSuccessful).Spares();
+  return Fapi(0x230C).U16(kVif, host_tag, kSuccessful).Spares();
 }
 
 Fapi UnitdataReq(unsigned host_tag, unsigned priority, const char* frame) {
   return Fapi(0x1000)
-      .U16(kVif)
-      .U16(host_tag)
-      .U16(priority)
-      .U16(kPeer)
-      .U16(kIeee8023Frame)
-      .U16(kInline)
+      .U16(kVif, host_tag, priority, kPeer, kIeee8023Frame, kInline)
       .Spares()
       .Bulk(frame);
 }
 Fapi UnitdataCfm(unsigned transmission_status, unsigned host_tag, unsigned sequence_number) {
-  return Fapi(0x1100)
-      .U16(kVif)
-      .U16(transmission_status)
-      .U16(host_tag)
-      .U16(sequence_number)
-      .U16(kPeer)
-      .Spares();
+  return Fapi(0x1100).U16(kVif, transmission_status, host_tag, sequence_number, kPeer).Spares();
 }
 Fapi UnitdataInd(unsigned sequence_number, unsigned priority, const char* frame) {
   return Fapi(0x1300)
-      .U16(kVif)
-      .U16(kIeee8023Frame)
-      .U16(sequence_number)
-      .U16(priority)
-      .U16(kPeer)
-      .U16(0)
-      .U16(kInline)
+      .U16(kVif, kIeee8023Frame, sequence_number, priority, kPeer, 0, kInline)
       .Spares()
       .Bulk(frame);
 }
 
-Fapi StartLinkStatisticsReq() { return Fapi(0x2024).U16(kVif).U16(128).U16(1).Spares(); }
+Fapi StartLinkStatisticsReq() { return Fapi(0x2024).U16(kVif, 128, 1).Spares(); }
 Fapi RssiReportInd(const char* bssid, int rssi) {
   return Fapi(0x2312).U16(kVif).Mac(bssid).U16(static_cast<unsigned>(rssi)).Spares();
 }
 Fapi EventLogInd(unsigned event, const char* timestamp) {
-  return Fapi(0x2316).U16(kVif).U16(event).Bytes(timestamp).Spares();
+  return Fapi(0x2316).U16(kVif, event).Bytes(timestamp).Spares();
 }
 
 // As version 14.5.12 has them.
 Fapi TxSetParamsReq() {
   return Fapi(0x9007)
-      .U16(5180)
-      .U16(0x88A4)
-      .U16(0x0200)
-      .U16(0x0044)
-      .U16(1500)
+      .U16(5180, 0x88A4, 0x0200, 0x0044, 1500)
       .U32(100)
-      .U16(1)
-      .U16(0)
-      .U16(20)
-      .U16(2)
-      .U16(0)
-      .U16(4)
+      .U16(1, 0, 20, 2, 0, 4)
       .U8(37)
       .U8(2)
-      .U32(0)
-      .U32(0);
+      .U32(0, 0);
 }
 Fapi TxStartReq() {
-  return Fapi(0x9008).U32(1000).U16(1).U16(0).Mac(kAnybody).Mac(kPhone).Mac(kPhone).U16(1).Spares();
+  return Fapi(0x9008).U32(1000).U16(1, 0).Mac(kAnybody).Mac(kPhone).Mac(kPhone).U16(1).Spares();
 }
 Fapi TxReadCfm() {
   return Fapi(0x9105)
-      .U16(kSuccess)
-      .U16(1)
-      .U32(250)
-      .U32(0)
+      .U16(kSuccess, 1)
+      .U32(250, 0)
       .Bytes("4400 4000 f6ff 1a00 1c00 1800 1900 feff")
       .U32(748)
       .Spares();

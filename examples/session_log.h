@@ -1,7 +1,7 @@
 #ifndef VRKT_EXAMPLES_SESSION_LOG_H_
 #define VRKT_EXAMPLES_SESSION_LOG_H_
 
-#include "support/log_builder.h"
+#include "log_builder.h"
 
 // The log of examples/session.udi.
 Log SessionLog();

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "fapi/vocabulary.h"
-#include "support/log_builder.h"
+#include "log_builder.h"
 
 namespace {
 
@@ -18,10 +18,6 @@ void WriteSeed(const std::filesystem::path& directory, const std::string& name,
   std::filesystem::create_directories(directory);
   std::ofstream(directory / name, std::ios::binary)
       .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-std::string Word(std::size_t value) {
-  return Log().Word(static_cast<std::uint32_t>(value)).bytes();
 }
 
 }  // namespace
@@ -39,12 +35,12 @@ int main(int argc, char** argv) {
       const std::string tag(1, static_cast<char>(version));
       const std::string name = std::to_string(version) + "_" + std::to_string(id);
       WriteSeed(directory / "decode_signal", name, tag + std::string("\5\0", 2) + payload);
-      WriteSeed(directory / "route_record", name, tag + Word(layout->min) + payload);
+      WriteSeed(directory / "route_record", name, tag + ToBytes(layout->min, 4) + payload);
     }
   }
   for (unsigned layout = 0; layout < AllSignalLayouts().size(); layout += 7) {
     for (unsigned field = 0; field < AllSignalLayouts()[layout].field_count; ++field) {
-      const std::string choice = Word(layout | field << 16 | layout << 24);
+      const std::string choice = ToBytes(layout | field << 16 | layout << 24, 4);
       WriteSeed(directory / "render_field", std::to_string(layout) + "_" + std::to_string(field),
                 choice + std::string(64, '\2'));
     }

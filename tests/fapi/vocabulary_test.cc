@@ -161,19 +161,6 @@ TEST(Vocabulary, MinIsTheEndOfTheFieldsButForAFew) {
   EXPECT_EQ(two_dumps_in_e, 43U);
 }
 
-TEST(Vocabulary, FieldsLieInTheirSignalInPrintOrder) {
-  for (const KnownSignal& signal : KnownSignals()) {
-    unsigned end = 10;
-    for (const FieldLayout& field : FieldsOf(*signal.layout)) {
-      EXPECT_GE(field.offset, end) << Describe(signal) << TextOf(field.head).text();
-      end = field.offset + 1U;
-      EXPECT_EQ(field.labels != nullptr, field.renderer == FieldRenderer::kEnum16);
-      EXPECT_EQ(field.words != 0, field.renderer == FieldRenderer::kWords);
-    }
-    EXPECT_GT(signal.layout->end, end);
-  }
-}
-
 TEST(Vocabulary, EachLabelIsFoundInItsVersionsAndNoOther) {
   std::set<const EnumTable*> tables;
   for (const KnownSignal& signal : KnownSignals()) {

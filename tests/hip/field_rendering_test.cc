@@ -6,7 +6,7 @@
 
 #include "fapi/enumerations/data_path.h"
 #include "fapi/vocabulary.h"
-#include "support/log_builder.h"
+#include "log_builder.h"
 #include "support/process.h"
 
 namespace {
@@ -15,11 +15,11 @@ namespace {
 // the text of a name from there.
 LayoutText AnyHead() { return AllSignalLayouts().front().name; }
 
-std::string Render(FieldRenderer renderer, std::string_view hex, std::uint8_t words = 0,
+std::string Render(FieldRenderer renderer, const std::string& value, std::uint8_t words = 0,
                    HipVersionTag version = HipVersionTag::L) {
   // Put at an odd offset, with bytes around it that must not matter.
   std::string bytes(1, '\xEE');
-  bytes.append(FromHex(hex)).append(1, '\xEE');
+  bytes.append(value).append(1, '\xEE');
   const FieldLayout field{&kDirection, AnyHead(), 1, renderer, words};
   const std::string text = CaptureStandardOutput(
       [&] { PrintField(field, reinterpret_cast<const std::uint8_t*>(bytes.data()), version); });
@@ -58,7 +58,7 @@ TEST(FieldRendering, EveryFormPrintsItsValue) {
       {FieldRenderer::kEnum16, "ffff", "65535"},
   };
   for (const auto& c : kCases) {
-    EXPECT_EQ(Render(c.renderer, c.bytes), c.text)
+    EXPECT_EQ(Render(c.renderer, FromHex(c.bytes)), c.text)
         << "form " << static_cast<int>(c.renderer) << " of " << c.bytes;
   }
 }
@@ -67,22 +67,17 @@ TEST(FieldRendering, DecimalsOfEveryLength) {
   for (std::uint64_t power = 1; power <= 10'000'000'000; power *= 10) {
     for (const std::uint64_t value : {power - 1, power, power + power / 2, 2 * power - 1}) {
       if (value > 0xFFFFFFFF) continue;
-      std::string hex;
-      for (int shift = 0; shift < 32; shift += 8) {
-        char digits[3];
-        std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned>(value >> shift & 0xFF));
-        hex += digits;
-      }
-      EXPECT_EQ(Render(FieldRenderer::kU32, hex), std::to_string(value));
-      EXPECT_EQ(Render(FieldRenderer::kI32, hex),
-                std::to_string(static_cast<std::int32_t>(static_cast<std::uint32_t>(value))));
+      const auto number = static_cast<std::uint32_t>(value);
+      EXPECT_EQ(Render(FieldRenderer::kU32, ToBytes(number, 4)), std::to_string(number));
+      EXPECT_EQ(Render(FieldRenderer::kI32, ToBytes(number, 4)),
+                std::to_string(static_cast<std::int32_t>(number)));
     }
   }
 }
 
 TEST(FieldRendering, WordsCloseBehindABlank) {
-  EXPECT_EQ(Render(FieldRenderer::kWords, "0100 0200 ffff", 3), "0x0001 0x0002 0xffff ]");
-  EXPECT_EQ(Render(FieldRenderer::kWords, "0100 0200 ffff", 1), "0x0001 ]");
+  EXPECT_EQ(Render(FieldRenderer::kWords, FromHex("0100 0200 ffff"), 3), "0x0001 0x0002 0xffff ]");
+  EXPECT_EQ(Render(FieldRenderer::kWords, FromHex("0100 0200 ffff"), 1), "0x0001 ]");
 }
 
 TEST(FieldRendering, DumpsOfAnyLengthAreWhole) {

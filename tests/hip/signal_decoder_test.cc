@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "hip/hip_versions.h"
-#include "support/log_builder.h"
+#include "log_builder.h"
 #include "support/process.h"
 
 namespace {
@@ -37,7 +37,7 @@ Decoded Decode(char version, const Fapi& signal) {
 }
 
 Fapi UnitdataReq() {  // as in versions D to L
-  return Fapi(0x1000).U16(1).U16(0x1234).U16(5).U16(2).U16(1).U16(0).U32(0).U32(7).U32(0xFFFFFFFF);
+  return Fapi(0x1000).U16(1, 0x1234, 5, 2, 1, 0).U32(0, 7, 0xFFFFFFFF);
 }
 
 const std::string kUnitdataReqFields =
@@ -56,7 +56,6 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
       {"bulk instead of the tail", "DFHIJKL", UnitdataReq().Bytes("aabbcc").Bulk("0102"),
        "ma_unitdata_req data:{0102}" + kUnitdataReqFields},
       {"exactly Min", "DFHIJKL", UnitdataReq(), "ma_unitdata_req data:{}" + kUnitdataReqFields},
-      {"no dump in G", "G", UnitdataReq().Bulk("0102"), "ma_unitdata_req" + kUnitdataReqFields},
       {"two dumps in E", "E", UnitdataReq().Bulk("0102"),
        "ma_unitdata_req data:{0102} data:{0102}" + kUnitdataReqFields},
       {"E skips four bytes before the tail", "E", UnitdataReq().Bytes("11223344 aa"),
@@ -65,53 +64,23 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
       {"below the Min of E alone", "E", UnitdataReq().PadTo(37), ""},
       {"a short signal with bulk reads on into it", "L", UnitdataReq().PadTo(32).Bulk("ffff0102"),
        "ma_unitdata_req data:{ffff0102}" + kUnitdataReqFields},
-      {"behind the last byte stand zeros", "L", Fapi(0x1000).U16(1).Bytes("34").Bulk("ab"),
-       "ma_unitdata_req data:{ab} vif:1 host_tag:0xab34 priority:qos_up0 peer_index:0 "
-       "data_unit_descriptor:ieee802_11_frame bulk_data_descriptor:inline spare_1:0 spare_2:0 "
-       "spare_3:0\n"},
       {"unlabelled values stick to the field before in A to C", "A",
-       Fapi(0x1000).U16(1).U16(2).U16(8).U16(3).U16(4).Spares(),
+       Fapi(0x1000).U16(1, 2, 8, 3, 4).Spares(),
        "ma_unitdata_req data:{} vif:1 host_tag:0x0002priority:8 "
        "peer_index:3data_unit_descriptor:4 spare_1:0 spare_2:0 spare_3:0\n"},
-      {"B knows the label that A does not", "BC",
-       Fapi(0x1000).U16(1).U16(2).U16(0x8000).U16(3).U16(4).Spares(),
+      {"B knows the label that A does not", "BC", Fapi(0x1000).U16(1, 2, 0x8000, 3, 4).Spares(),
        "ma_unitdata_req data:{} vif:1 host_tag:0x0002 priority:contention peer_index:3 "
        "data_unit_descriptor:tcp_ack spare_1:0 spare_2:0 spare_3:0\n"},
-      {"cfm has lost its dump", "FGHIJKL", Fapi(0x1100).U16(1).Bulk("05"),
-       "ma_unitdata_cfm vif:1 transmission_status:unavailable_key_mapping host_tag:0x0000 "
-       "sequence_number:0 peer_index:0 spare_1:0 spare_2:0 spare_3:0\n"},
       {"cfm of E has one dump and no surplus", "ABCDE",
-       Fapi(0x1100).U16(1).U16(6).U16(9).U16(10).U16(11).Spares().Bytes("77"),
+       Fapi(0x1100).U16(1, 6, 9, 10, 11).Spares().Bytes("77"),
        "ma_unitdata_cfm data:{77} vif:1 transmission_status:unspecified_failure host_tag:0x0009 "
        "sequence_number:10 peer_index:11 spare_1:0 spare_2:0 spare_3:0\n"},
-      {"ind", "DFHIJKL", Fapi(0x1300).U16(1).U16(3).U16(4).U16(7).U16(5).U16(6).U16(1).Spares(),
-       "ma_unitdata_ind data:{} vif:1 data_unit_descriptor:amsdu sequence_number:4 "
-       "priority:qos_up7 peer_index:5 proprieraty_information_length:6 "
-       "bulk_data_descriptor:smapper spare_1:0 spare_2:0 spare_3:0\n"},
-      {"addresses; `any` is a direction of some", "ABCDG",
-       Fapi(0x1301).U16(1).Mac("00:0a:0b:0c:0d:0e").U16(2).U16(0x27).U16(3).U16(3).Spares(),
-       "ma_blockack_ind vif:1 peer_qsta_address:00:0a:0b:0c:0d:0e sequence_number:2 "
-       "reason_code:timeout blockack_parameter_set:3 direction:any spare_1:0 spare_2:0 "
-       "spare_3:0\n"},
-      {"its dump comes with I", "I",
-       Fapi(0x1301).U16(1).Mac("00:0a:0b:0c:0d:0e").U16(2).U16(0x900A).U16(3).U16(0).Spares(),
-       "ma_blockack_ind frame:{} vif:1 peer_qsta_address:00:0a:0b:0c:0d:0e sequence_number:2 "
-       "reason_code:36874 blockack_parameter_set:3 direction:transmit spare_1:0 spare_2:0 "
-       "spare_3:0\n"},
-      {"and a reason with J", "JKL",
-       Fapi(0x1301).U16(1).Mac("00:0a:0b:0c:0d:0e").U16(2).U16(0x900A).U16(3).U16(3).Spares(),
+      {"an address, a dump, a reason", "JKL",
+       Fapi(0x1301).U16(1).Mac("00:0a:0b:0c:0d:0e").U16(2, 0x900A, 3, 3).Spares(),
        "ma_blockack_ind frame:{} vif:1 peer_qsta_address:00:0a:0b:0c:0d:0e sequence_number:2 "
        "reason_code:ndp_response_timeout blockack_parameter_set:3 direction:3 spare_1:0 spare_2:0 "
        "spare_3:0\n"},
-      {"Min of A is short of the fields", "A", Fapi(0x1302).U16(1).Mac("010203040506").PadTo(28),
-       "ma_tx_failure_ind vif:1 peer_sta_address:01:02:03:04:05:06 spare_1:0 spare_2:0 "
-       "spare_3:0\n"},
-      {"and that of B is not", "B", Fapi(0x1302).U16(1).Mac("010203040506").PadTo(28), ""},
-      {"control is D's and G's alone", "DG", Fapi(0x1001).U16(1).U16(0).Spares(),
-       "ma_control_req vif:1 control_request_type:smapper_rx_config spare_1:0 spare_2:0 "
-       "spare_3:0\n"},
-      {"no such id", "EFHIJKL", Fapi(0x1001).U16(1).U16(0).Spares(),
-       "Unknown Hip Signal : 0x1001\n"},
+      {"no such id", "EFHIJKL", Fapi(0x1001).U16(1, 0).Spares(), "Unknown Hip Signal : 0x1001\n"},
       {"a known id of the driver side is none here", "ABCDEFGHIJKL", Fapi(0x8011).PadTo(40),
        "Unknown Hip Signal : 0x8011\n"},
   };
@@ -128,7 +97,7 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
 TEST(SignalDecoder, LinesThatDependOnTheVersion) {
   const std::string kSpares = " spare_1:0 spare_2:0 spare_3:0\n";
   const auto scan = [](unsigned type) {
-    return Fapi(0x2005).U16(0xEEEE).U16(1).U16(type).Mac("000000000000").U16(2).Spares();
+    return Fapi(0x2005).U16(0xEEEE, 1, type).Mac("000000000000").U16(2).Spares();
   };
   const auto scan_line = [&](const std::string& dump, const std::string& type) {
     return "mlme_add_scan_req" + dump + " scan_id:1" + type +
@@ -136,11 +105,7 @@ TEST(SignalDecoder, LinesThatDependOnTheVersion) {
   };
   const auto tx_params = [](unsigned rate, unsigned channel, unsigned flags) {
     return Fapi(0x9007)
-        .U16(2412)
-        .U16(rate)
-        .U16(channel)
-        .U16(0x10)
-        .U16(5)
+        .U16(2412, rate, channel, 0x10, 5)
         .U32(6)
         .U16(flags)
         .Bytes("0000000000000000")
@@ -174,31 +139,26 @@ TEST(SignalDecoder, LinesThatDependOnTheVersion) {
       {"BC", scan(0), scan_line(" data:{}", "scan_type:0")},
       {"FH", scan(8), scan_line(" information_elements:{}", " scan_type:8")},
 
-      {"F", Fapi(0x2322).U16(1).U16(2).Spares(),
+      {"F", Fapi(0x2322).U16(1, 2).Spares(),
        "mlme_ndp_terminated_ind vif:1 instance_id:2" + kSpares},
-      {"I", Fapi(0x2322).U16(1).U16(2).Mac("010203040506").Spares(),
+      {"I", Fapi(0x2322).U16(1, 2).Mac("010203040506").Spares(),
        "mlme_ndp_terminate_ind vif:1 ndl_vif_index:2 "
        "local_ndp_interface_address:01:02:03:04:05:06" +
            kSpares},
       {"CJKL", Fapi(0x2322).PadTo(60), "Unknown Hip Signal : 0x2322\n"},
 
-      {"E", Fapi(0x213B).U16(0x9009).U16(7).Spares(),
+      {"E", Fapi(0x213B).U16(0x9009, 7).Spares(),
        "mlme_spare5_cfm result_code:nan_immutable_unacceptable  vif:7" + kSpares},
-      {"F", Fapi(0x213B).U16(0x9009).U16(7).Spares(),
+      {"F", Fapi(0x213B).U16(0x9009, 7).Spares(),
        "mlme_spare5_cfm result_code:nan_immutable_unacceptable vif:7" + kSpares},
-      {"HIJKL", Fapi(0x213B).U16(7).U16(0x9009).Spares(),
+      {"HIJKL", Fapi(0x213B).U16(7, 0x9009).Spares(),
        "mlme_spare5_cfm vif:7 result_code:nan_immutable_unacceptable" + kSpares},
       {"GK", Fapi(0x2044).U16(7).Spares(), "mlme_spare_signal1_req vif:7" + kSpares},
       {"IJ", Fapi(0x2044).U16(7).Spares(), "mlme_spare_signal2_req vif:7" + kSpares},
-      {"DG", Fapi(0x1101).U16(7).U16(0x8000).Spares(),
-       "ma_control_cfm vif:7 result_code:timeout" + kSpares},
-      {"D", Fapi(0x1101).U16(7).U16(0x9002).Spares(),
+      {"D", Fapi(0x1101).U16(7, 0x9002).Spares(),
        "ma_control_cfm vif:7 result_code:nan_invalid_publish_subscbe_id" + kSpares},
-      {"C", Fapi(0x1101).U16(7).U16(0x8013).Spares(),
+      {"C", Fapi(0x1101).U16(7, 0x8013).Spares(),
        "ma_spare_signal1_cfm vif:7result_code:32787" + kSpares},
-      {"A", Fapi(0x1200).U16(7).Spares(), ""},  // two bytes short of Min in A alone
-      {"BCDG", Fapi(0x1200).U16(7).Spares(), "ma_spare_signal1_res vif:7" + kSpares},
-
       {"F", tx_params(0xE004, 0x0300, 0x8000),
        tx_line(" rate:ctr_stbc channel_information:768", " flags:disable_external_lna" + kTxEndE)},
       {"H", tx_params(0x88A4, 0x0300, 8),
@@ -216,87 +176,51 @@ TEST(SignalDecoder, LinesThatDependOnTheVersion) {
                " flags:thermal_duty_cycle channel_description_index:0 "
                "distance_to_band_edge_half_mhz:0 band_oob_rule_selector:0 pa_voltage:0" +
                    kSpares)},
-      {"L",
-       Fapi(0x9005).U16(2412).U16(0x10).U16(8).U16(9).U16(1).U32(0xFFFFFFFF).U32(2).U16(3).Spares(),
+      {"L", Fapi(0x9005).U16(2412, 0x10, 8, 9, 1).U32(0xFFFFFFFF, 2).U16(3).Spares(),
        "wlanlite_cw_start_req freq:2412power:0x0010 flags:8 type:9 amplitude:1 freq1:-1 freq2:2 "
        "phase:3" +
            kSpares},
 
-      {"A",
-       Fapi(0x8004)
-           .U16(1)
-           .U16(2)
-           .U16(3)
-           .U32(4)
-           .U16(5)
-           .U16(6)
-           .U32(0x01020304)
-           .U16(7)
-           .U16(1)
-           .U8(0xEE)
-           .Spares(),
+      {"A", Fapi(0x8004).U16(1, 2, 3).U32(4).U16(5, 6).U32(0x01020304).U16(7, 1).U8(0xEE).Spares(),
        "debug_pkt_gen_start_req vif:1 end_point:2 direction:any interval:4 size:5 "
        "packets_per_interval:6 ipv4destination_address:16909060 packets_per_interrupt:7 "
        "use_streaming:true" +
            kSpares},
-      {"CF", Fapi(0x2028).U16(1).U16(1).Spares(),
-       "mlme_host_state_req vif:1 host_state:lcd_active" + kSpares},
-      {"GL", Fapi(0x2028).U16(1).U16(1).Spares(),
-       "mlme_host_state_req vif:1 host_state:1" + kSpares},
-      {"A", Fapi(0x2312).U16(1).Mac("010203040506").U16(0xFFFF).Spares(),
-       "mlme_rssi_report_ind vif:1 bssid:01:02:03:04:05:06 low_rssi_threshold:-1" + kSpares},
-      {"BGL", Fapi(0x2312).U16(1).Mac("010203040506").U16(0xFFFF).Spares(),
-       "mlme_rssi_report_ind vif:1 bssid:01:02:03:04:05:06 rssi:-1" + kSpares},
       {"L",
        Fapi(0x900B)
-           .U16(5180)
-           .U16(0)
-           .U16(8)
+           .U16(5180, 0, 8)
            .Mac("010203040506")
            .Mac("070809101112")
-           .U16(1)
-           .U16(2)
-           .U16(5)
-           .U16(0xFFFF)
-           .U32(3)
-           .U32(4),
+           .U16(1, 2, 5, 0xFFFF)
+           .U32(3, 4),
        "wlanlite_rx_start_req freq:5180 channel_information:bandwidth_20mhzp0 flags:ack "
        "mac_addr:01:02:03:04:05:06 bssid:07:08:09:10:11:12 aid:1 num_mpdus_per_ampdu:2 "
        "regulatory_domain:5 spare_1:65535 spare_2:3 spare_3:4\n"},
       {"L",
-       Fapi(0x9105)
-           .U16(0)
-           .U16(8)
-           .U32(1)
-           .U32(2)
-           .Bytes("ffff0080ff7f000001000200 0300feff")
-           .U32(9)
-           .Spares(),
+       Fapi(0x9105).U16(0, 8).U32(1, 2).Bytes("ffff0080ff7f000001000200 0300feff").U32(9).Spares(),
        "wlanlite_tx_read_cfm result_code:success flags:8 ctr_frames_left_to_send:1 "
        "transmission_back_off:2 wanted_power_target:-1 final_power_target:-32768 "
        "oob_constraint:32767 last_trim_pa_temperature:0 current_pa_temperature:1 "
        "last_trim_ambient_temperature:2 current_ambient_temperature:3 temp_power_adjust:-2 "
        "ctr_frames_success:9" +
            kSpares},
-      {"C", Fapi(0x2316).U16(1).U16(0x0100).Bytes("0102030405060708").Spares(),
+      {"C", Fapi(0x2316).U16(1, 0x0100).Bytes("0102030405060708").Spares(),
        "mlme_event_log_ind vif:1event:256 timestamp:0x0102030405060708" + kSpares},
-      {"DK", Fapi(0x2316).U16(1).U16(0x0100).Bytes("0102030405060708").Spares(),
+      {"DK", Fapi(0x2316).U16(1, 0x0100).Bytes("0102030405060708").Spares(),
        "mlme_event_log_ind data:{} vif:1 event:wifi_event_nan_publish_terminated "
        "timestamp:0x0102030405060708" +
            kSpares},
-      {"E", Fapi(0x2316).U16(1).U16(0x38).Bytes("0102030405060708").Spares(), ""},
-      {"B",
-       Fapi(0x2018).U16(1).U16(16).U16(2).U16(8).Mac("010203040506").PadTo(56, '\x01').Bytes("77"),
+      {"E", Fapi(0x2316).U16(1, 0x38).Bytes("0102030405060708").Spares(), ""},
+      {"B", Fapi(0x2018).U16(1, 16, 2, 8).Mac("010203040506").PadTo(56, '\x01').Bytes("77"),
        "mlme_setkeys_req data:{0101010101010101010101010101010177} vif:1 length:16 key_id:2 "
        "key_type:oxygen address:01:02:03:04:05:06 sequence_number:[0x0101 0x0101 0x0101 0x0101 "
        "0x0101 0x0101 0x0101 0x0101 ] cipher_suite_selector:0x01010101 spare_1:16843009 "
        "spare_2:16843009 spare_3:16843009\n"},
-      {"B", Fapi(0x2018).U16(1).U16(16).U16(2).U16(3).Mac("010203040506").PadTo(40),
+      {"B", Fapi(0x2018).U16(1, 16, 2, 3).Mac("010203040506").PadTo(40),
        "mlme_setkeys_req data:{} vif:1 length:16 key_id:2key_type:3 address:01:02:03:04:05:06 "
        "sequence_number:[0x0000 0x0000 0x0000 0x0000 0x0000 0x0000 0x0000 0x0000 ] "
        "cipher_suite_selector:0x00000000" +
            kSpares},
-      {"D", Fapi(0x2018).PadTo(40), ""},
   };
   for (const auto& c : kCases) {
     for (const char* version = c.versions; *version != '\0'; ++version) {

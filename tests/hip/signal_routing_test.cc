@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/log_builder.h"
+#include "log_builder.h"
 #include "support/process.h"
 
 namespace {
@@ -52,24 +52,6 @@ TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
     EXPECT_EQ(split->bulk1.bytes, span.bytes + signal_length);
     EXPECT_EQ(split->bulk2.length, c.bulk2);
     EXPECT_EQ(split->bulk2.bytes, span.bytes + signal_length + c.bulk1);
-  }
-}
-
-TEST(SignalRouting, CurrentSplitTakesTheRecordsSignalLength) {
-  const std::string payload(40, '\0');
-  const SignalSpan span = SpanOf(payload);
-  for (const std::uint32_t signal_length : {0U, 1U, 39U, 40U}) {
-    const std::optional<HipSignal> split = SplitSignalRecord(span, signal_length, 0x0C000000);
-    ASSERT_TRUE(split.has_value());
-    EXPECT_EQ(split->signal.length, signal_length);
-    EXPECT_EQ(split->bulk1.length, 40 - signal_length);
-    EXPECT_EQ(split->bulk1.bytes, span.bytes + signal_length);
-    EXPECT_EQ(split->bulk2.length, 0U);
-    EXPECT_EQ(split->bulk2.bytes, nullptr);
-  }
-  for (const std::uint32_t signal_length : {41U, 0x80000000U, 0xFFFFFFFFU}) {
-    CaptureStandardOutput(
-        [&] { EXPECT_FALSE(SplitSignalRecord(span, signal_length, 0x0C000000).has_value()); });
   }
 }
 

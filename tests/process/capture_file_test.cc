@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/log_builder.h"
+#include "log_builder.h"
 #include "support/process.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/log_builder.h"
+#include "log_builder.h"
 #include "support/process.h"
 
 namespace {

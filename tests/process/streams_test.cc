@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/log_builder.h"
+#include "log_builder.h"
 #include "support/process.h"
 
 namespace {

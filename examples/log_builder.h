@@ -1,0 +1,130 @@
+#ifndef VRKT_EXAMPLES_LOG_BUILDER_H_
+#define VRKT_EXAMPLES_LOG_BUILDER_H_
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// Builds logs whose source reads like the log:
+//
+//   Log().Header("14.5.12").TimeRef(1000).Signal(1500ms, Fapi(0x1000).U16(1).Bulk("0102"))
+
+using std::chrono_literals::operator""ms;
+
+// The bytes that a text of hexadecimal digits stands for, blanks and colons aside.
+inline std::string FromHex(std::string_view hex) {
+  std::string digits(hex);
+  std::erase_if(digits, [](char c) { return c == ' ' || c == ':'; });
+  std::string bytes;
+  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+  }
+  return bytes;
+}
+
+// Little-endian.
+inline std::string ToBytes(std::uint32_t value, std::size_t width) {
+  std::string bytes;
+  for (; width > 0; --width, value >>= 8) bytes += static_cast<char>(value & 0xFF);
+  return bytes;
+}
+
+// A signal from its id on, with the bulk behind it. Its header's other bytes are
+// filled with values that must never be printed.
+class Fapi {
+ public:
+  explicit Fapi(std::uint16_t id) { U16(id).Bytes("ddccbbaa ddcc bbaa"); }
+
+  Fapi& U8(unsigned value) { return Append(ToBytes(value, 1)); }
+  // One or several 16-bit words.
+  template <typename... Value>
+  Fapi& U16(Value... values) {
+    return Append((ToBytes(static_cast<std::uint32_t>(values), 2) + ...));
+  }
+  template <typename... Value>
+  Fapi& U32(Value... values) {
+    return Append((ToBytes(static_cast<std::uint32_t>(values), 4) + ...));
+  }
+  Fapi& Mac(std::string_view address) { return Bytes(address); }  // as in "00:0a:0b:0c:0d:0e"
+  Fapi& Bytes(std::string_view hex) { return Append(FromHex(hex)); }
+  Fapi& Spares() { return U32(0, 0, 0); }
+  Fapi& PadTo(std::size_t length, char byte = '\0') {  // cuts a longer signal off
+    signal_.resize(length, byte);
+    return *this;
+  }
+  Fapi& Bulk(std::string_view hex) { return BulkBytes(FromHex(hex)); }
+  Fapi& BulkBytes(std::string bytes) {
+    bulk_ = std::move(bytes);
+    return *this;
+  }
+
+  const std::string& signal() const { return signal_; }
+  const std::string& bulk() const { return bulk_; }
+
+ private:
+  Fapi& Append(const std::string& bytes) {
+    signal_ += bytes;
+    return *this;
+  }
+
+  std::string signal_;
+  std::string bulk_;
+};
+
+class Log {
+ public:
+  using Time = std::chrono::milliseconds;
+  static constexpr std::uint32_t kHeaderMagic = 0x1289ABEF;
+  static constexpr std::uint32_t kEventMagic = 0x13572467;
+  static constexpr std::uint32_t kSignalMagic = 0x13572468;
+
+  Log& Bytes(std::string_view bytes) {
+    bytes_ += bytes;
+    return *this;
+  }
+  Log& Words(std::initializer_list<std::uint32_t> words) {
+    for (const std::uint32_t word : words) bytes_ += ToBytes(word, 4);
+    ends_.push_back(bytes_.size());
+    return *this;
+  }
+  Log& Header(const char* hip_version) {
+    unsigned first = 0;
+    unsigned second = 0;
+    unsigned third = 0;
+    if (std::sscanf(hip_version, "%u.%u.%u", &first, &second, &third) != 3) std::abort();
+    return Words({kHeaderMagic, 6, first << 24 | second << 16 | third});
+  }
+  Log& TimeRef(std::uint32_t seconds) { return Words({kEventMagic, 0, 0, 4, seconds}); }
+  Log& TimeRef(std::uint32_t seconds, std::uint32_t uptime, Time time = 0ms) {
+    return Words({kEventMagic, Word(time), 0, 8, seconds, uptime});
+  }
+  Log& Load(Time time) { return Words({kEventMagic, Word(time), 1, 0}); }
+  Log& Unload(Time time) { return Words({kEventMagic, Word(time), 2, 0}); }
+  Log& Signal(Time time, const Fapi& signal) {
+    return Record(time, signal.signal() + signal.bulk(), signal.signal().size());
+  }
+  // A record with a signal length of its own.
+  Log& Record(Time time, std::string_view payload, std::size_t signal_length) {
+    Words({kSignalMagic, Word(time), static_cast<std::uint32_t>(payload.size()),
+           static_cast<std::uint32_t>(signal_length)});
+    ends_.back() += payload.size();
+    return Bytes(payload);
+  }
+
+  const std::string& bytes() const { return bytes_; }
+  // Where each header and record so far ends.
+  const std::vector<std::size_t>& ends() const { return ends_; }
+
+ private:
+  static std::uint32_t Word(Time time) { return static_cast<std::uint32_t>(time.count()); }
+
+  std::string bytes_;
+  std::vector<std::size_t> ends_;
+};
+
+#endif  // VRKT_EXAMPLES_LOG_BUILDER_H_
