@@ -39,13 +39,13 @@ void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type) {
   WriteU32(link_type, pcap);
 }
 
-void WritePcapRecord(std::FILE* pcap, std::uint32_t time_base, std::int32_t time_word,
+void WritePcapRecord(std::FILE* pcap, std::uint32_t timeBase, std::int32_t time_word,
                      std::uint32_t length, const std::uint8_t* payload) {
   // Both are cut toward zero and carry the sign of the time word: a negative
   // one gives microseconds below zero, unlike the line stamp's fraction.
   const std::int32_t seconds = time_word / 1000;
   const std::int32_t milliseconds = time_word % 1000;
-  WriteU32(time_base + static_cast<std::uint32_t>(seconds), pcap);
+  WriteU32(timeBase + static_cast<std::uint32_t>(seconds), pcap);
   WriteU32(static_cast<std::uint32_t>(milliseconds * 1000), pcap);
   WriteU32(length, pcap);
   WriteU32(length, pcap);

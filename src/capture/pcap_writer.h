@@ -12,9 +12,9 @@
 // link type.
 void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type);
 
-// Writes a record header and all `length` bytes of the payload. `time_base` is
+// Writes a record header and all `length` bytes of the payload. `timeBase` is
 // in seconds, `time_word` in milliseconds from it.
-void WritePcapRecord(std::FILE* pcap, std::uint32_t time_base, std::int32_t time_word,
+void WritePcapRecord(std::FILE* pcap, std::uint32_t timeBase, std::int32_t time_word,
                      std::uint32_t length, const std::uint8_t* payload);
 
 #endif  // VRKT_CAPTURE_PCAP_WRITER_H_

@@ -30,6 +30,8 @@ enum class FieldRenderer : std::uint8_t {
   kSpares,      // 3 times 4 bytes                    " spare_1:%u spare_2:%u spare_3:%u"
 };
 
+inline constexpr std::size_t kMaxWords = 16;  // of a kWords field
+
 // A stretch of the layout text, in which the constant part of every field
 // stands once: the blank, the name, and all that precedes the value.
 struct LayoutText {

@@ -33,7 +33,6 @@ inline constexpr std::size_t kMaxFields = 16;
 inline constexpr std::size_t kMaxNameLength = 48;
 static_assert(kMaxNameLength + 4 <= kPaddedTextSize,
               "a name with what surrounds it is a PaddedText");
-inline constexpr std::size_t kMaxWords = 16;
 
 constexpr bool IsFieldOrSignalName(std::string_view name) {
   if (name.empty() || name.size() > kMaxNameLength) return false;

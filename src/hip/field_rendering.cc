@@ -6,13 +6,12 @@
 #include "base/little_endian.h"
 #include "base/text_piece.h"
 #include "fapi/enum_table.h"
-#include "fapi/signal_row.h"
 #include "fapi/vocabulary.h"
 
 namespace {
 
 constexpr std::size_t kCharsPerWord = 7;  // as in "0x0001 "
-constexpr std::size_t kMaxValue = std::max(kMaxLabelLength, kMaxWords* kCharsPerWord + 1);
+constexpr std::size_t kMaxValue = std::max(kMaxLabelLength, 1 + kMaxWords * kCharsPerWord);
 using FieldPiece = TextPiece<kPaddedTextSize + kMaxValue>;
 
 // An unlabelled value's field has no blank before its name in versions A to C

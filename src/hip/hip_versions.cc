@@ -63,10 +63,10 @@ std::span<const HipVersionEntry> KnownHipVersions() {
   return std::span(HipVersionTable).first(kHipVersionCount);
 }
 
-void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hip_cursor) {
-  for (; hip_cursor->name != nullptr; ++hip_cursor) {
-    if (hip_cursor->version == hip_version) {
-      std::fprintf(stderr, "%s: Log File Hip Version %s detected\n", programName, hip_cursor->name);
+void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor) {
+  for (; hipCursor->name != nullptr; ++hipCursor) {
+    if (hipCursor->version == hip_version) {
+      std::fprintf(stderr, "%s: Log File Hip Version %s detected\n", programName, hipCursor->name);
       return;
     }
   }

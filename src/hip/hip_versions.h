@@ -22,11 +22,11 @@ extern const HipVersionEntry HipVersionTable[kHipVersionCount + 1];
 // The rows without the end row.
 std::span<const HipVersionEntry> KnownHipVersions();
 
-// Moves `hip_cursor` on to the row of exactly this packed version and says on
+// Moves `hipCursor` on to the row of exactly this packed version and says on
 // standard error that it was detected. The search starts where the last one
 // ended: after a reload of the driver a log may stay at its version or move up,
 // never down. Without such a row, reports that and ends the process with status
 // -1.
-void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hip_cursor);
+void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor);
 
 #endif  // VRKT_HIP_HIP_VERSIONS_H_

@@ -66,14 +66,14 @@ std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t s
 
 }  // namespace
 
-std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driver_unloaded) {
-  driver_unloaded = false;
+std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded) {
+  driverUnloaded = false;
   const std::uint16_t id = U16At(payload, kIdOffset);
   // The five ids that are known here lie on the HIP side of the routing, so that
   // none of them arrives today.
   switch (id) {
     case 0x8010:
-      driver_unloaded = true;
+      driverUnloaded = true;
       PrintPiece("Driver: Unloaded\n");
       return 1;
     case 0x8011:
@@ -103,10 +103,10 @@ std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t sig
 }
 
 void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersionEntry& version,
-                 bool& driver_unloaded) {
+                 bool& driverUnloaded) {
   const std::uint16_t id = U16At(payload, kIdOffset);
   if (id < kFirstHipId || id > kLastHipId) {
-    if (DecodeDriverSignal(payload, driver_unloaded) == 0) {
+    if (DecodeDriverSignal(payload, driverUnloaded) == 0) {
       std::fprintf(stderr, "%s: Decode Error: Unknown Signal 0x%.4X::0x%.4X\n", programName,
                    static_cast<unsigned>(U16At(payload, kSecondWordOffset)),
                    static_cast<unsigned>(id));

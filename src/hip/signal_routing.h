@@ -9,14 +9,14 @@
 
 // Decides from the id who decodes a complete record's payload, and has it
 // decoded. `signal_length` is the record's word of that name. Bytes behind the
-// payload read as zero. `driver_unloaded` is cleared by a signal of the driver
+// payload read as zero. `driverUnloaded` is cleared by a signal of the driver
 // side.
 void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersionEntry& version,
-                 bool& driver_unloaded);
+                 bool& driverUnloaded);
 
 // Prints the line of a signal of the driver side. Returns 1 if it knew the id,
 // otherwise 0.
-std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driver_unloaded);
+std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded);
 
 // Cuts a payload into signal and bulk, by the rule of this packed HIP version.
 // If the lengths do not fit the payload, prints that in the signal's place and

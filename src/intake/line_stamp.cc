@@ -45,13 +45,13 @@ void FormatSecond(std::int32_t second, TextPiece<20>& text) {
 
 }  // namespace
 
-void PrintLineStamp(std::uint32_t time_base, std::int32_t time_word, StampedSecond& last) {
+void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word, StampedSecond& last) {
   const std::int32_t seconds = time_word / 1000;
   std::int32_t milliseconds = time_word % 1000;
   // The seconds are not lowered in return: a negative time keeps its own
   // fraction.
   if (milliseconds < 0) milliseconds += 1000;
-  const auto second = static_cast<std::int32_t>(time_base + static_cast<std::uint32_t>(seconds));
+  const auto second = static_cast<std::int32_t>(timeBase + static_cast<std::uint32_t>(seconds));
   if (last.second != second) {
     if (!last.second) LearnZone();
     FormatSecond(second, last.text);

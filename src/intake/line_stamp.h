@@ -16,9 +16,9 @@ struct StampedSecond {
 };
 
 // Prints the stamp that opens an output line, a blank behind it and no line
-// end: the local time of `time_base` seconds of Unix time plus `time_word`
+// end: the local time of `timeBase` seconds of Unix time plus `time_word`
 // milliseconds, in 32-bit arithmetic whatever the host's time type. `last` is
 // kept from one line to the next.
-void PrintLineStamp(std::uint32_t time_base, std::int32_t time_word, StampedSecond& last);
+void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word, StampedSecond& last);
 
 #endif  // VRKT_INTAKE_LINE_STAMP_H_

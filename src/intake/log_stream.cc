@@ -18,7 +18,20 @@ constexpr std::uint32_t kFormatVersion = 6;
 constexpr std::uint32_t kDriverEventMagic = 0x13572467;
 constexpr std::uint32_t kSignalRecordMagic = 0x13572468;
 
-// The words of a record behind its magic.
+struct LogFileHeader {
+  std::uint32_t magic;
+  std::uint32_t format_version;
+  std::uint32_t hip_version;
+};
+
+// Any record's first four words. What the last two are, the magic tells.
+struct LogRecord {
+  std::uint32_t magic;
+  std::int32_t time;  // milliseconds from the time base
+  std::uint32_t third;
+  std::uint32_t fourth;
+};
+
 struct DriverEvent {
   std::int32_t time;   // milliseconds from the time base
   std::uint32_t type;  // a DriverEventType, or one that this tool does not know
@@ -44,7 +57,7 @@ struct FreeBlock {
 using PayloadBlock = std::unique_ptr<std::uint8_t[], FreeBlock>;
 
 void PrintDriverLine(RunState& state, std::int32_t time, std::string_view line) {
-  PrintLineStamp(state.time_base, time, state.stamped_second);
+  PrintLineStamp(state.timeBase, time, state.stamped_second);
   PrintPiece(line);
 }
 
@@ -56,10 +69,10 @@ RecordOutcome HandleTimeRef(RunState& state, const DriverEvent& event) {
                  programName, static_cast<std::int32_t>(event.size));
     return RecordOutcome::kOrderlyEnd;
   }
-  state.time_base = QenWifiDriverLogReadUint32(state.input);
+  state.timeBase = QenWifiDriverLogReadUint32(state.input);
   if (event.size == 8) {
     const auto uptime = static_cast<std::int32_t>(QenWifiDriverLogReadUint32(state.input));
-    PrintLineStamp(state.time_base, event.time, state.stamped_second);
+    PrintLineStamp(state.timeBase, event.time, state.stamped_second);
     std::printf("Driver: Uptime: %d seconds\n", uptime);
   }
   return RecordOutcome::kNextRecord;
@@ -72,8 +85,8 @@ RecordOutcome HandleLoad(RunState& state, const DriverEvent& event) {
     return RecordOutcome::kOrderlyEnd;
   }
   PrintDriverLine(state, event.time, "Driver: Loaded\n");
-  if (!state.driver_unloaded) return RecordOutcome::kNextRecord;
-  state.driver_unloaded = false;
+  if (!state.driverUnloaded) return RecordOutcome::kNextRecord;
+  state.driverUnloaded = false;
   return RecordOutcome::kNewEpoch;
 }
 
@@ -83,7 +96,7 @@ RecordOutcome HandleUnload(RunState& state, const DriverEvent& event) {
                  programName, static_cast<std::int32_t>(event.size));
     return RecordOutcome::kOrderlyEnd;
   }
-  state.driver_unloaded = true;
+  state.driverUnloaded = true;
   PrintDriverLine(state, event.time, "Driver: Unloaded\n");
   return RecordOutcome::kNextRecord;
 }
@@ -118,28 +131,35 @@ RecordOutcome HandleSignalRecord(RunState& state, const SignalRecord& record) {
     }
     return RecordOutcome::kOrderlyEnd;
   }
-  PrintLineStamp(state.time_base, record.time, state.stamped_second);
+  PrintLineStamp(state.timeBase, record.time, state.stamped_second);
   if (state.pcap != nullptr) {
-    WritePcapRecord(state.pcap, state.time_base, record.time, record.length, payload.get());
+    WritePcapRecord(state.pcap, state.timeBase, record.time, record.length, payload.get());
   }
-  RouteSignal({record.length, payload.get()}, record.signal_length, *state.hip_cursor,
-              state.driver_unloaded);
+  RouteSignal({record.length, payload.get()}, record.signal_length, *state.hipCursor,
+              state.driverUnloaded);
   return RecordOutcome::kNextRecord;
 }
 
+// All four words are read before the magic is judged.
+LogRecord ReadRecordWords(std::FILE* stream) {
+  LogRecord record{};
+  record.magic = QenWifiDriverLogReadUint32(stream);
+  record.time = static_cast<std::int32_t>(QenWifiDriverLogReadUint32(stream));
+  record.third = QenWifiDriverLogReadUint32(stream);
+  record.fourth = QenWifiDriverLogReadUint32(stream);
+  return record;
+}
+
 RecordOutcome ReadRecord(RunState& state) {
-  const std::uint32_t magic = QenWifiDriverLogReadUint32(state.input);
-  const auto time = static_cast<std::int32_t>(QenWifiDriverLogReadUint32(state.input));
-  const std::uint32_t third = QenWifiDriverLogReadUint32(state.input);
-  const std::uint32_t fourth = QenWifiDriverLogReadUint32(state.input);
-  switch (magic) {
+  const LogRecord record = ReadRecordWords(state.input);
+  switch (record.magic) {
     case kSignalRecordMagic:
-      return HandleSignalRecord(state, {time, third, fourth});
+      return HandleSignalRecord(state, {record.time, record.third, record.fourth});
     case kDriverEventMagic:
-      return HandleDriverEvent(state, {time, third, fourth});
+      return HandleDriverEvent(state, {record.time, record.third, record.fourth});
     default:
       std::fprintf(stderr, "%s: Bad Magic number detected in log. magic:0x%.8X\n", programName,
-                   static_cast<unsigned>(magic));
+                   static_cast<unsigned>(record.magic));
       return RecordOutcome::kOrderlyEnd;
   }
 }
@@ -163,28 +183,29 @@ std::uint32_t QenWifiDriverLogReadUint32(std::FILE* stream) {
 std::uint32_t ReadLogFileHeader(std::FILE* stream) {
   // The format version is judged before the magic and before the last word is
   // read: the order decides which report a damaged header gets.
-  const std::uint32_t magic = QenWifiDriverLogReadUint32(stream);
-  const std::uint32_t format_version = QenWifiDriverLogReadUint32(stream);
-  if (format_version < kFormatVersion) {
+  LogFileHeader header{};
+  header.magic = QenWifiDriverLogReadUint32(stream);
+  header.format_version = QenWifiDriverLogReadUint32(stream);
+  if (header.format_version < kFormatVersion) {
     std::fprintf(stderr, "%s: Log File Format Version %d detected. Not Supported.\n", programName,
-                 static_cast<std::int32_t>(format_version));
+                 static_cast<std::int32_t>(header.format_version));
     std::exit(-1);
   }
-  const std::uint32_t hip_version = QenWifiDriverLogReadUint32(stream);
-  if (magic != kHeaderMagic) {
+  header.hip_version = QenWifiDriverLogReadUint32(stream);
+  if (header.magic != kHeaderMagic) {
     std::fprintf(stderr, "%s: Bad Magic number detected in log file header. magic:0x%.8X\n",
-                 programName, static_cast<unsigned>(magic));
+                 programName, static_cast<unsigned>(header.magic));
     std::exit(-1);
   }
-  if (format_version != kFormatVersion) {
+  if (header.format_version != kFormatVersion) {
     std::fprintf(stderr,
                  "%s: Incompatible version(%d) detected in log file header.\n"
                  "This decoder supports version %d and below.\n",
-                 programName, static_cast<std::int32_t>(format_version),
+                 programName, static_cast<std::int32_t>(header.format_version),
                  static_cast<int>(kFormatVersion));
     std::exit(-1);
   }
-  return hip_version;
+  return header.hip_version;
 }
 
 RecordsOutcome ReadRecords(RunState& state) {

@@ -63,9 +63,9 @@ std::optional<int> ReadArguments(int argc, const char* const* argv, RunState& st
 
 void DecodeEpochs(RunState& state) {
   do {
-    SelectHipVersion(ReadLogFileHeader(state.input), state.hip_cursor);
+    SelectHipVersion(ReadLogFileHeader(state.input), state.hipCursor);
     if (state.pcap != nullptr) {
-      WritePcapGlobalHeader(state.pcap, state.hip_cursor->pcap_link_type);
+      WritePcapGlobalHeader(state.pcap, state.hipCursor->pcap_link_type);
     }
   } while (ReadRecords(state) == RecordsOutcome::kNewEpoch);
 }

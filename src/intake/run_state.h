@@ -15,10 +15,10 @@ struct RunState {
   std::FILE* pcap = nullptr;             // null: no capture file is written
 
   // The row of the epoch's HIP version. Never moves back.
-  const HipVersionEntry* hip_cursor = &HipVersionTable[0];
+  const HipVersionEntry* hipCursor = &HipVersionTable[0];
 
-  std::uint32_t time_base = 0;  // seconds of the last TimeRef; outlives an epoch
-  bool driver_unloaded = false;
+  std::uint32_t timeBase = 0;  // seconds of the last TimeRef; outlives an epoch
+  bool driverUnloaded = false;
   StampedSecond stamped_second;
 };
 
