@@ -84,6 +84,7 @@ class EnumTable {
                       const char* texts)
       : values_(values), entries_(entries), texts_(texts) {
     for (std::size_t row = 0; row < values.size(); ++row) versions_.Add(entries[row].versions);
+    while (counted_ < values.size() && values[counted_] == counted_) ++counted_;
   }
   EnumTable(const EnumTable&) = delete;
   EnumTable& operator=(const EnumTable&) = delete;
@@ -91,8 +92,8 @@ class EnumTable {
   // The label of exactly this value in this version, empty if it has none
   // there. No bit of a value is ever looked at by itself.
   constexpr PaddedText Find(std::uint16_t value, HipVersionTag version) const {
-    for (std::size_t row = LowerBound(value); row < values_.size() && values_[row] == value;
-         ++row) {
+    const std::size_t first = value < counted_ ? value : LowerBound(value);
+    for (std::size_t row = first; row < values_.size() && values_[row] == value; ++row) {
       if (entries_[row].versions.Contains(version)) return text(row);
     }
     return {};
@@ -125,6 +126,9 @@ class EnumTable {
   const Entry* entries_;
   const char* texts_;
   HipVersionSet versions_;
+  // How many rows from the first on have the values 0, 1, 2 and so forth: nearly
+  // all that is looked up is among them.
+  std::size_t counted_ = 0;
 };
 
 // The checks of a table. What is wrong and where stands in the template
