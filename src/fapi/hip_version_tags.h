@@ -76,7 +76,6 @@ class HipVersionSet {
   }
   constexpr void Add(std::size_t version) { bits_ |= Bit(version); }
   constexpr void Add(HipVersionSet other) { bits_ |= other.bits_; }
-  constexpr bool operator==(const HipVersionSet&) const = default;
 
  private:
   static_assert(kHipVersionCount <= 16, "bits_ holds sixteen versions: widen it");
