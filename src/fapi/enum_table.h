@@ -34,15 +34,16 @@ struct EnumLabel {
 
 // A row of a table. (A call, because g++ gives a bare brace the line on which
 // the whole table ends.)
-consteval EnumLabel Label(std::uint16_t value, const char* text, HipVersionSet versions,
+consteval EnumLabel Label(unsigned value, const char* text, HipVersionSet versions,
                           int line = __builtin_LINE()) {
+  if (value > 0xFFFF) throw "an enumerated value has 16 bits";
   const std::string_view label = text;
   if (label.empty()) throw "a label must have a text";
   if (label.size() > kMaxLabelLength) throw "a label is too long: raise kMaxLabelLength";
   for (const char c : label) {
     if (c < ' ' || c > '~') throw "a label is printable ASCII";
   }
-  return {value, versions, line, label};
+  return {static_cast<std::uint16_t>(value), versions, line, label};
 }
 
 // How many labels a table must have in each version, so that a lost row does

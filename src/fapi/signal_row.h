@@ -43,10 +43,11 @@ constexpr bool IsFieldOrSignalName(std::string_view name) {
 
 // A field as a row names it. `offset` stays unset until the row places it.
 struct FieldToken {
-  static constexpr std::size_t kUnset = 0;
+  static constexpr std::size_t kUnset = 0;  // inside the signal header, where no field is
 
   // Puts the field at this byte of the signal.
   consteval FieldToken At(std::size_t byte) const {
+    if (byte < kSignalHeaderSize) throw "no field lies in the signal header";
     FieldToken placed = *this;
     placed.offset = byte;
     return placed;
@@ -139,13 +140,20 @@ struct SpareName : SignalName {
     text = whole.substr(0, hash);
     behind = whole.substr(hash + 1);
     line = source_line;
-    if (!IsFieldOrSignalName(text) || !IsFieldOrSignalName(behind)) {
+    if (!IsFieldOrSignalName(text) || !IsFieldOrSignalName(behind) ||
+        whole.size() > kMaxNameLength) {
       throw "a signal's name is of a-z, 0-9 and _";
     }
   }
 };
 
 struct SignalRow {
+  constexpr SignalRow() = default;
+  constexpr SignalRow(const SignalName& row_name, unsigned row_id, HipVersionSet row_versions)
+      : name(row_name), id(static_cast<std::uint16_t>(row_id)), versions(row_versions) {
+    if (row_id > 0xFFFF) throw "a signal's id has 16 bits";
+  }
+
   SignalName name;
   std::uint16_t id = 0;
   HipVersionSet versions;
@@ -172,16 +180,18 @@ struct SignalRow {
     if (dump_count == kMaxDumps) throw "a signal has two dumps at most";
     dumps[dump_count++] = dump.name;
   }
+  constexpr void SetMin(std::size_t row_min) {
+    if (row_min < kSignalHeaderSize || row_min > 255) throw "Min lies outside of any signal";
+    min = row_min;
+  }
 };
 
 template <typename... Tokens>
 consteval SignalRow Signal(SignalName name, unsigned id, HipVersionSet versions, MinToken min,
                            Tokens... tokens) {
-  if (id > 0xFFFF) throw "a signal's id has 16 bits";
-  SignalRow row{.name = name, .id = static_cast<std::uint16_t>(id), .versions = versions};
+  SignalRow row(name, id, versions);
   (row.Add(tokens), ...);
-  row.min = min.min;
-  if (min.min < kSignalHeaderSize || min.min > 255) throw "Min lies outside of any signal";
+  row.SetMin(min.min);
   if (min.is_end_of_fields && min.min != row.end) {
     throw "Min is not the end of the last field: if it is meant so, write MinUnlikeEnd";
   }

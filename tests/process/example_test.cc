@@ -13,12 +13,14 @@ constexpr std::size_t kCutStep = 13;  // an emulator takes its time to start
 constexpr std::size_t kCutStep = 1;
 #endif
 
-std::string Example(const char* name) { return ReadFile(std::string(VRKT_EXAMPLES "/") + name); }
+std::string Example(const char* name) {
+  return ReadFile(std::string(VRKT_SOURCE "/examples/") + name);
+}
 
 TEST(Example, IsWhatItsSourceMakes) { EXPECT_EQ(SessionLog().bytes(), Example("session.udi")); }
 
 TEST(Example, ReadsAsItsText) {
-  const ToolResult result = RunTool({.arguments = {VRKT_EXAMPLES "/session.udi"}});
+  const ToolResult result = RunTool({.arguments = {VRKT_SOURCE "/examples/session.udi"}});
   EXPECT_EQ(result.out, Example("session.txt"));
   EXPECT_EQ(result.err,
             "decode: Log File Hip Version 14.3.10 detected\n"

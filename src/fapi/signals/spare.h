@@ -113,7 +113,7 @@ namespace spare_rows {
 constexpr SignalRow MakeSpareRow(const SignalName& name, unsigned number, unsigned id,
                                  HipVersionSet versions, SpareLayout layout, std::size_t surplus) {
   constexpr std::string_view kDigits = "0123456789";
-  SignalRow row{.name = name, .id = static_cast<std::uint16_t>(id), .versions = versions};
+  SignalRow row(name, id, versions);
   row.name.number = kDigits.substr(number, 1);
   if (layout == SpareLayout::kDump || layout == SpareLayout::kDumpConfirm) row.Add(Dump("data"));
   if (layout == SpareLayout::kTurnedConfirm) row.Add(Enum("result_code", kResultCode));
@@ -122,7 +122,7 @@ constexpr SignalRow MakeSpareRow(const SignalName& name, unsigned number, unsign
     row.Add(Enum("result_code", kResultCode));
   }
   row.Add(Spares());
-  row.min = row.end + surplus;
+  row.SetMin(row.end + surplus);
   return row;
 }
 
