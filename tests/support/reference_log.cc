@@ -1,0 +1,210 @@
+#include "support/reference_log.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string_view>
+#include <utility>
+
+#include "base/little_endian.h"
+#include "fapi/enum_table.h"
+#include "fapi/vocabulary.h"
+#include "hip/hip_versions.h"
+
+namespace {
+
+struct KnownSignal {
+  std::uint16_t id;
+  const SignalLayout* layout;
+};
+
+std::vector<KnownSignal> FindKnownSignals(HipVersionTag version) {
+  std::vector<KnownSignal> signals;
+  for (unsigned id = 0; id <= 0xFFFF; ++id) {
+    const auto id16 = static_cast<std::uint16_t>(id);
+    if (const SignalLayout* layout = FindSignal(version, id16)) signals.push_back({id16, layout});
+  }
+  return signals;
+}
+
+// A way to print 16 bits: by this table, or as a number where it is null.
+using Printer = const EnumTable*;
+
+bool IsSixteenBitNumber(const FieldLayout& field) {
+  return field.renderer == FieldRenderer::kU16 || field.renderer == FieldRenderer::kEnum16;
+}
+
+// Finds values that tell each way to print 16 bits from all others.
+class ValueChooser {
+ public:
+  ValueChooser(HipVersionTag version, const std::vector<Printer>& printers)
+      : version_(version), printers_(printers) {
+    std::set<std::uint16_t> values;
+    for (const Printer printer : printers) {
+      for (const std::uint16_t value : LabelledValues(printer)) values.insert(value);
+    }
+    values_.assign(values.begin(), values.end());
+    for (const Printer printer : printers) choices_[printer] = Choose(printer);
+  }
+
+  // The labelled values of a table in this version, ascending.
+  std::vector<std::uint16_t> LabelledValues(Printer printer) const {
+    std::vector<std::uint16_t> values;
+    for (std::size_t row = 0; printer != nullptr && row < printer->size(); ++row) {
+      if (printer->versions(row).Contains(version_)) values.push_back(printer->value(row));
+    }
+    return values;
+  }
+
+  const std::vector<std::uint16_t>& ValuesFor(Printer printer) const {
+    return choices_.at(printer);
+  }
+
+ private:
+  std::string_view Print(Printer printer, std::uint16_t value) const {
+    return printer == nullptr ? std::string_view() : printer->Find(value, version_).text();
+  }
+
+  std::vector<std::uint16_t> Choose(Printer own) const {
+    std::vector<std::uint16_t> candidates = LabelledValues(own);
+    candidates.insert(candidates.end(), values_.begin(), values_.end());
+    std::vector<Printer> others;
+    std::ranges::copy_if(printers_, std::back_inserter(others),
+                         [own](Printer other) { return other != own; });
+    std::vector<std::uint16_t> chosen;
+    while (!others.empty()) {
+      std::uint16_t best = 0;
+      std::ptrdiff_t most = 0;
+      for (const std::uint16_t value : candidates) {
+        const auto told = std::ranges::count_if(
+            others, [&](Printer other) { return Print(other, value) != Print(own, value); });
+        if (told > most) {
+          most = told;
+          best = value;
+        }
+        if (most == std::ssize(others)) break;
+      }
+      if (most == 0) break;  // tables with the same labels in this version
+      chosen.push_back(best);
+      std::erase_if(others, [&](Printer other) { return Print(other, best) != Print(own, best); });
+    }
+    if (chosen.empty()) chosen.push_back(0);
+    return chosen;
+  }
+
+  HipVersionTag version_;
+  std::vector<Printer> printers_;
+  std::vector<std::uint16_t> values_;
+  std::map<Printer, std::vector<std::uint16_t>> choices_;
+};
+
+class RecordMaker {
+ public:
+  explicit RecordMaker(HipVersionTag version)
+      : version_(version),
+        signals_(FindKnownSignals(version)),
+        chooser_(version, FindPrinters(signals_)) {}
+
+  std::vector<ReferenceRecord> Make() && {
+    std::set<Printer> done;
+    for (const KnownSignal& signal : signals_) {
+      AddSignal(signal);
+      for (const FieldLayout& field : FieldsOf(*signal.layout)) {
+        if (field.labels != nullptr && done.insert(field.labels).second) AddLabels(signal, field);
+      }
+    }
+    return std::move(records_);
+  }
+
+ private:
+  enum class TopBit { kClear, kSet };
+
+  static std::vector<Printer> FindPrinters(const std::vector<KnownSignal>& signals) {
+    std::vector<Printer> printers = {nullptr};
+    for (const KnownSignal& signal : signals) {
+      for (const FieldLayout& field : FieldsOf(*signal.layout)) {
+        if (std::ranges::find(printers, field.labels) == printers.end()) {
+          printers.push_back(field.labels);
+        }
+      }
+    }
+    return printers;
+  }
+
+  // Every byte is its offset, or the complement of it.
+  static std::string MakeSignal(const KnownSignal& signal, std::size_t length, TopBit top_bit) {
+    std::string bytes(length, '\0');
+    for (std::size_t i = 0; i < length; ++i) {
+      bytes[i] = static_cast<char>(top_bit == TopBit::kSet ? ~i : i);
+    }
+    SetWord(bytes, 0, signal.id);
+    return bytes;
+  }
+
+  static void SetWord(std::string& bytes, std::size_t offset, std::uint16_t value) {
+    StoreU16(value, reinterpret_cast<std::uint8_t*>(bytes.data()) + offset);
+  }
+
+  void Add(const KnownSignal& signal, std::string bytes, const std::string& bulk = {}) {
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    records_.push_back({signal.id, std::move(bytes) + bulk, length});
+  }
+
+  void AddSignal(const KnownSignal& signal) {
+    const std::string kBulk = "\xA1\xB2\xC3\xD4\xE5";
+    const std::size_t min = signal.layout->min;
+    const std::size_t whole = std::max<std::size_t>(min, signal.layout->end);
+    Add(signal, MakeSignal(signal, min - 1, TopBit::kClear));
+    Add(signal, MakeSignal(signal, min, TopBit::kClear));
+    Add(signal, MakeSignal(signal, whole + 3, TopBit::kSet));
+    Add(signal, MakeSignal(signal, min - 1, TopBit::kClear), kBulk);
+    std::size_t rounds = 0;
+    for (const FieldLayout& field : FieldsOf(*signal.layout)) {
+      if (!IsSixteenBitNumber(field)) continue;
+      rounds = std::max(rounds, chooser_.ValuesFor(field.labels).size());
+    }
+    for (std::size_t round = 0; round < rounds; ++round) {
+      std::string bytes = MakeSignal(signal, whole, TopBit::kClear);
+      for (const FieldLayout& field : FieldsOf(*signal.layout)) {
+        if (!IsSixteenBitNumber(field)) continue;
+        const std::vector<std::uint16_t>& values = chooser_.ValuesFor(field.labels);
+        SetWord(bytes, field.offset, values[std::min(round, values.size() - 1)]);
+      }
+      Add(signal, bytes, kBulk);
+    }
+  }
+
+  void AddLabels(const KnownSignal& signal, const FieldLayout& field) {
+    std::set<std::uint16_t> values;
+    for (const std::uint16_t value : chooser_.LabelledValues(field.labels)) {
+      for (const int step : {-1, 0, 1}) values.insert(static_cast<std::uint16_t>(value + step));
+    }
+    const std::size_t whole = std::max(signal.layout->min, signal.layout->end);
+    std::string bytes = MakeSignal(signal, whole, TopBit::kClear);
+    for (const std::uint16_t value : values) {
+      SetWord(bytes, field.offset, value);
+      Add(signal, bytes);
+    }
+  }
+
+  HipVersionTag version_;
+  std::vector<KnownSignal> signals_;
+  ValueChooser chooser_;
+  std::vector<ReferenceRecord> records_;
+};
+
+}  // namespace
+
+std::vector<ReferenceRecord> MakeReferenceRecords(HipVersionTag version) {
+  return RecordMaker(version).Make();
+}
+
+Log MakeReferenceLog(HipVersionTag version) {
+  Log log;
+  log.Header(KnownHipVersions()[static_cast<std::size_t>(version)].name);
+  Log::Time time = 0ms;
+  for (const ReferenceRecord& record : MakeReferenceRecords(version)) {
+    log.Record(time++, record.payload, record.signal_length);
+  }
+  return log;
+}

@@ -1,0 +1,210 @@
+// The work behind `./dev text` and `./dev text-diff`.
+//
+// usage: reference_text logs DIR [OLD_DIR]
+//          writes the reference log of each version to DIR/VERSION.udi, followed
+//          by those records of the logs in OLD_DIR that it lacks
+//        reference_text show DIR
+//          prints what a tool decoded, DIR/VERSION.txt, by version and id
+//        reference_text diff DIR OLD_DIR
+//          prints the lines that differ between DIR/VERSION.txt and
+//          OLD_DIR/VERSION.txt, both decoded from DIR/VERSION.udi
+
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "base/little_endian.h"
+#include "hip/hip_versions.h"
+#include "support/process.h"
+#include "support/reference_log.h"
+
+namespace {
+
+constexpr std::size_t kHeaderSize = 12;
+constexpr std::size_t kRecordHeaderSize = 16;
+
+std::uint32_t LoadWord(std::string_view bytes, std::size_t at) {
+  return LoadU32(reinterpret_cast<const std::uint8_t*>(bytes.data()) + at);
+}
+
+// A record of a log, and what a tool printed for it after the stamp.
+struct Record {
+  std::string payload;
+  std::uint32_t signal_length;
+  std::string text{};
+
+  unsigned id() const { return LoadWord(payload, 0) & 0xFFFF; }
+};
+
+std::vector<Record> ReadLog(const std::string& path) {
+  const std::string log = ReadFile(path);
+  std::vector<Record> records;
+  for (std::size_t at = kHeaderSize; at < log.size();) {
+    const std::uint32_t length = LoadWord(log, at + 8);
+    records.push_back({log.substr(at + kRecordHeaderSize, length), LoadWord(log, at + 12)});
+    at += kRecordHeaderSize + length;
+  }
+  return records;
+}
+
+// The stamp of record `number`, in UTC.
+std::string MakeStamp(std::size_t number) {
+  const auto milliseconds = static_cast<unsigned>(number);
+  char stamp[32];
+  std::snprintf(stamp, sizeof stamp, "1970/01/01-00:%02u:%02u.%03u ", milliseconds / 60000 % 60,
+                milliseconds / 1000 % 60, milliseconds % 1000);
+  return stamp;
+}
+
+// The text of each record of a log; none if the tool refused the log. A signal
+// that is too short leaves its line open, so lines are found by their stamps.
+std::vector<Record> ReadText(const std::string& log_path, const std::string& text_path) {
+  const std::string text = ReadFile(text_path);
+  std::vector<Record> records = ReadLog(log_path);
+  std::size_t start = text.find(MakeStamp(0));
+  if (start == std::string::npos) return {};
+  for (std::size_t i = 0; i < records.size() && start != std::string::npos; ++i) {
+    start += MakeStamp(i).size();
+    const std::size_t end = text.find(MakeStamp(i + 1), start);
+    records[i].text = text.substr(start, end - start);
+    if (records[i].text.ends_with('\n')) records[i].text.pop_back();
+    start = end;
+  }
+  return records;
+}
+
+void WriteLogs(const std::string& directory, const std::string& old_directory) {
+  for (const HipVersionEntry& version : KnownHipVersions()) {
+    const std::string file = version.name + std::string(".udi");
+    const auto tag = static_cast<HipVersionTag>(&version - KnownHipVersions().data());
+    Log log = MakeReferenceLog(tag);
+    WriteFile(directory + '/' + file, log.bytes());
+    if (old_directory.empty()) continue;
+    std::set<std::pair<std::string, std::uint32_t>> known;
+    for (const Record& record : ReadLog(directory + '/' + file)) {
+      known.insert({record.payload, record.signal_length});
+    }
+    for (const Record& record : ReadLog(old_directory + '/' + file)) {
+      if (!known.insert({record.payload, record.signal_length}).second) continue;
+      log.Record(Log::Time(known.size() - 1), record.payload, record.signal_length);
+    }
+    WriteFile(directory + '/' + file, log.bytes());
+  }
+}
+
+void ShowText(const std::string& directory) {
+  for (const HipVersionEntry& version : KnownHipVersions()) {
+    const std::string path = directory + "/" + version.name;
+    for (const Record& record : ReadText(path + ".udi", path + ".txt")) {
+      std::printf("%s 0x%04X %u+%zu %s\n", version.name, record.id(), record.signal_length,
+                  record.payload.size() - record.signal_length, record.text.c_str());
+    }
+  }
+}
+
+// As in "13.1.0 to 14.0.0, 14.2.9".
+std::string DescribeVersions(const std::set<std::size_t>& versions) {
+  std::string text;
+  for (auto first = versions.begin(); first != versions.end();) {
+    auto last = first;
+    while (std::next(last) != versions.end() && *std::next(last) == *last + 1) ++last;
+    if (!text.empty()) text += ", ";
+    text += KnownHipVersions()[*first].name;
+    if (last != first) text += std::string(" to ") + KnownHipVersions()[*last].name;
+    first = std::next(last);
+  }
+  return text;
+}
+
+std::vector<std::string> SplitWords(const std::string& line) {
+  std::istringstream stream(line);
+  std::vector<std::string> words;
+  for (std::string word; stream >> word;) words.push_back(word);
+  return words;
+}
+
+// What is unlike in two lines, word by word; the whole lines if they have not the
+// same number of words.
+std::set<std::pair<std::string, std::string>> FindChangedWords(const std::string& old_line,
+                                                               const std::string& new_line) {
+  const std::vector<std::string> old_words = SplitWords(old_line);
+  const std::vector<std::string> new_words = SplitWords(new_line);
+  if (old_words.size() != new_words.size() || old_words == new_words) {
+    return {{old_line, new_line}};
+  }
+  std::set<std::pair<std::string, std::string>> changed;
+  for (std::size_t i = 0; i < old_words.size(); ++i) {
+    if (old_words[i] != new_words[i]) changed.insert({old_words[i], new_words[i]});
+  }
+  return changed;
+}
+
+// Prints a pair of lines once, whichever versions have it, and leaves out those
+// that differ only in words that an earlier pair of the same signal and versions
+// shows. Returns whether anything differs.
+bool ShowDifferences(const std::string& directory, const std::string& old_directory) {
+  std::map<std::tuple<unsigned, std::string, std::string>, std::set<std::size_t>> differences;
+  bool differs = false;
+  for (std::size_t i = 0; i < kHipVersionCount; ++i) {
+    const std::string name = KnownHipVersions()[i].name;
+    const std::string log = directory + "/" + name + ".udi";
+    const std::vector<Record> now = ReadText(log, directory + "/" + name + ".txt");
+    const std::vector<Record> before = ReadText(log, old_directory + "/" + name + ".txt");
+    if (now.size() != before.size()) {
+      std::printf("%s is refused by the %s tool\n\n", name.c_str(), now.empty() ? "new" : "old");
+      differs = true;
+      continue;
+    }
+    for (std::size_t record = 0; record < now.size(); ++record) {
+      if (now[record].text == before[record].text) continue;
+      differences[{now[record].id(), before[record].text, now[record].text}].insert(i);
+    }
+  }
+  using Signal = std::pair<unsigned, std::set<std::size_t>>;
+  std::map<Signal, std::vector<std::pair<std::string, std::string>>> by_signal;
+  for (const auto& [line, versions] : differences) {
+    by_signal[{std::get<0>(line), versions}].push_back({std::get<1>(line), std::get<2>(line)});
+  }
+  for (const auto& [signal, lines] : by_signal) {
+    std::printf("0x%04X in %s\n", signal.first, DescribeVersions(signal.second).c_str());
+    std::set<std::pair<std::string, std::string>> shown;
+    std::size_t left_out = 0;
+    for (const auto& [before, now] : lines) {
+      bool is_new = false;
+      for (const auto& word : FindChangedWords(before, now)) is_new |= shown.insert(word).second;
+      if (is_new) {
+        std::printf("-%s\n+%s\n", before.c_str(), now.c_str());
+      } else {
+        ++left_out;
+      }
+    }
+    if (left_out > 0) std::printf("(and the same changes in %zu more lines)\n", left_out);
+    std::printf("\n");
+    differs = true;
+  }
+  return differs;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  const std::string mode = arguments.empty() ? "" : arguments[0];
+  if (mode == "logs" && (argc == 3 || argc == 4)) {
+    WriteLogs(arguments[1], argc == 4 ? arguments[2] : "");
+  } else if (mode == "show" && argc == 3) {
+    ShowText(arguments[1]);
+  } else if (mode == "diff" && argc == 4) {
+    if (!ShowDifferences(arguments[1], arguments[2])) std::printf("No line differs.\n");
+  } else {
+    std::fprintf(stderr, "usage: see the head of reference_text.cc\n");
+    return 2;
+  }
+}
