@@ -13,27 +13,49 @@ namespace {
 // their own.
 constexpr std::uint32_t kLinkTypeUser0 = 0x93;
 
+// Reads a decimal number of at most `limit`, and moves `text` past it.
+consteval std::uint32_t ParseNumber(const char*& text, std::uint32_t limit) {
+  if (*text < '0' || *text > '9') throw "a version is three numbers with dots between them";
+  std::uint32_t number = 0;
+  for (; *text >= '0' && *text <= '9'; ++text) {
+    number = 10 * number + static_cast<std::uint32_t>(*text - '0');
+    if (number > limit) throw "a number of a version does not fit its place in the packed version";
+  }
+  return number;
+}
+
+// The packed form of a dotted version, as a log's header carries it.
+consteval std::uint32_t PackVersion(const char* name) {
+  std::uint32_t version = ParseNumber(name, 0xFF) << 24U;
+  if (*name++ != '.') throw "a version is three numbers with dots between them";
+  version |= ParseNumber(name, 0xFF) << 16U;
+  if (*name++ != '.') throw "a version is three numbers with dots between them";
+  version |= ParseNumber(name, 0xFFFF);
+  if (*name != '\0') throw "a version is three numbers with dots between them";
+  return version;
+}
+
 template <HipVersionTag kTag>
-constexpr HipVersionEntry Entry(const char* name, std::uint32_t version) {
-  return {name, version, &DecodeSignalOfVersion<kTag>, kLinkTypeUser0};
+consteval HipVersionEntry Entry(const char* name) {
+  return {name, PackVersion(name), &DecodeSignalOfVersion<kTag>, kLinkTypeUser0};
 }
 
 }  // namespace
 
 // clang-format off
 constexpr HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
-    Entry<HipVersionTag::A>("13.1.0", 0x0D010000),
-    Entry<HipVersionTag::B>("13.2.0", 0x0D020000),
-    Entry<HipVersionTag::C>("13.3.0", 0x0D030000),
-    Entry<HipVersionTag::D>("14.0.0", 0x0E000000),
-    Entry<HipVersionTag::E>("14.0.4", 0x0E000004),
-    Entry<HipVersionTag::F>("14.0.6", 0x0E000006),
-    Entry<HipVersionTag::G>("14.1.8", 0x0E010008),
-    Entry<HipVersionTag::H>("14.2.9", 0x0E020009),
-    Entry<HipVersionTag::I>("14.3.10", 0x0E03000A),
-    Entry<HipVersionTag::J>("14.4.11", 0x0E04000B),
-    Entry<HipVersionTag::K>("14.4.12", 0x0E04000C),
-    Entry<HipVersionTag::L>("14.5.12", 0x0E05000C),
+    Entry<HipVersionTag::A>("13.1.0"),
+    Entry<HipVersionTag::B>("13.2.0"),
+    Entry<HipVersionTag::C>("13.3.0"),
+    Entry<HipVersionTag::D>("14.0.0"),
+    Entry<HipVersionTag::E>("14.0.4"),
+    Entry<HipVersionTag::F>("14.0.6"),
+    Entry<HipVersionTag::G>("14.1.8"),
+    Entry<HipVersionTag::H>("14.2.9"),
+    Entry<HipVersionTag::I>("14.3.10"),
+    Entry<HipVersionTag::J>("14.4.11"),
+    Entry<HipVersionTag::K>("14.4.12"),
+    Entry<HipVersionTag::L>("14.5.12"),
     {nullptr, 0, nullptr, 0},
 };
 // clang-format on
