@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <iterator>
 #include <span>
 #include <string_view>
@@ -45,28 +44,6 @@ consteval EnumLabel Label(unsigned value, const char* text, HipVersionSet versio
   }
   return {static_cast<std::uint16_t>(value), versions, line, label};
 }
-
-// How many labels a table must have in each version, so that a lost row does
-// not pass. Written as in {{"A-B", 19}, {"C", 23}}; a version that is not named
-// must have none.
-struct LabelCounts {
-  struct Entry {
-    HipVersionSet versions;
-    std::size_t count = 0;
-  };
-  consteval LabelCounts(std::initializer_list<Entry> entries) {
-    // All elements are written: g++ 12 loses leading ones of a template argument
-    // that are only ever initialised.
-    for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-      of_version[version] = 0;
-      for (const Entry& entry : entries) {
-        if (entry.versions.Contains(version)) of_version[version] = entry.count;
-      }
-    }
-  }
-
-  std::size_t of_version[kHipVersionCount];
-};
 
 // The labels of one enumerated field (or of several that share them), laid down
 // for look-ups: the values by themselves, then what belongs to each, then all
@@ -146,11 +123,6 @@ consteval void ValueHasOneLabelInAVersion() {
   static_assert(kLine == 0, "kValue has two labels in one version, on kLine and kOtherLine");
 }
 
-template <char kVersion, std::size_t kExpected, std::size_t kActual>
-consteval void VersionHasItsNumberOfLabels() {
-  static_assert(kExpected == kActual, "the table has kActual labels in kVersion, not kExpected");
-}
-
 struct LabelFault {
   unsigned value = 0;
   int line = 0;
@@ -172,22 +144,6 @@ consteval LabelFault FindSecondLabel(std::span<const EnumLabel> labels) {
         return {label.value, label.line, labels[other].line};
       }
     }
-  }
-  return {};
-}
-
-struct CountFault {
-  char version = 'A';
-  std::size_t expected = 0;
-  std::size_t actual = 0;
-};
-
-consteval CountFault FindWrongCount(std::span<const EnumLabel> labels, const LabelCounts& counts) {
-  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-    std::size_t actual = 0;
-    for (const EnumLabel& label : labels) actual += label.versions.Contains(version) ? 1 : 0;
-    const std::size_t expected = counts.of_version[version];
-    if (actual != expected) return {TagLetter(version), expected, actual};
   }
   return {};
 }
@@ -229,15 +185,12 @@ inline constexpr auto kLaidDownLabels = LayDownLabels<kLabels>();
 
 // The table of `kLabels`, an array of EnumLabel in order of value, then of
 // first version, after all of its checks.
-template <const auto& kLabels, LabelCounts kCounts>
+template <const auto& kLabels>
 consteval EnumTable LabelTable() {
   constexpr enum_table_checks::LabelFault kUnsorted = enum_table_checks::FindUnsortedLabel(kLabels);
   enum_table_checks::LabelIsSortedByValue<kUnsorted.value, kUnsorted.line>();
   constexpr enum_table_checks::LabelFault kSecond = enum_table_checks::FindSecondLabel(kLabels);
   enum_table_checks::ValueHasOneLabelInAVersion<kSecond.value, kSecond.line, kSecond.other_line>();
-  constexpr enum_table_checks::CountFault kWrong =
-      enum_table_checks::FindWrongCount(kLabels, kCounts);
-  enum_table_checks::VersionHasItsNumberOfLabels<kWrong.version, kWrong.expected, kWrong.actual>();
   constexpr const auto& kLaidDown = kLaidDownLabels<kLabels>;
   return EnumTable(kLaidDown.values, kLaidDown.entries.data(), kLaidDown.texts.data());
 }

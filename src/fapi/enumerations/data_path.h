@@ -3,10 +3,11 @@
 
 #include "fapi/enum_table.h"
 
+// clang-format off
+
 // The enumerated fields of the data plane.
 
 // The QoS user priority of a frame; "contention" stands outside of the eight.
-// clang-format off
 inline constexpr EnumLabel kUserPriorityLabels[] = {
     Label(0x0000, "qos_up0",    "A-"),
     Label(0x0001, "qos_up1",    "A-"),
@@ -18,12 +19,9 @@ inline constexpr EnumLabel kUserPriorityLabels[] = {
     Label(0x0007, "qos_up7",    "A-"),
     Label(0x8000, "contention", "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kUserPriority =
-    LabelTable<kUserPriorityLabels, LabelCounts{{"A-", 9}}>();
+inline constexpr EnumTable kUserPriority = LabelTable<kUserPriorityLabels>();
 
 // The form of the data unit in the bulk.
-// clang-format off
 inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
     Label(0x0000, "ieee802_11_frame", "A-"),
     Label(0x0001, "ieee802_3_frame",  "A-"),
@@ -31,22 +29,16 @@ inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
     Label(0x0003, "amsdu",            "A-"),
     Label(0x0004, "tcp_ack",          "B-"),
 };
-// clang-format on
-inline constexpr EnumTable kDataUnitDescriptor =
-    LabelTable<kDataUnitDescriptorLabels, LabelCounts{{"A", 4}, {"B-", 5}}>();
+inline constexpr EnumTable kDataUnitDescriptor = LabelTable<kDataUnitDescriptorLabels>();
 
 // Where the bulk lies.
-// clang-format off
 inline constexpr EnumLabel kBulkDataDescriptorLabels[] = {
     Label(0x0000, "inline",  "D-"),
     Label(0x0001, "smapper", "D-"),
 };
-// clang-format on
-inline constexpr EnumTable kBulkDataDescriptor =
-    LabelTable<kBulkDataDescriptorLabels, LabelCounts{{"D-", 2}}>();
+inline constexpr EnumTable kBulkDataDescriptor = LabelTable<kBulkDataDescriptorLabels>();
 
 // How a transmission ended. Not the codes of result_code: 6 here is 1 there.
-// clang-format off
 inline constexpr EnumLabel kTransmissionStatusLabels[] = {
     Label(0x0000, "successful",              "A-"),
     Label(0x0001, "retry_limit",             "A-"),
@@ -56,12 +48,9 @@ inline constexpr EnumLabel kTransmissionStatusLabels[] = {
     Label(0x0005, "unavailable_key_mapping", "A-"),
     Label(0x0006, "unspecified_failure",     "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kTransmissionStatus =
-    LabelTable<kTransmissionStatusLabels, LabelCounts{{"A-", 7}}>();
+inline constexpr EnumTable kTransmissionStatus = LabelTable<kTransmissionStatusLabels>();
 
 // The kind of frame that the host hands over for transmission.
-// clang-format off
 inline constexpr EnumLabel kMessageTypeLabels[] = {
     Label(0x0001, "eap_message",        "A-"),
     Label(0x0002, "eapol_key_m123",     "A-"),
@@ -75,28 +64,22 @@ inline constexpr EnumLabel kMessageTypeLabels[] = {
     Label(0x0010, "ieee80211_action",   "A-"),
     Label(0x0011, "ieee80211_mgmt",     "E-F,H-"),
 };
-// clang-format on
-inline constexpr EnumTable kMessageType =
-    LabelTable<kMessageTypeLabels, LabelCounts{{"A-D,G", 9}, {"E-F,H-", 10}}>();
+inline constexpr EnumTable kMessageType = LabelTable<kMessageTypeLabels>();
 
 // Which way a flow runs. 2 never had a meaning.
-// clang-format off
 inline constexpr EnumLabel kDirectionLabels[] = {
     Label(0x0000, "transmit", "A-"),
     Label(0x0001, "receive",  "A-"),
     Label(0x0003, "any",      "A-D,G"),
 };
-// clang-format on
-inline constexpr EnumTable kDirection =
-    LabelTable<kDirectionLabels, LabelCounts{{"A-D,G", 3}, {"E-F,H-", 2}}>();
+inline constexpr EnumTable kDirection = LabelTable<kDirectionLabels>();
 
 // What a data plane control request asks for.
-// clang-format off
 inline constexpr EnumLabel kControlRequestTypeLabels[] = {
     Label(0x0000, "smapper_rx_config", "D,G"),
 };
+inline constexpr EnumTable kControlRequestType = LabelTable<kControlRequestTypeLabels>();
+
 // clang-format on
-inline constexpr EnumTable kControlRequestType =
-    LabelTable<kControlRequestTypeLabels, LabelCounts{{"D,G", 1}}>();
 
 #endif  // VRKT_FAPI_ENUMERATIONS_DATA_PATH_H_

@@ -3,11 +3,12 @@
 
 #include "fapi/enum_table.h"
 
+// clang-format off
+
 // The events of the firmware's event log and of NAN.
 
 // What the firmware logged. The table only ever grew. "anouncement" is what it
 // prints.
-// clang-format off
 inline constexpr EnumLabel kEventLabels[] = {
     Label(0x0000, "wifi_event_association_requested",                 "C-"),
     Label(0x0001, "wifi_event_auth_complete",                         "C-"),
@@ -85,8 +86,8 @@ inline constexpr EnumLabel kEventLabels[] = {
     Label(0x0105, "wifi_event_nan_cluster_joined",                    "D-"),
     Label(0x0106, "wifi_event_nan_transmit_followup",                 "D-"),
 };
+inline constexpr EnumTable kEvent = LabelTable<kEventLabels>();
+
 // clang-format on
-inline constexpr EnumTable kEvent =
-    LabelTable<kEventLabels, LabelCounts{{"C", 56}, {"D-K", 63}, {"L-", 75}}>();
 
 #endif  // VRKT_FAPI_ENUMERATIONS_EVENT_LOG_H_

@@ -3,12 +3,13 @@
 
 #include "fapi/enum_table.h"
 
+// clang-format off
+
 // The enumerated fields of the radio test, and those of other signals that name a
 // band, a domain or the like. Looked up whole, the bit sets too.
 
 // Bandwidth and place of a test channel: the bandwidth in the high byte, the place
 // in the low one. All rows are literals, those too that no channel can have.
-// clang-format off
 inline constexpr EnumLabel kChannelInformationLabels[] = {
     Label(0x0000, "bandwidth_20mhzp0",              "A-"),
     Label(0x0001, "bandwidth_20mhzp1",              "A-"),
@@ -47,33 +48,25 @@ inline constexpr EnumLabel kChannelInformationLabels[] = {
     Label(0x0307, "bandwidth_160mhzp7",             "H-"),
     Label(0x0308, "bandwidth_160mhznot_applicable", "H-"),
 };
-// clang-format on
-inline constexpr EnumTable kChannelInformation =
-    LabelTable<kChannelInformationLabels, LabelCounts{{"A-G", 27}, {"H-", 36}}>();
+inline constexpr EnumTable kChannelInformation = LabelTable<kChannelInformationLabels>();
 
 // flags of wlanlite_cw_start_req. The four tables of a field of this name share
 // labels and not values.
-// clang-format off
 inline constexpr EnumLabel kCwStartFlagsLabels[] = {
     Label(0x0000, "none",         "A-"),
     Label(0x0001, "scan_channel", "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kCwStartFlags =
-    LabelTable<kCwStartFlagsLabels, LabelCounts{{"A-", 2}}>();
+inline constexpr EnumTable kCwStartFlags = LabelTable<kCwStartFlagsLabels>();
 
 // flags of wlanlite_tx_read_cfm.
-// clang-format off
 inline constexpr EnumLabel kTxReadFlagsLabels[] = {
     Label(0x0000, "none",           "A-"),
     Label(0x0001, "frame_counting", "A-"),
     Label(0x0002, "thermal_cutout", "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kTxReadFlags = LabelTable<kTxReadFlagsLabels, LabelCounts{{"A-", 3}}>();
+inline constexpr EnumTable kTxReadFlags = LabelTable<kTxReadFlagsLabels>();
 
 // flags of wlanlite_rx_start_req.
-// clang-format off
 inline constexpr EnumLabel kRxStartFlagsLabels[] = {
     Label(0x0000, "none",                 "A-"),
     Label(0x0001, "scan_channel",         "A-"),
@@ -85,12 +78,9 @@ inline constexpr EnumLabel kRxStartFlagsLabels[] = {
     Label(0x0020, "chan_rssi",            "E-F,H-"),
     Label(0x0040, "disable_external_lna", "F,H-"),
 };
-// clang-format on
-inline constexpr EnumTable kRxStartFlags =
-    LabelTable<kRxStartFlagsLabels, LabelCounts{{"A-B", 5}, {"C-D,G", 6}, {"E", 7}, {"F,H-", 8}}>();
+inline constexpr EnumTable kRxStartFlags = LabelTable<kRxStartFlagsLabels>();
 
 // flags of wlanlite_tx_set_params_req.
-// clang-format off
 inline constexpr EnumLabel kTxSetParamsFlagsLabels[] = {
     Label(0x0000, "none",                 "A-"),
     Label(0x0001, "ack",                  "A-"),
@@ -111,21 +101,15 @@ inline constexpr EnumLabel kTxSetParamsFlagsLabels[] = {
     Label(0x4000, "beamforming",          "E-F,H-"),
     Label(0x8000, "disable_external_lna", "F,H-"),
 };
-// clang-format on
-inline constexpr EnumTable kTxSetParamsFlags =
-    LabelTable<kTxSetParamsFlagsLabels,
-               LabelCounts{{"A-D", 13}, {"E", 16}, {"F,H-", 17}, {"G", 14}}>();
+inline constexpr EnumTable kTxSetParamsFlags = LabelTable<kTxSetParamsFlagsLabels>();
 
 // A continuation of flags, of which no bit has a label yet.
-// clang-format off
 inline constexpr EnumLabel kFlags2Labels[] = {
     Label(0x0000, "none", "J-"),
 };
-// clang-format on
-inline constexpr EnumTable kFlags2 = LabelTable<kFlags2Labels, LabelCounts{{"J-", 1}}>();
+inline constexpr EnumTable kFlags2 = LabelTable<kFlags2Labels>();
 
 // The form of an 802.11ax test frame.
-// clang-format off
 inline constexpr EnumLabel kHeModeLabels[] = {
     Label(0x0000, "he_su",               "J-"),
     Label(0x0001, "he_er_su",            "J-"),
@@ -133,11 +117,9 @@ inline constexpr EnumLabel kHeModeLabels[] = {
     Label(0x0003, "he_mu_tb_standalone", "J-"),
     Label(0x0004, "he_mu_tb",            "J-"),
 };
-// clang-format on
-inline constexpr EnumTable kHeMode = LabelTable<kHeModeLabels, LabelCounts{{"J-", 5}}>();
+inline constexpr EnumTable kHeMode = LabelTable<kHeModeLabels>();
 
 // What a device under test is doing.
-// clang-format off
 inline constexpr EnumLabel kDeviceStateLabels[] = {
     Label(0x0000, "idle",         "A-"),
     Label(0x0001, "rx_running",   "A-"),
@@ -145,12 +127,9 @@ inline constexpr EnumLabel kDeviceStateLabels[] = {
     Label(0x0003, "cw_running",   "A-"),
     Label(0x0004, "bist_running", "E-"),
 };
-// clang-format on
-inline constexpr EnumTable kDeviceState =
-    LabelTable<kDeviceStateLabels, LabelCounts{{"A-D", 4}, {"E-", 5}}>();
+inline constexpr EnumTable kDeviceState = LabelTable<kDeviceStateLabels>();
 
 // The wave form of a continuous wave.
-// clang-format off
 inline constexpr EnumLabel kCwWaveTypeLabels[] = {
     Label(0x0000, "sine",     "A-"),
     Label(0x0001, "ramp",     "A-"),
@@ -158,31 +137,24 @@ inline constexpr EnumLabel kCwWaveTypeLabels[] = {
     Label(0x0003, "dc",       "A-"),
     Label(0x0004, "prn",      "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kCwWaveType = LabelTable<kCwWaveTypeLabels, LabelCounts{{"A-", 5}}>();
+inline constexpr EnumTable kCwWaveType = LabelTable<kCwWaveTypeLabels>();
 
 // What test frames are filled with.
-// clang-format off
 inline constexpr EnumLabel kDataTypeLabels[] = {
     Label(0x0000, "data_word",   "A-"),
     Label(0x0001, "data_random", "A-"),
     Label(0x0002, "data_custom", "L-"),
 };
-// clang-format on
-inline constexpr EnumTable kDataType =
-    LabelTable<kDataTypeLabels, LabelCounts{{"A-K", 2}, {"L-", 3}}>();
+inline constexpr EnumTable kDataType = LabelTable<kDataTypeLabels>();
 
 // Which radios are used. Both together have no label.
-// clang-format off
 inline constexpr EnumLabel kRadioBitmapLabels[] = {
     Label(0x0001, "radio_0", "D-"),
     Label(0x0002, "radio_1", "D-"),
 };
-// clang-format on
-inline constexpr EnumTable kRadioBitmap = LabelTable<kRadioBitmapLabels, LabelCounts{{"D-", 2}}>();
+inline constexpr EnumTable kRadioBitmap = LabelTable<kRadioBitmapLabels>();
 
 // Whose rules hold: regulatory_domain and dfs_regulatory_domain.
-// clang-format off
 inline constexpr EnumLabel kRegulatoryDomainLabels[] = {
     Label(0x0000, "unknown", "E-"),
     Label(0x0001, "fcc",     "E-"),
@@ -191,22 +163,17 @@ inline constexpr EnumLabel kRegulatoryDomainLabels[] = {
     Label(0x0004, "global",  "E-"),
     Label(0x0006, "china",   "E-"),
 };
-// clang-format on
-inline constexpr EnumTable kRegulatoryDomain =
-    LabelTable<kRegulatoryDomainLabels, LabelCounts{{"E-", 6}}>();
+inline constexpr EnumTable kRegulatoryDomain = LabelTable<kRegulatoryDomainLabels>();
 
 // The band that the host allows.
-// clang-format off
 inline constexpr EnumLabel kBandLabels[] = {
     Label(0x0000, "auto",   "G,I-"),
     Label(0x0001, "5ghz",   "G,I-"),
     Label(0x0002, "2_4ghz", "G,I-"),
 };
-// clang-format on
-inline constexpr EnumTable kBand = LabelTable<kBandLabels, LabelCounts{{"G,I-", 3}}>();
+inline constexpr EnumTable kBand = LabelTable<kBandLabels>();
 
 // The number of receive streams, less one.
-// clang-format off
 inline constexpr EnumLabel kRxNssLabels[] = {
     Label(0x0000, "nss_one_stream",    "F"),
     Label(0x0001, "nss_two_streams",   "F"),
@@ -217,17 +184,16 @@ inline constexpr EnumLabel kRxNssLabels[] = {
     Label(0x0006, "nss_seven_streams", "F"),
     Label(0x0007, "nss_eight_streams", "F"),
 };
-// clang-format on
-inline constexpr EnumTable kRxNss = LabelTable<kRxNssLabels, LabelCounts{{"F", 8}}>();
+inline constexpr EnumTable kRxNss = LabelTable<kRxNssLabels>();
 
 // A statistics area of the firmware's memory.
-// clang-format off
 inline constexpr EnumLabel kAllocAreaLabels[] = {
     Label(0x0000, "pmalloc_stats",     "B-"),
     Label(0x0001, "pmalloc_fsm_stats", "B-"),
     Label(0x0002, "hostio_sig_sizes",  "B-"),
 };
+inline constexpr EnumTable kAllocArea = LabelTable<kAllocAreaLabels>();
+
 // clang-format on
-inline constexpr EnumTable kAllocArea = LabelTable<kAllocAreaLabels, LabelCounts{{"B-", 3}}>();
 
 #endif  // VRKT_FAPI_ENUMERATIONS_RADIO_TEST_H_

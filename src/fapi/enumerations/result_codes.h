@@ -3,6 +3,8 @@
 
 #include "fapi/enum_table.h"
 
+// clang-format off
+
 // How things ended.
 
 // The outcome of a request. Below 0x8000 these are status codes of IEEE 802.11,
@@ -11,7 +13,6 @@
 // The table never moved a label, it only reworded and dropped some: the misspelt
 // "subscbe" of D and the blank at the end of a label of E are what those versions
 // print.
-// clang-format off
 inline constexpr EnumLabel kResultCodeLabels[] = {
     Label(0x0000, "success",                           "A-"),
     Label(0x0001, "unspecified_failure",               "A-"),
@@ -59,16 +60,12 @@ inline constexpr EnumLabel kResultCodeLabels[] = {
     Label(0x900C, "ndl_unacceptable",                  "E-F,H-"),
     Label(0x900D, "ndl_failed_schedule",               "E-F,H-"),
 };
-// clang-format on
-inline constexpr EnumTable kResultCode =
-    LabelTable<kResultCodeLabels,
-               LabelCounts{{"A-B", 19}, {"C", 23}, {"D", 27}, {"E-F,H-", 38}, {"G", 29}}>();
+inline constexpr EnumTable kResultCode = LabelTable<kResultCodeLabels>();
 
 // Why something ended (reason_code), or why beacon reporting did (abort_reason).
 // Below 0x8000 these are reason codes of IEEE 802.11, from 0x8003 the
 // interface's own, from 0x9001 those of NAN and its data paths. The blank inside
 // "group_ handshake" is printed.
-// clang-format off
 inline constexpr EnumLabel kReasonCodeLabels[] = {
     Label(0x0000, "reserved",                                      "C-"),
     Label(0x0001, "unspecified_reason",                            "A-"),
@@ -117,10 +114,8 @@ inline constexpr EnumLabel kReasonCodeLabels[] = {
     Label(0x9009, "ndp_rejected",                                  "E-F,H-"),
     Label(0x900A, "ndp_response_timeout",                          "J-"),
 };
+inline constexpr EnumTable kReasonCode = LabelTable<kReasonCodeLabels>();
+
 // clang-format on
-inline constexpr EnumTable kReasonCode = LabelTable<
-    kReasonCodeLabels,
-    LabelCounts{
-        {"A-B", 26}, {"C", 29}, {"D", 36}, {"E", 39}, {"F,H-I", 41}, {"G", 37}, {"J-", 42}}>();
 
 #endif  // VRKT_FAPI_ENUMERATIONS_RESULT_CODES_H_

@@ -3,13 +3,14 @@
 
 #include "fapi/enum_table.h"
 
+// clang-format off
+
 // The enumerated fields of scans, connections and the small switches of management
 // traffic.
 
 // The kind of scan. Each generation put rows in, so that one label stands at
 // different values: a value says nothing without its version. The last row from B
 // on is one beyond the last real scan type.
-// clang-format off
 inline constexpr EnumLabel kScanTypeLabels[] = {
     Label(0x0001, "initial_scan",                "A-"),
     Label(0x0002, "full_scan",                   "A-"),
@@ -47,14 +48,10 @@ inline constexpr EnumLabel kScanTypeLabels[] = {
     Label(0x0013, "ftm_neighbour_scan",          "E-F,H"),
     Label(0x0014, "first_illegal",               "E-F,H"),
 };
-// clang-format on
-inline constexpr EnumTable kScanType =
-    LabelTable<kScanTypeLabels,
-               LabelCounts{{"A", 13}, {"B-C,I-", 17}, {"D,G", 18}, {"E-F,H", 19}}>();
+inline constexpr EnumTable kScanType = LabelTable<kScanTypeLabels>();
 
 // When scan results are reported. A row for each single bit; combinations have
 // none.
-// clang-format off
 inline constexpr EnumLabel kReportModeBitmapLabels[] = {
     Label(0x0001, "buffer_full",       "A-D,G"),
     Label(0x0001, "reserved",          "E-F,H-"),
@@ -62,37 +59,28 @@ inline constexpr EnumLabel kReportModeBitmapLabels[] = {
     Label(0x0004, "real_time",         "A-"),
     Label(0x0008, "no_batch",          "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kReportModeBitmap =
-    LabelTable<kReportModeBitmapLabels, LabelCounts{{"A-", 4}}>();
+inline constexpr EnumTable kReportModeBitmap = LabelTable<kReportModeBitmapLabels>();
 
 // What the firmware has started.
-// clang-format off
 inline constexpr EnumLabel kProcedureTypeLabels[] = {
     Label(0x0000, "unknown",            "A-"),
     Label(0x0001, "connection_started", "A-"),
     Label(0x0002, "device_discovered",  "A-"),
     Label(0x0003, "roaming_started",    "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kProcedureType =
-    LabelTable<kProcedureTypeLabels, LabelCounts{{"A-", 4}}>();
+inline constexpr EnumTable kProcedureType = LabelTable<kProcedureTypeLabels>();
 
 // How a station authenticates. The values above shared_key are not those of
 // IEEE 802.11.
-// clang-format off
 inline constexpr EnumLabel kAuthenticationTypeLabels[] = {
     Label(0x0000, "open_system", "A-"),
     Label(0x0001, "shared_key",  "A-"),
     Label(0x0003, "sae",         "E-F,H-"),
     Label(0x0080, "leap",        "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kAuthenticationType =
-    LabelTable<kAuthenticationTypeLabels, LabelCounts{{"A-D,G", 3}, {"E-F,H-", 4}}>();
+inline constexpr EnumTable kAuthenticationType = LabelTable<kAuthenticationTypeLabels>();
 
 // What a key is for. igtk moved at D.
-// clang-format off
 inline constexpr EnumLabel kKeyTypeLabels[] = {
     Label(0x0000, "group",         "A-"),
     Label(0x0001, "pairwise",      "A-"),
@@ -105,12 +93,9 @@ inline constexpr EnumLabel kKeyTypeLabels[] = {
     Label(0x0008, "oxygen",        "A-B"),
     Label(0x0010, "igtk",          "A-C"),
 };
-// clang-format on
-inline constexpr EnumTable kKeyType =
-    LabelTable<kKeyTypeLabels, LabelCounts{{"A-B,E-F,H-", 6}, {"C", 5}, {"D,G", 4}}>();
+inline constexpr EnumTable kKeyType = LabelTable<kKeyTypeLabels>();
 
 // What a virtual interface is.
-// clang-format off
 inline constexpr EnumLabel kVirtualInterfaceTypeLabels[] = {
     Label(0x0000, "unsynchronised", "A-"),
     Label(0x0001, "adhoc",          "A-B"),
@@ -126,84 +111,63 @@ inline constexpr EnumLabel kVirtualInterfaceTypeLabels[] = {
     Label(0x0021, "offchannel",     "E-F,H-"),
     Label(0x0022, "range",          "E-F,H-"),
 };
-// clang-format on
-inline constexpr EnumTable kVirtualInterfaceType =
-    LabelTable<kVirtualInterfaceTypeLabels,
-               LabelCounts{{"A-C", 4}, {"D,G", 5}, {"E-F", 12}, {"H-", 11}}>();
+inline constexpr EnumTable kVirtualInterfaceType = LabelTable<kVirtualInterfaceTypeLabels>();
 
 // Whether a station saves power.
-// clang-format off
 inline constexpr EnumLabel kPowerManagementModeLabels[] = {
     Label(0x0000, "active_mode", "A-"),
     Label(0x0001, "power_save",  "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kPowerManagementMode =
-    LabelTable<kPowerManagementModeLabels, LabelCounts{{"A-", 2}}>();
+inline constexpr EnumTable kPowerManagementMode = LabelTable<kPowerManagementModeLabels>();
 
 // How a beacon hides its SSID.
-// clang-format off
 inline constexpr EnumLabel kHiddenSsidLabels[] = {
     Label(0x0000, "not_hidden",         "A-"),
     Label(0x0001, "hidden_zero_length", "A-"),
     Label(0x0002, "hidden_zero_data",   "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kHiddenSsid = LabelTable<kHiddenSsidLabels, LabelCounts{{"A-", 3}}>();
+inline constexpr EnumTable kHiddenSsid = LabelTable<kHiddenSsidLabels>();
 
 // Protection of management frames.
-// clang-format off
 inline constexpr EnumLabel kPmfControlLabels[] = {
     Label(0x0000, "disabled",  "A-C"),
     Label(0x0001, "optional",  "A-C"),
     Label(0x0002, "mandatory", "A-C"),
 };
-// clang-format on
-inline constexpr EnumTable kPmfControl = LabelTable<kPmfControlLabels, LabelCounts{{"A-C", 3}}>();
+inline constexpr EnumTable kPmfControl = LabelTable<kPmfControlLabels>();
 
 // Whom an access control list lets in.
-// clang-format off
 inline constexpr EnumLabel kAclPolicyLabels[] = {
     Label(0x0000, "blacklist", "A-"),
     Label(0x0001, "whitelist", "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kAclPolicy = LabelTable<kAclPolicyLabels, LabelCounts{{"A-", 2}}>();
+inline constexpr EnumTable kAclPolicy = LabelTable<kAclPolicyLabels>();
 
 // What the host asks of a direct link.
-// clang-format off
 inline constexpr EnumLabel kTdlsActionLabels[] = {
     Label(0x0000, "discovery",      "A-"),
     Label(0x0001, "setup",          "A-"),
     Label(0x0002, "teardown",       "A-"),
     Label(0x0003, "channel_switch", "A-D,G"),
 };
-// clang-format on
-inline constexpr EnumTable kTdlsAction =
-    LabelTable<kTdlsActionLabels, LabelCounts{{"A-D,G", 4}, {"E-F,H-", 3}}>();
+inline constexpr EnumTable kTdlsAction = LabelTable<kTdlsActionLabels>();
 
 // What happened to a direct link.
-// clang-format off
 inline constexpr EnumLabel kTdlsEventLabels[] = {
     Label(0x0001, "connected",    "A-"),
     Label(0x0002, "disconnected", "A-"),
     Label(0x0003, "discovered",   "A-"),
 };
-// clang-format on
-inline constexpr EnumTable kTdlsEvent = LabelTable<kTdlsEventLabels, LabelCounts{{"A-", 3}}>();
+inline constexpr EnumTable kTdlsEvent = LabelTable<kTdlsEventLabels>();
 
 // Who controls roaming.
-// clang-format off
 inline constexpr EnumLabel kRoamingTypeLabels[] = {
     Label(0x0000, "legacy", "G,I-"),
     Label(0x0001, "ncho",   "G,I-"),
 };
-// clang-format on
-inline constexpr EnumTable kRoamingType =
-    LabelTable<kRoamingTypeLabels, LabelCounts{{"G,I-", 2}}>();
+inline constexpr EnumTable kRoamingType = LabelTable<kRoamingTypeLabels>();
 
 // What the host is doing. From G on the same field prints as a plain number.
-// clang-format off
 inline constexpr EnumLabel kHostStateLabels[] = {
     Label(0x0001, "lcd_active",         "C-F"),
     Label(0x0002, "cellular_active",    "C-F"),
@@ -211,80 +175,61 @@ inline constexpr EnumLabel kHostStateLabels[] = {
     Label(0x0040, "grip_active",        "E-F"),
     Label(0x0080, "low_latency_active", "F"),
 };
-// clang-format on
-inline constexpr EnumTable kHostState =
-    LabelTable<kHostStateLabels, LabelCounts{{"C-D", 3}, {"E", 4}, {"F", 5}}>();
+inline constexpr EnumTable kHostState = LabelTable<kHostStateLabels>();
 
 // What a packet filter program does. F has no label at 0.
-// clang-format off
 inline constexpr EnumLabel kFilterModeLabels[] = {
     Label(0x0000, "disabled", "H-"),
     Label(0x0001, "suspend",  "F,H-"),
     Label(0x0002, "active",   "F,H-"),
 };
-// clang-format on
-inline constexpr EnumTable kFilterMode =
-    LabelTable<kFilterModeLabels, LabelCounts{{"F", 2}, {"H-", 3}}>();
+inline constexpr EnumTable kFilterMode = LabelTable<kFilterModeLabels>();
 
 // Stops or starts something: arp_detect_action and wips_action.
-// clang-format off
 inline constexpr EnumLabel kStopStartLabels[] = {
     Label(0x0000, "stop",  "F-"),
     Label(0x0001, "start", "F-"),
 };
-// clang-format on
-inline constexpr EnumTable kStopStart = LabelTable<kStopStartLabels, LabelCounts{{"F-", 2}}>();
+inline constexpr EnumTable kStopStart = LabelTable<kStopStartLabels>();
 
 // Which ranging results are indicated. A row for each single bit.
-// clang-format off
 inline constexpr EnumLabel kRangingIndicationTypeLabels[] = {
     Label(0x0001, "continuous_indication", "H-"),
     Label(0x0002, "ingress",               "H-"),
     Label(0x0004, "egress",                "H-"),
 };
-// clang-format on
-inline constexpr EnumTable kRangingIndicationType =
-    LabelTable<kRangingIndicationTypeLabels, LabelCounts{{"H-", 3}}>();
+inline constexpr EnumTable kRangingIndicationType = LabelTable<kRangingIndicationTypeLabels>();
 
 // The role of the host interface tester.
-// clang-format off
 inline constexpr EnumLabel kHipTesterModeLabels[] = {
     Label(0x0001, "source",   "D-"),
     Label(0x0002, "sink",     "D-"),
     Label(0x0003, "loopback", "D-"),
 };
-// clang-format on
-inline constexpr EnumTable kHipTesterMode =
-    LabelTable<kHipTesterModeLabels, LabelCounts{{"D-", 3}}>();
+inline constexpr EnumTable kHipTesterMode = LabelTable<kHipTesterModeLabels>();
 
 // Where the tester's stream ends. Other signals have a plain number of the same
 // name.
-// clang-format off
 inline constexpr EnumLabel kHipTesterEndPointLabels[] = {
     Label(0x0001, "hostio", "D-"),
     Label(0x0002, "dplp",   "D-"),
 };
-// clang-format on
-inline constexpr EnumTable kHipTesterEndPoint =
-    LabelTable<kHipTesterEndPointLabels, LabelCounts{{"D-", 2}}>();
+inline constexpr EnumTable kHipTesterEndPoint = LabelTable<kHipTesterEndPointLabels>();
 
 // What the tester's stream runs over.
-// clang-format off
 inline constexpr EnumLabel kHipTesterProtocolLabels[] = {
     Label(0x0001, "udp", "D-"),
     Label(0x0002, "tcp", "D-"),
 };
-// clang-format on
-inline constexpr EnumTable kHipTesterProtocol =
-    LabelTable<kHipTesterProtocolLabels, LabelCounts{{"D-", 2}}>();
+inline constexpr EnumTable kHipTesterProtocol = LabelTable<kHipTesterProtocolLabels>();
 
 // The fields that are true or false. Any other value has no label: 2 is not true.
-// clang-format off
 inline constexpr EnumLabel kTrueFalseLabels[] = {
     Label(0x0000, "false", "A-"),
     Label(0x0001, "true",  "A-"),
 };
+inline constexpr EnumTable kTrueFalse = LabelTable<kTrueFalseLabels>();
+
 // clang-format on
-inline constexpr EnumTable kTrueFalse = LabelTable<kTrueFalseLabels, LabelCounts{{"A-", 2}}>();
 
 #endif  // VRKT_FAPI_ENUMERATIONS_SCAN_AND_CONNECTION_H_
