@@ -53,8 +53,8 @@ void HexadecimalDump(benchmark::State& state) {
 BENCHMARK(HexadecimalDump)->Arg(13)->Arg(64)->Arg(1500);
 
 const EnumTable& RatesOfTheRadioTest() {
-  for (const FieldLayout& field : FieldsOf(*FindSignal(HipVersionTag::L, 0x9007))) {
-    if (TextOf(field.head).text() == " rate:") return *field.labels;
+  for (const CompiledField& field : GetFields(*FindSignal(HipVersionTag::L, 0x9007))) {
+    if (GetText(field.prefix).text() == " rate:") return *field.labels;
   }
   std::abort();
 }
@@ -72,7 +72,7 @@ BENCHMARK(LabelAmong656);
 void WholeLine(benchmark::State& state) {
   std::vector<std::uint8_t> payload(34 + 40);
   StoreU16(0x1000, payload.data());
-  const HipDecoder decoder = KnownHipVersions().back().decoder;
+  const HipDecoder decoder = HipVersionTable.back().decoder;
   for (auto _ : state) decoder(34, payload.data(), 40, payload.data() + 34, 0, nullptr);
 }
 BENCHMARK(WholeLine);

@@ -24,8 +24,8 @@ void PrintBytes(const std::uint8_t* bytes, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) std::printf("%.2x", bytes[i]);
 }
 
-void PrintFieldPlainly(const FieldLayout& field, const std::uint8_t* bytes) {
-  const PaddedText head = TextOf(field.head);
+void PrintFieldPlainly(const CompiledField& field, const std::uint8_t* bytes) {
+  const PaddedText head = GetText(field.prefix);
   const auto size = static_cast<int>(head.size);
   switch (field.renderer) {
     case FieldRenderer::kU8:
@@ -84,18 +84,18 @@ void PrintFieldPlainly(const FieldLayout& field, const std::uint8_t* bytes) {
 }
 
 void PrintSignalPlainly(const std::vector<std::uint8_t>& payload, std::uint32_t signal_length) {
-  const SignalLayout& layout = *FindSignal(HipVersionTag::L, LoadU16(payload.data()));
-  const PaddedText name = TextOf(layout.name);
+  const CompiledSignal& layout = *FindSignal(HipVersionTag::L, LoadU16(payload.data()));
+  const PaddedText name = GetText(layout.name);
   std::printf("%.*s", static_cast<int>(name.size), name.data);
   const bool has_bulk = payload.size() > signal_length;
   const std::size_t dump = has_bulk ? signal_length : layout.min;
   for (int i = 0; i < layout.dump_count; ++i) {
-    const PaddedText head = TextOf(layout.dumps[static_cast<std::size_t>(i)]);
+    const PaddedText head = GetText(layout.dumps[static_cast<std::size_t>(i)]);
     std::printf("%.*s", static_cast<int>(head.size), head.data);
     PrintBytes(payload.data() + dump, payload.size() - dump);
     std::printf("}");
   }
-  for (const FieldLayout& field : FieldsOf(layout)) {
+  for (const CompiledField& field : GetFields(layout)) {
     PrintFieldPlainly(field, payload.data() + field.offset);
   }
   std::printf("\n");

@@ -69,14 +69,15 @@ class Generator {
   }
 
   std::string MakeSignal(std::uint16_t id) {
-    const SignalLayout& layout = *FindSignal(kVersion, id);
+    const CompiledSignal& layout = *FindSignal(kVersion, id);
     std::vector<std::uint8_t> bytes(layout.min < layout.end ? layout.end : layout.min);
     StoreU16(id, bytes.data());
-    for (const FieldLayout& field : FieldsOf(layout)) FillField(field, bytes.data() + field.offset);
+    for (const CompiledField& field : GetFields(layout))
+      FillField(field, bytes.data() + field.offset);
     return {bytes.begin(), bytes.end()};
   }
 
-  void FillField(const FieldLayout& field, std::uint8_t* bytes) {
+  void FillField(const CompiledField& field, std::uint8_t* bytes) {
     switch (field.renderer) {
       case FieldRenderer::kU16:
       case FieldRenderer::kI16:

@@ -7,12 +7,13 @@
 #include <vector>
 
 #include "base/little_endian.h"
-#include "capture_stdout.h"
+#include "expect.h"
 #include "hip/hip_versions.h"
+#include "support/capture_stdout.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 3) return 0;
-  const HipDecoder decoder = KnownHipVersions()[data[0] % kHipVersionCount].decoder;
+  const HipDecoder decoder = HipVersionTable[data[0] % kHipVersionCount].decoder;
   // A block exactly as long as the payload: a read behind it is seen.
   const std::vector<std::uint8_t> payload(data + 3, data + size);
   const auto length = static_cast<std::uint32_t>(payload.size());
@@ -23,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto decode = [&] {
     result = decoder(signal, payload.data(), bulk, payload.data() + signal, 0, nullptr);
   };
-  const std::string text = CaptureStdout(decode);
+  const std::string text = CaptureStandardOutput(decode);
   if (result == 1) {
     Expect(text.size() > 1 && text.find('\n') == text.size() - 1, "not one line", text);
     Expect(text[0] >= 'a' && text[0] <= 'z', "no name", text);
@@ -38,6 +39,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
            "neither silent nor unknown", text);
     Expect(!text.empty() || bulk == 0, "a signal with bulk prints nothing", text);
   }
-  Expect(CaptureStdout(decode) == text, "the second line differs", text);
+  Expect(CaptureStandardOutput(decode) == text, "the second line differs", text);
   return 0;
 }

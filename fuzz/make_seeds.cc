@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
   for (std::size_t version = 0; version < kHipVersionCount; ++version) {
     for (unsigned id = 0; id <= 0xFFFF; ++id) {
       const auto id16 = static_cast<std::uint16_t>(id);
-      const SignalLayout* const layout = FindSignal(static_cast<HipVersionTag>(version), id16);
+      const CompiledSignal* const layout = FindSignal(static_cast<HipVersionTag>(version), id16);
       if (layout == nullptr || (id + version) % 8 != 0) continue;
       const Fapi signal = Fapi(id16).PadTo(layout->min, '\1').Bulk("0102030405");
       const std::string payload = signal.signal() + signal.bulk();
@@ -38,8 +38,8 @@ int main(int argc, char** argv) {
       WriteSeed(directory / "route_record", name, tag + ToBytes(layout->min, 4) + payload);
     }
   }
-  for (unsigned layout = 0; layout < AllSignalLayouts().size(); layout += 7) {
-    for (unsigned field = 0; field < AllSignalLayouts()[layout].field_count; ++field) {
+  for (unsigned layout = 0; layout < ListSignals().size(); layout += 7) {
+    for (unsigned field = 0; field < ListSignals()[layout].field_count; ++field) {
       const std::string choice = ToBytes(layout | field << 16 | layout << 24, 4);
       WriteSeed(directory / "render_field", std::to_string(layout) + "_" + std::to_string(field),
                 choice + std::string(64, '\2'));

@@ -8,23 +8,25 @@
 #include <vector>
 
 #include "base/little_endian.h"
-#include "capture_stdout.h"
+#include "expect.h"
 #include "fapi/vocabulary.h"
 #include "hip/field_rendering.h"
+#include "support/capture_stdout.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 4) return 0;
-  const auto layouts = AllSignalLayouts();
-  const SignalLayout& layout = layouts[LoadU16(data) % layouts.size()];
-  const auto fields = FieldsOf(layout);
-  const FieldLayout& field = fields[data[2] % fields.size()];
+  const auto layouts = ListSignals();
+  const CompiledSignal& layout = layouts[LoadU16(data) % layouts.size()];
+  const auto fields = GetFields(layout);
+  const CompiledField& field = fields[data[2] % fields.size()];
   const auto version = static_cast<HipVersionTag>(data[3] % kHipVersionCount);
   std::vector<std::uint8_t> region(data + 4, data + size);
 
   if (layout.dump_count > 0) {
     const SignalSpan span{static_cast<std::uint32_t>(region.size()), region.data()};
-    const std::string head(TextOf(layout.dumps[0]).text());
-    const std::string text = CaptureStdout([&] { PrintDump(TextOf(layout.dumps[0]), span); });
+    const std::string head(GetText(layout.dump_prefixes[0]).text());
+    const std::string text =
+        CaptureStandardOutput([&] { PrintDump(GetText(layout.dump_prefixes[0]), span); });
     Expect(text.size() == head.size() + 2 * region.size() + 1, "a dump of another length", text);
     Expect(text.starts_with(head) && text.back() == '}', "no dump", text);
     for (std::size_t i = 0; i < region.size(); ++i) {
@@ -35,8 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   region.resize(layout.end);
   const auto print = [&] { PrintField(field, region.data(), version); };
-  const std::string text = CaptureStdout(print);
-  const std::string head(TextOf(field.head).text());
+  const std::string text = CaptureStandardOutput(print);
+  const std::string head(GetText(field.prefix).text());
   const bool sticks = field.renderer == FieldRenderer::kEnum16 && version < HipVersionTag::D &&
                       text.starts_with(head.substr(1));
   Expect(sticks || text.starts_with(head), "no name", text);
@@ -46,6 +48,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Expect(text.substr(head.size()) == std::to_string(LoadU32(region.data() + field.offset)),
            "another number", text);
   }
-  Expect(CaptureStdout(print) == text, "the second text differs", text);
+  Expect(CaptureStandardOutput(print) == text, "the second text differs", text);
   return 0;
 }

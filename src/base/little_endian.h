@@ -4,9 +4,9 @@
 #include <cstdint>
 
 // All integers of the log, of its signals and of the capture file are
-// little-endian and unaligned. They are put together byte by byte, so the
-// host's byte order and alignment rules never matter; compilers turn each of
-// these into one load or store where the host allows it.
+// little-endian and unaligned. These functions assemble them byte by byte, so the
+// host's byte order and alignment rules do not matter; compilers turn each of them
+// into one load or store where the host allows it.
 
 constexpr std::uint16_t LoadU16(const std::uint8_t* bytes) {
   return static_cast<std::uint16_t>(bytes[0] | (bytes[1] << 8));

@@ -7,10 +7,9 @@
 // How many bytes can be read from the start of any PaddedText.
 inline constexpr std::size_t kPaddedTextSize = 64;
 
-// A short constant text that lies in front of other bytes, so that
-// kPaddedTextSize bytes can be copied from its start whatever its length. A copy
-// of fixed size is a few moves, one of a length that is known only then is a
-// call, and half of all output is such texts.
+// A short constant text that is followed by other bytes, so kPaddedTextSize bytes
+// can be copied from its start whatever its length. A copy of fixed size is a few
+// moves, a copy of variable size is a call, and half of all output is such texts.
 struct PaddedText {
   const char* data = nullptr;
   std::size_t size = 0;

@@ -13,7 +13,7 @@
 #include "base/padded_text.h"
 #include "base/unlocked_stdio.h"
 
-constexpr char HexDigit(unsigned nibble) {
+constexpr char ToHexDigit(unsigned nibble) {
   return static_cast<char>(nibble + (nibble < 10 ? '0' : 'a' - 10));
 }
 
@@ -29,27 +29,27 @@ consteval std::array<std::uint16_t, 100> MakeDecimalPairs() {
 }
 inline constexpr std::array<std::uint16_t, 100> kDecimalPairs = MakeDecimalPairs();
 
-// The least value of 1 digit more.
-inline constexpr std::array<std::uint32_t, 9> kLeastOfDigits = {
+// Element n is the smallest value that has n + 1 digits.
+inline constexpr std::array<std::uint32_t, 9> kSmallestWithDigits = {
     0, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000};
 
 consteval std::array<std::array<char, 2>, 256> MakeHexPairs() {
   std::array<std::array<char, 2>, 256> pairs{};
-  for (unsigned i = 0; i < pairs.size(); ++i) pairs[i] = {HexDigit(i / 16), HexDigit(i % 16)};
+  for (unsigned i = 0; i < pairs.size(); ++i) pairs[i] = {ToHexDigit(i / 16), ToHexDigit(i % 16)};
   return pairs;
 }
 inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = MakeHexPairs();
 
 }  // namespace text_piece_tables
 
-// A piece of an output line: a field with its value, say, put together here and
-// printed by one call of the stream library. Lines are never put together.
+// A piece of an output line, for instance a field with its value: assembled here
+// and printed by one call of the stream library. Whole lines are never assembled.
 //
-// `kCapacity` is what the longest piece takes; the appending functions do not
-// test it. They may write up to kPaddedTextSize bytes behind what they append.
+// `kCapacity` is the size of the longest piece; the appending functions do not
+// check it. They may write up to kPaddedTextSize bytes after what they append.
 //
 // Values are written without a branch for each digit: their lengths follow no
-// pattern, and a wrongly predicted branch costs more than all the digits.
+// pattern, and a mispredicted branch costs more than all the digits.
 template <std::size_t kCapacity>
 class TextPiece {
  public:
@@ -70,7 +70,7 @@ class TextPiece {
     constexpr std::uint32_t kEightDigits = 100000000;
     if (value >= kEightDigits) {
       AppendUpToEightDigits(value / kEightDigits);
-      StoreU64(EightDigits(value % kEightDigits), EndBytes());
+      StoreU64(FormatEightDigits(value % kEightDigits), EndBytes());
       size_ += 8;
     } else {
       AppendUpToEightDigits(value);
@@ -111,16 +111,16 @@ class TextPiece {
     WriteHexPair(value, end());
     size_ += 2;
   }
-  // Two lower-case digits a byte, in stored order. The first loop is this plain
-  // for the compiler to make vector code of it, which then leaves no rest; what
-  // is too short for that takes two digits at a time from a table.
+  // Two lower-case digits per byte, in stored order. The compiler turns the first
+  // loop into vector code, because its count is a multiple of the vector's size;
+  // the remaining bytes take two digits at a time from a table.
   void AppendHex(const std::uint8_t* bytes, std::size_t count) {
     constexpr std::size_t kVector = 16;
     const std::size_t in_vectors = count / kVector * kVector;
     char* const digits = end();
     for (std::size_t i = 0; i < in_vectors; ++i) {
-      digits[2 * i] = HexDigit(bytes[i] >> 4U);
-      digits[2 * i + 1] = HexDigit(bytes[i] & 0xFU);
+      digits[2 * i] = ToHexDigit(bytes[i] >> 4U);
+      digits[2 * i + 1] = ToHexDigit(bytes[i] & 0xFU);
     }
     for (std::size_t i = in_vectors; i < count; ++i) WriteHexPair(bytes[i], digits + 2 * i);
     size_ += 2 * count;
@@ -136,18 +136,19 @@ class TextPiece {
 
   void AppendUpToEightDigits(std::uint32_t value) {
     const unsigned count = CountDigits(value);
-    StoreU64(EightDigits(value) >> (64 - 8 * count), EndBytes());
+    StoreU64(FormatEightDigits(value) >> (64 - 8 * count), EndBytes());
     size_ += count;
   }
   // Of a value of 1 to 8 digits.
   static unsigned CountDigits(std::uint32_t value) {
-    // 1233 / 4096 is the logarithm of 2 to the base of 10, near enough. Zero has a
-    // digit too, hence the bit that is set in any case.
+    // 1233 / 4096 approximates the decimal logarithm of 2. Zero has a digit too,
+    // so one bit is always set.
     const unsigned estimate = static_cast<unsigned>(std::bit_width(value | 1U)) * 1233 >> 12;
-    return estimate + static_cast<unsigned>(value >= text_piece_tables::kLeastOfDigits[estimate]);
+    return estimate +
+           static_cast<unsigned>(value >= text_piece_tables::kSmallestWithDigits[estimate]);
   }
   // The eight digits of a value below 100,000,000, the first in the low byte.
-  static std::uint64_t EightDigits(std::uint32_t value) {
+  static std::uint64_t FormatEightDigits(std::uint32_t value) {
     using text_piece_tables::kDecimalPairs;
     const std::uint32_t high = value / 10000;
     const std::uint32_t low = value % 10000;
@@ -161,7 +162,7 @@ class TextPiece {
     std::memcpy(digits, text_piece_tables::kHexPairs[value].data(), 2);
   }
 
-  // Left as it is: only what is appended is printed.
+  // Not initialised: only what was appended is printed.
   std::array<char, kCapacity + kPaddedTextSize> text_;
   std::size_t size_ = 0;
 };

@@ -5,10 +5,10 @@
 #include <cstdio>
 #include <string_view>
 
-// The stream library's calls without its locks. One thread runs, so the locks
-// protect nothing, and they would cost more than most of the pieces that go
-// through here. CMake finds out which of the unlocked calls the platform has;
-// the standard ones stand in for those it lacks.
+// The stream library's calls without its locks. The process has one thread, so
+// the locks protect nothing, and they would cost more than most of the pieces
+// printed here. CMake finds out which of the unlocked calls the platform has; the
+// standard ones replace those it lacks.
 
 // As std::fread with an item size of 1.
 inline std::size_t ReadBytes(void* bytes, std::size_t size, std::FILE* stream) {
@@ -28,8 +28,8 @@ inline int ReadByte(std::FILE* stream) {
 #endif
 }
 
-// As std::fwrite with an item size of 1. What becomes of the bytes is nobody's
-// concern: a full disk or a closed output changes nothing in the run.
+// As std::fwrite with an item size of 1. The result is ignored on purpose: a full
+// disk or a closed output does not change the run.
 inline void WriteBytes(const void* bytes, std::size_t size, std::FILE* stream) {
 #ifdef VRKT_HAVE_FWRITE_UNLOCKED
   static_cast<void>(::fwrite_unlocked(bytes, 1, size, stream));

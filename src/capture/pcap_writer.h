@@ -4,12 +4,11 @@
 #include <cstdint>
 #include <cstdio>
 
-// A classic pcap file, version 2.4, little-endian. A write that fails changes
-// nothing: the copy ends where the disk did, and decoding goes on.
+// A classic pcap file, version 2.4, little-endian. A failed write changes nothing:
+// the file ends where the disk was full, and decoding continues.
 
-// Writes the 24 bytes of the global header. It is written once for each epoch
-// of the log, into the middle of the file too, since an epoch brings its own
-// link type.
+// Writes the 24 bytes of the global header, once for each epoch of the log, in the
+// middle of the file too, because each epoch has its own link type.
 void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type);
 
 // Writes a record header and all `length` bytes of the payload. `timeBase` is

@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// The versions of the host interface protocol, by a letter each, in ascending
-// order. The vocabulary's tables say with these letters where a row holds. A
-// letter is never printed; src/hip/hip_versions.cc binds it to its number.
+// The versions of the host interface protocol, one letter each, in ascending
+// order. The rows of the vocabulary name their versions by these letters. A letter
+// is never printed; src/hip/hip_versions.cc has the number of each.
 enum class HipVersionTag : std::uint8_t {
   A,  // 13.1.0
   B,  // 13.2.0
@@ -25,13 +25,12 @@ enum class HipVersionTag : std::uint8_t {
 inline constexpr HipVersionTag kLastHipVersionTag = HipVersionTag::L;
 inline constexpr std::size_t kHipVersionCount = static_cast<std::size_t>(kLastHipVersionTag) + 1;
 
-constexpr char TagLetter(std::size_t version) { return static_cast<char>('A' + version); }
+constexpr char GetTagLetter(std::size_t version) { return static_cast<char>('A' + version); }
 
 // A set of versions, written in the tables as in "A-D,F,H-": single tags and
-// ranges, rising, joined by commas. A range without an end goes on to the last
-// version and to all that are yet to come, so that a new version begins as a copy
-// of the one before it, and its change shows what it changes. A text of any other
-// form does not compile.
+// ranges, ascending, joined by commas. A range without an end includes the last
+// version and all later ones, so a new version starts as a copy of the one before
+// it. A text of any other form does not compile.
 class HipVersionSet {
  public:
   constexpr HipVersionSet() = default;
@@ -48,10 +47,10 @@ class HipVersionSet {
           last = kHipVersionCount - 1;
         } else {
           last = ParseTag(*text++);
-          if (last <= first) throw "a range of version tags must rise, as in \"A-C\"";
+          if (last <= first) throw "a range of version tags must ascend, as in \"A-C\"";
         }
       }
-      if (first < next_allowed) throw "version tags must rise from A on, as in \"A-D,F,H-\"";
+      if (first < next_allowed) throw "version tags must ascend, as in \"A-D,F,H-\"";
       for (std::size_t version = first; version <= last; ++version) bits_ |= Bit(version);
       next_allowed = last + 1;
       if (*text == '\0') return;
@@ -67,29 +66,16 @@ class HipVersionSet {
     return (bits_ & other.bits_) == other.bits_;
   }
   constexpr bool Overlaps(HipVersionSet other) const { return (bits_ & other.bits_) != 0; }
-  constexpr bool IsEmpty() const { return bits_ == 0; }
-  constexpr HipVersionSet Intersect(HipVersionSet other) const {
-    return FromBits(bits_ & other.bits_);
-  }
-  constexpr HipVersionSet Without(HipVersionSet other) const {
-    return FromBits(bits_ & ~other.bits_);
-  }
-  constexpr void Add(std::size_t version) { bits_ |= Bit(version); }
   constexpr void Add(HipVersionSet other) { bits_ |= other.bits_; }
 
  private:
   static_assert(kHipVersionCount <= 16, "bits_ holds sixteen versions: widen it");
 
-  static constexpr HipVersionSet FromBits(int bits) {
-    HipVersionSet set;
-    set.bits_ = static_cast<std::uint16_t>(bits);
-    return set;
-  }
   static constexpr std::uint16_t Bit(std::size_t version) {
     return static_cast<std::uint16_t>(1U << version);
   }
   static consteval std::size_t ParseTag(char letter) {
-    if (letter < 'A' || letter >= TagLetter(kHipVersionCount)) throw "unknown version tag";
+    if (letter < 'A' || letter >= GetTagLetter(kHipVersionCount)) throw "unknown version tag";
     return static_cast<std::size_t>(letter - 'A');
   }
 

@@ -1,64 +1,184 @@
 #ifndef VRKT_FAPI_SIGNAL_LAYOUT_H_
 #define VRKT_FAPI_SIGNAL_LAYOUT_H_
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
+#include <string_view>
 
+#include "fapi/compiled_signal.h"
 #include "fapi/enum_table.h"
+#include "fapi/hip_version_tags.h"
 
-// What a decoder is given to print one signal. The compiler makes these from
-// the rows of src/fapi/signals/ (see signal_row.h and vocabulary.cc).
+// The form of a catalogue row:
+//
+//   Signal("ma_unitdata_req", 0x1000, "A-C", Min(32), Dump("data"), U16("vif"),
+//          X16("host_tag"), Enum("priority", kUserPriority), ..., Spares()),
+//
+// name, id, the versions in which the row holds, the least length of a signal
+// without bulk, then the fields in print order. A name has one row for each
+// distinct layout. Each field follows the one before it, the first one starts at
+// byte 10, after the signal header. `.At(12)` puts a field at byte 12 and skips
+// the bytes before it, which belong to the signal and never print.
+//
+// Only the compiler reads the rows: a row that cannot be right does not compile,
+// and vocabulary.cc makes of all rows the small tables that decoders use. (If
+// decoders used the rows themselves, each row would take the space of the widest
+// signal and a relocated pointer for each name.)
 
-// The forms in which a field prints; there is no other. The comments tell which
-// bytes are read at the field's offset and what stands behind the name.
-// Integers are little-endian. (kSpares is three kU32 fields, which nearly every
-// signal ends in: a form of their own prints them as one piece.)
-enum class FieldRenderer : std::uint8_t {
-  kU8,          // 1 byte                             ":%u"
-  kU16,         // 2 bytes                            ":%u"
-  kU32,         // 4 bytes                            ":%u"
-  kI16,         // 2 bytes, two's complement          ":%d"
-  kI32,         // 4 bytes, two's complement          ":%d"
-  kX16,         // 2 bytes                            ":0x%.4x"
-  kX16NoSpace,  // 2 bytes; no blank before the name  ":0x%.4x"
-  kX32,         // 4 bytes                            ":0x%.8x"
-  kMac,         // 6 bytes in stored order            ":%.2x:%.2x:%.2x:%.2x:%.2x:%.2x"
-  kHex8,        // 8 bytes in stored order            ":0x%.2x%.2x%.2x%.2x%.2x%.2x%.2x%.2x"
-  kWords,       // a fixed number of 2-byte words     ":[", "0x%.4x " for each, "]"
-  kEnum16,      // 2 bytes                            ":" and a label, or the version's default form
-  kSpares,      // 3 times 4 bytes                    " spare_1:%u spare_2:%u spare_3:%u"
+inline constexpr std::size_t kSignalHeaderSize = 10;
+inline constexpr std::size_t kMaxFields = 16;
+inline constexpr std::size_t kMaxNameLength = 48;
+static_assert(kMaxNameLength + 4 <= kPaddedTextSize,
+              "a name with what surrounds it is a PaddedText");
+
+constexpr bool IsFieldOrSignalName(std::string_view name) {
+  if (name.empty() || name.size() > kMaxNameLength) return false;
+  return std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
+  });
+}
+
+// A field as a row names it. `offset` stays unset until the row places it.
+struct FieldToken {
+  static constexpr std::size_t kUnset = 0;  // a byte of the signal header, where no field is
+
+  // Puts the field at this byte of the signal.
+  consteval FieldToken At(std::size_t byte) const {
+    if (byte < kSignalHeaderSize) throw "bytes 0 to 9 are the signal header and hold no field";
+    FieldToken placed = *this;
+    placed.offset = byte;
+    return placed;
+  }
+
+  std::string_view name{};
+  FieldRenderer renderer{};
+  std::size_t size = 0;  // in bytes
+  const EnumTable* labels = nullptr;
+  std::size_t offset = kUnset;
 };
 
-inline constexpr std::size_t kMaxWords = 16;  // of a kWords field
+consteval FieldToken MakeField(const char* name, FieldRenderer renderer, std::size_t size,
+                               const EnumTable* labels = nullptr) {
+  if (!IsFieldOrSignalName(name)) throw "a field's name is of a-z, 0-9 and _";
+  return {.name = name, .renderer = renderer, .size = size, .labels = labels};
+}
 
-// A stretch of the layout text, in which the constant part of every field
-// stands once: the blank, the name, and all that precedes the value.
-struct LayoutText {
-  std::uint16_t start;
-  std::uint8_t length;
+consteval FieldToken U8(const char* name) { return MakeField(name, FieldRenderer::kU8, 1); }
+consteval FieldToken U16(const char* name) { return MakeField(name, FieldRenderer::kU16, 2); }
+consteval FieldToken U32(const char* name) { return MakeField(name, FieldRenderer::kU32, 4); }
+consteval FieldToken I16(const char* name) { return MakeField(name, FieldRenderer::kI16, 2); }
+consteval FieldToken I32(const char* name) { return MakeField(name, FieldRenderer::kI32, 4); }
+consteval FieldToken X16(const char* name) { return MakeField(name, FieldRenderer::kX16, 2); }
+consteval FieldToken X32(const char* name) { return MakeField(name, FieldRenderer::kX32, 4); }
+consteval FieldToken Mac(const char* name) { return MakeField(name, FieldRenderer::kMac, 6); }
+consteval FieldToken Hex8(const char* name) { return MakeField(name, FieldRenderer::kHex8, 8); }
+consteval FieldToken X16NoSpace(const char* name) {
+  return MakeField(name, FieldRenderer::kX16NoSpace, 2);
+}
+consteval FieldToken Words(const char* name, std::size_t count) {
+  if (count > kMaxWords) throw "an array has 16 words at most: raise kMaxWords";
+  return MakeField(name, FieldRenderer::kWords, 2 * count);
+}
+consteval FieldToken Enum(const char* name, const EnumTable& labels) {
+  return MakeField(name, FieldRenderer::kEnum16, 2, &labels);
+}
+
+// A field that shows the bulk, or the signal's tail where there is no bulk.
+struct DumpToken {
+  std::string_view name;
+};
+consteval DumpToken Dump(const char* name) {
+  if (!IsFieldOrSignalName(name)) throw "a dump's name is of a-z, 0-9 and _";
+  return {name};
+}
+
+// spare_1, spare_2 and spare_3 of 4 bytes each. Nearly every signal ends in them.
+consteval FieldToken Spares() { return MakeField("spare_1", FieldRenderer::kSpares, 12); }
+
+// The least length of a signal without bulk. It nearly always is the end of the
+// last field, and Min requires that: so a lost field or one of a wrong width does
+// not compile. MinDiffersFromEnd marks the rows where it is elsewhere.
+struct MinToken {
+  std::size_t min;
+  bool is_end_of_fields;
+};
+consteval MinToken Min(std::size_t min) { return {min, true}; }
+consteval MinToken MinDiffersFromEnd(std::size_t min) { return {min, false}; }
+
+// A signal's name, and the line of its row for the compiler's messages.
+struct SignalName {
+  constexpr SignalName() = default;
+  // Not explicit: a row begins with the bare text.
+  // cppcheck-suppress noExplicitConstructor
+  consteval SignalName(const char* name,  // NOLINT(google-explicit-constructor)
+                       int source_line = __builtin_LINE())
+      : text(name), line(source_line) {
+    if (!IsFieldOrSignalName(name)) throw "a signal's name is of a-z, 0-9 and _";
+  }
+
+  std::string_view text;
+  int line = 0;
 };
 
-// One field. `offset` counts from byte 0 of the signal.
-struct FieldLayout {
-  const EnumTable* labels;  // kEnum16 only, else null
-  LayoutText head;          // as in " vif:", " host_tag:0x", " debug_words:["
-  std::uint8_t offset;
-  FieldRenderer renderer;
-  std::uint8_t words;  // kWords only, else 0
-};
-
-inline constexpr std::size_t kMaxDumps = 2;
-
-// One signal of one or several versions.
 struct SignalLayout {
-  LayoutText name;
-  std::uint8_t min;         // the least length, in bytes, of a signal without bulk
-  std::uint8_t end;         // where the last of the fixed fields ends
-  std::uint8_t dump_count;  // dumps print before the fields, wherever their bytes lie
-  std::uint8_t field_count;
-  std::uint16_t first_field;                // in the vocabulary's field list, in print order
-  std::array<LayoutText, kMaxDumps> dumps;  // as in " data:{"
+  constexpr SignalLayout() = default;
+  constexpr SignalLayout(const SignalName& row_name, unsigned row_id, HipVersionSet row_versions)
+      : name(row_name), id(static_cast<std::uint16_t>(row_id)), versions(row_versions) {
+    if (row_id > 0xFFFF) throw "a signal's id has 16 bits";
+  }
+
+  SignalName name;
+  std::uint16_t id = 0;
+  HipVersionSet versions;
+  std::size_t min = 0;
+  std::size_t end = kSignalHeaderSize;
+  std::size_t dump_count = 0;
+  std::array<std::string_view, kMaxDumps> dumps{};
+  std::size_t field_count = 0;
+  std::array<FieldToken, kMaxFields> fields{};
+
+  constexpr void Add(FieldToken field) {
+    if (field_count == kMaxFields) throw "too many fields for a row: raise kMaxFields";
+    if (field.offset == FieldToken::kUnset) field.offset = end;
+    if (field.offset < end) throw "a field starts before the end of the field before it";
+    if (field.renderer == FieldRenderer::kEnum16 && !field.labels->versions.ContainsAll(versions)) {
+      throw "an enumeration has no labels in a version of this signal";
+    }
+    end = field.offset + field.size;
+    if (end > 255) throw "a field ends after byte 255: widen CompiledField and CompiledSignal";
+    fields[field_count++] = field;
+  }
+  constexpr void Add(DumpToken dump) {
+    if (dump_count == kMaxDumps) throw "a signal has two dumps at most";
+    dumps[dump_count++] = dump.name;
+  }
+  constexpr void SetMin(std::size_t row_min) {
+    if (row_min < kSignalHeaderSize || row_min > 255)
+      throw "Min is outside the range of signal lengths, 10 to 255";
+    min = row_min;
+  }
+};
+
+template <typename... Tokens>
+consteval SignalLayout Signal(SignalName name, unsigned id, HipVersionSet versions, MinToken min,
+                              Tokens... tokens) {
+  SignalLayout row(name, id, versions);
+  (row.Add(tokens), ...);
+  row.SetMin(min.min);
+  if (min.is_end_of_fields && min.min != row.end) {
+    throw "Min is not the end of the last field: correct it, or write MinDiffersFromEnd";
+  }
+  if (!min.is_end_of_fields && min.min == row.end)
+    throw "MinDiffersFromEnd is the end of the last field: write Min";
+  return row;
+}
+
+// The rows of one family of signals.
+struct SignalTable {
+  std::span<const SignalLayout> rows;
 };
 
 #endif  // VRKT_FAPI_SIGNAL_LAYOUT_H_

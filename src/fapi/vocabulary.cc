@@ -1,11 +1,10 @@
-// The compiler's work on the catalogue: all rows of all families are checked
-// against each other and laid down as constant tables, so that the tool finds
-// them ready when it starts.
+// Compiles the catalogue: checks all rows of all families against each other, and
+// makes of rows and labels the constant tables that decoders use. All of it
+// happens in the compiler, so the tool has nothing to build when it starts.
 //
-// The constant text in front of every value (" vif:", " data:{") stands once in
-// one long text, whichever signals share it. That keeps a field at 16 bytes
-// without an address to relocate, and what a session's lines are made of in the
-// processor's nearest cache.
+// Each constant text that precedes a value (" vif:", " data:{") and each label is
+// stored once, whichever signals share it. A field takes 8 bytes, and the texts
+// that a session uses stay in the processor's nearest cache.
 
 #include "fapi/vocabulary.h"
 
@@ -16,7 +15,8 @@
 #include <span>
 #include <string_view>
 
-#include "fapi/signal_row.h"
+#include "fapi/enum_table.h"
+#include "fapi/signal_layout.h"
 #include "fapi/signals/connection.h"
 #include "fapi/signals/data_plane.h"
 #include "fapi/signals/debug.h"
@@ -43,7 +43,7 @@ consteval std::size_t CountRows() {
 constexpr std::size_t kRowCount = CountRows();
 
 struct CatalogueRow {
-  const SignalRow* row;
+  const SignalLayout* layout;
   std::size_t family;
 };
 
@@ -51,27 +51,75 @@ consteval std::array<CatalogueRow, kRowCount> CollectRows() {
   std::array<CatalogueRow, kRowCount> rows{};
   std::size_t next = 0;
   for (std::size_t family = 0; family < std::size(kFamilies); ++family) {
-    for (const SignalRow& row : kFamilies[family]->rows) rows[next++] = {&row, family};
+    for (const SignalLayout& layout : kFamilies[family]->rows) rows[next++] = {&layout, family};
   }
   return rows;
 }
 constexpr std::array<CatalogueRow, kRowCount> kRows = CollectRows();
 
-// ---------------------------------------------------------------------------
-// The layout text.
+consteval std::size_t CountFields() {
+  std::size_t count = 0;
+  for (const CatalogueRow& row : kRows) count += row.layout->field_count;
+  return count;
+}
+constexpr std::size_t kFieldCount = CountFields();
 
-// The constant text of a name or a field: a blank or not, the name and what
-// stands behind it, or the parts of a spare signal's name.
-struct Head {
+consteval std::size_t CountDumps() {
+  std::size_t count = 0;
+  for (const CatalogueRow& row : kRows) count += row.layout->dump_count;
+  return count;
+}
+constexpr std::size_t kDumpCount = CountDumps();
+
+// ---------------------------------------------------------------------------
+// The enumerations that any field uses.
+
+struct EnumList {
+  std::array<const EnumTable*, 256> tables{};  // CompiledField has one byte for the index
+  std::size_t count = 0;
+};
+
+constexpr std::size_t FindEnumIndex(const EnumList& list, const EnumTable* table) {
+  std::size_t index = 0;
+  while (index < list.count && list.tables[index] != table) ++index;
+  return index;
+}
+
+consteval EnumList CollectEnums() {
+  EnumList list;
+  for (const CatalogueRow& row : kRows) {
+    for (std::size_t i = 0; i < row.layout->field_count; ++i) {
+      const EnumTable* const table = row.layout->fields[i].labels;
+      if (table == nullptr || FindEnumIndex(list, table) < list.count) continue;
+      if (list.count == list.tables.size()) throw "too many enumerations: widen enum_index";
+      list.tables[list.count++] = table;
+    }
+  }
+  return list;
+}
+constexpr EnumList kEnums = CollectEnums();
+
+consteval std::size_t CountLabels() {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < kEnums.count; ++i) count += kEnums.tables[i]->labels.size();
+  return count;
+}
+constexpr std::size_t kLabelCount = CountLabels();
+
+// ---------------------------------------------------------------------------
+// The text.
+
+// A name, a label or the prefix of a value, in parts.
+struct ConstantText {
   std::array<std::string_view, 3> parts{};
 
   constexpr std::size_t size() const { return parts[0].size() + parts[1].size() + parts[2].size(); }
-  constexpr bool operator==(const Head&) const = default;
+  constexpr bool operator==(const ConstantText&) const = default;
 };
 
-constexpr Head HeadOf(const SignalName& name) { return {{name.text, name.number, name.behind}}; }
-constexpr Head HeadOfDump(std::string_view name) { return {{" ", name, ":{"}}; }
-constexpr Head HeadOf(const FieldToken& field) {
+constexpr ConstantText MakePlainText(std::string_view text) { return {{"", text, ""}}; }
+constexpr ConstantText MakeDumpPrefix(std::string_view name) { return {{" ", name, ":{"}}; }
+constexpr ConstantText MakeFieldPrefix(const FieldToken& field) {
   switch (field.renderer) {
     case FieldRenderer::kX16NoSpace:
       return {{"", field.name, ":0x"}};
@@ -81,15 +129,23 @@ constexpr Head HeadOf(const FieldToken& field) {
       return {{" ", field.name, ":0x"}};
     case FieldRenderer::kWords:
       return {{" ", field.name, ":["}};
-    default:
+    case FieldRenderer::kU8:
+    case FieldRenderer::kU16:
+    case FieldRenderer::kU32:
+    case FieldRenderer::kI16:
+    case FieldRenderer::kI32:
+    case FieldRenderer::kMac:
+    case FieldRenderer::kEnum16:
+    case FieldRenderer::kSpares:
       return {{" ", field.name, ":"}};
   }
+  throw "a form without a case";
 }
 
-// FNV-1a, without its upper 16 bits. Two heads that share one do not compile.
-constexpr std::uint64_t HashOf(const Head& head) {
+// FNV-1a, without its upper 16 bits. Two texts with the same hash do not compile.
+constexpr std::uint64_t ComputeHash(const ConstantText& text) {
   std::uint64_t hash = 0xCBF29CE484222325U;
-  for (const std::string_view part : head.parts) {
+  for (const std::string_view part : text.parts) {
     for (const char c : part) {
       hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
     }
@@ -97,108 +153,108 @@ constexpr std::uint64_t HashOf(const Head& head) {
   return hash & 0xFFFFFFFFFFFFU;
 }
 
-// A key of 48 bits with a place of 16 bits below it. Things are sorted by such
-// words and not themselves: that takes the compiler a tenth of the steps.
-constexpr std::uint64_t KeyAndPlace(std::uint64_t key, std::size_t place) {
-  return key << 16U | place;
-}
-constexpr std::uint64_t KeyOf(std::uint64_t key_and_place) { return key_and_place >> 16U; }
-constexpr std::size_t PlaceOf(std::uint64_t key_and_place) { return key_and_place & 0xFFFFU; }
+// A key of 48 bits above an index of 16 bits. Sorting such words instead of the
+// things themselves takes the compiler a tenth of the steps.
+constexpr std::uint64_t PackKey(std::uint64_t key, std::size_t index) { return key << 16U | index; }
+constexpr std::uint64_t GetKey(std::uint64_t packed) { return packed >> 16U; }
+constexpr std::size_t GetIndex(std::uint64_t packed) { return packed & 0xFFFFU; }
 
-consteval std::size_t CountFields() {
-  std::size_t count = 0;
-  for (const CatalogueRow& entry : kRows) count += entry.row->field_count;
-  return count;
-}
-constexpr std::size_t kFieldCount = CountFields();
-consteval std::size_t CountDumps() {
-  std::size_t count = 0;
-  for (const CatalogueRow& entry : kRows) count += entry.row->dump_count;
-  return count;
-}
-constexpr std::size_t kDumpCount = CountDumps();
+constexpr std::size_t kTextCount = kRowCount + kDumpCount + kFieldCount + kLabelCount;
+static_assert(kTextCount <= 0xFFFF, "more texts than PackKey has indices");
 
-constexpr std::size_t kHeadCount = kRowCount + kDumpCount + kFieldCount;
-static_assert(kHeadCount <= 0xFFFF, "more heads than KeyAndPlace has places");
-
-// The heads of all rows, as they come.
-consteval std::array<Head, kHeadCount> CollectHeads() {
-  std::array<Head, kHeadCount> heads{};
+consteval std::array<ConstantText, kTextCount> CollectTexts() {
+  std::array<ConstantText, kTextCount> texts{};
   std::size_t next = 0;
-  for (const CatalogueRow& entry : kRows) {
-    const SignalRow& row = *entry.row;
-    heads[next++] = HeadOf(row.name);
-    for (std::size_t i = 0; i < row.dump_count; ++i) heads[next++] = HeadOfDump(row.dumps[i]);
-    for (std::size_t i = 0; i < row.field_count; ++i) heads[next++] = HeadOf(row.fields[i]);
+  for (const CatalogueRow& row : kRows) {
+    const SignalLayout& layout = *row.layout;
+    texts[next++] = MakePlainText(layout.name.text);
+    for (std::size_t i = 0; i < layout.dump_count; ++i) {
+      texts[next++] = MakeDumpPrefix(layout.dumps[i]);
+    }
+    for (std::size_t i = 0; i < layout.field_count; ++i) {
+      texts[next++] = MakeFieldPrefix(layout.fields[i]);
+    }
   }
-  return heads;
+  for (std::size_t i = 0; i < kEnums.count; ++i) {
+    for (const EnumLabel& label : kEnums.tables[i]->labels) {
+      texts[next++] = MakePlainText(label.text);
+    }
+  }
+  return texts;
 }
-constexpr std::array<Head, kHeadCount> kAllHeads = CollectHeads();
+constexpr std::array<ConstantText, kTextCount> kAllTexts = CollectTexts();
 
-// The distinct heads by their hashes, and where each starts in the layout text.
-struct HeadIndex {
-  std::array<std::uint64_t, kHeadCount> sorted{};  // places are those of kAllHeads
-  std::array<std::size_t, kHeadCount> starts{};
+// The distinct texts by their hashes, and where each starts.
+struct TextIndex {
+  std::array<std::uint64_t, kTextCount> sorted{};  // hashes above indices of kAllTexts
+  std::array<std::size_t, kTextCount> starts{};
   std::size_t count = 0;
-  std::size_t text_size = 0;
+  std::size_t size = 0;  // of all texts, in bytes
 };
 
-consteval HeadIndex MakeHeadIndex() {
-  std::array<std::uint64_t, kHeadCount> all{};
-  for (std::size_t i = 0; i < kHeadCount; ++i) all[i] = KeyAndPlace(HashOf(kAllHeads[i]), i);
+consteval TextIndex MakeTextIndex() {
+  std::array<std::uint64_t, kTextCount> all{};
+  for (std::size_t i = 0; i < kTextCount; ++i) all[i] = PackKey(ComputeHash(kAllTexts[i]), i);
   std::sort(all.begin(), all.end());
-  HeadIndex index;
+  TextIndex index;
   for (const std::uint64_t entry : all) {
-    const Head& head = kAllHeads[PlaceOf(entry)];
-    if (index.count > 0 && KeyOf(index.sorted[index.count - 1]) == KeyOf(entry)) {
-      const Head& same = kAllHeads[PlaceOf(index.sorted[index.count - 1])];
-      if (same != head) throw "two heads share a hash: change the hash";
+    const ConstantText& text = kAllTexts[GetIndex(entry)];
+    if (index.count > 0 && GetKey(index.sorted[index.count - 1]) == GetKey(entry)) {
+      const ConstantText& same = kAllTexts[GetIndex(index.sorted[index.count - 1])];
+      if (same != text) throw "two texts share a hash: change the hash";
       continue;
     }
     index.sorted[index.count] = entry;
-    index.starts[index.count] = index.text_size;
-    index.text_size += head.size();
+    index.starts[index.count] = index.size;
+    index.size += text.size();
     ++index.count;
   }
   return index;
 }
-constexpr HeadIndex kHeadIndex = MakeHeadIndex();
-static_assert(kHeadIndex.text_size <= 0xFFFF, "the layout text grew too long for LayoutText");
+constexpr TextIndex kTextIndex = MakeTextIndex();
+// Every text is a PaddedText.
+static_assert(kTextIndex.size + kPaddedTextSize <= kVocabularyTextCapacity,
+              "the text is too long: raise kVocabularyTextCapacity");
+static_assert(kVocabularyTextCapacity <= 0x10000, "TextRange has 16 bits for the start");
 
-consteval std::array<char, kHeadIndex.text_size + kPaddedTextSize> JoinHeads() {
-  std::array<char, kHeadIndex.text_size + kPaddedTextSize> text{};
+constexpr TextRange FindText(const ConstantText& text) {
+  const auto* const first = kTextIndex.sorted.data();
+  const auto* const found =
+      std::lower_bound(first, first + kTextIndex.count, PackKey(ComputeHash(text), 0));
+  return {static_cast<std::uint16_t>(kTextIndex.starts[static_cast<std::size_t>(found - first)]),
+          static_cast<std::uint8_t>(text.size())};
+}
+
+consteval std::array<char, kVocabularyTextCapacity> JoinTexts() {
+  std::array<char, kVocabularyTextCapacity> joined{};
   std::size_t next = 0;
-  for (std::size_t i = 0; i < kHeadIndex.count; ++i) {
-    for (const std::string_view part : kAllHeads[PlaceOf(kHeadIndex.sorted[i])].parts) {
-      for (const char c : part) text[next++] = c;
+  for (std::size_t i = 0; i < kTextIndex.count; ++i) {
+    for (const std::string_view part : kAllTexts[GetIndex(kTextIndex.sorted[i])].parts) {
+      for (const char c : part) joined[next++] = c;
     }
   }
-  return text;
-}
-constexpr std::array<char, kHeadIndex.text_size + kPaddedTextSize> kLayoutText = JoinHeads();
-
-constexpr LayoutText TextOfHead(const Head& head) {
-  const auto* const first = kHeadIndex.sorted.data();
-  const auto* const found =
-      std::lower_bound(first, first + kHeadIndex.count, KeyAndPlace(HashOf(head), 0));
-  return {static_cast<std::uint16_t>(kHeadIndex.starts[static_cast<std::size_t>(found - first)]),
-          static_cast<std::uint8_t>(head.size())};
+  return joined;
 }
 
 // ---------------------------------------------------------------------------
-// The checks. What is wrong and where stands in the template arguments, which
-// both compilers print with the message.
+// The checks. The template arguments say what is wrong and where; both compilers
+// print them with the message.
 
 template <char kVersion, unsigned kId, const SignalTable* kTable, int kLine,
           const SignalTable* kOtherTable, int kOtherLine>
 consteval void IdNamesOneSignalInAVersion() {
-  static_assert(kLine == 0, "kId stands twice in kVersion, on kLine and kOtherLine");
+  static_assert(kLine == 0, "two signals have kId in kVersion, on kLine and kOtherLine");
 }
 
 template <char kVersion, const SignalTable* kTable, int kLine, const SignalTable* kOtherTable,
           int kOtherLine>
 consteval void NameHasOneIdInAVersion() {
   static_assert(kLine == 0, "one name has two ids in kVersion, on kLine and kOtherLine");
+}
+
+template <const EnumTable* kTable, char kVersion>
+consteval void EnumHasLabelsOnlyWhereAFieldUsesIt() {
+  static_assert(kTable == nullptr, "kTable has labels in kVersion, but no field uses it there");
 }
 
 struct RowFault {
@@ -210,33 +266,56 @@ struct RowFault {
   int other_line = 0;
 };
 
-// Finds two rows that share a version and whose keys are equal. Rows with equal
-// keys come together by sorting: comparing all pairs would take the compiler
-// minutes.
-template <typename Key>
-consteval RowFault FindTwoRowsOfOneKey(Key key_of) {
+// Finds two rows that share a version and a key. Sorting brings rows with equal
+// keys together: comparing all pairs would take the compiler minutes.
+template <typename KeyFunction>
+consteval RowFault FindTwoRowsWithOneKey(KeyFunction get_key) {
   std::array<std::uint64_t, kRowCount> sorted{};
-  for (std::size_t i = 0; i < kRowCount; ++i) sorted[i] = KeyAndPlace(key_of(*kRows[i].row), i);
+  for (std::size_t i = 0; i < kRowCount; ++i) sorted[i] = PackKey(get_key(*kRows[i].layout), i);
   std::sort(sorted.begin(), sorted.end());
   for (std::size_t i = 1; i < kRowCount; ++i) {
-    const CatalogueRow& entry = kRows[PlaceOf(sorted[i])];
-    for (std::size_t j = i; j-- > 0 && KeyOf(sorted[j]) == KeyOf(sorted[i]);) {
-      const CatalogueRow& other = kRows[PlaceOf(sorted[j])];
-      if (!entry.row->versions.Overlaps(other.row->versions)) continue;
-      std::size_t version = 0;
-      while (!entry.row->versions.Contains(version) || !other.row->versions.Contains(version)) {
-        ++version;
+    const CatalogueRow& row = kRows[GetIndex(sorted[i])];
+    for (std::size_t j = i; j-- > 0 && GetKey(sorted[j]) == GetKey(sorted[i]);) {
+      const CatalogueRow& other = kRows[GetIndex(sorted[j])];
+      for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+        if (!row.layout->versions.Contains(version)) continue;
+        if (!other.layout->versions.Contains(version)) continue;
+        return {GetTagLetter(version), row.layout->id, row.family,
+                row.layout->name.line, other.family,   other.layout->name.line};
       }
-      return {TagLetter(version),   entry.row->id, entry.family,
-              entry.row->name.line, other.family,  other.row->name.line};
     }
   }
   return {};
 }
 
-constexpr RowFault kSharedId = FindTwoRowsOfOneKey([](const SignalRow& row) { return row.id; });
-constexpr RowFault kSharedName =
-    FindTwoRowsOfOneKey([](const SignalRow& row) { return HashOf(HeadOf(row.name)); });
+constexpr RowFault kSharedId =
+    FindTwoRowsWithOneKey([](const SignalLayout& row) { return row.id; });
+constexpr RowFault kSharedName = FindTwoRowsWithOneKey(
+    [](const SignalLayout& row) { return ComputeHash(MakePlainText(row.name.text)); });
+
+struct UnusedLabels {
+  const EnumTable* table = nullptr;
+  char version = 'A';
+};
+
+consteval UnusedLabels FindUnusedLabels() {
+  std::array<HipVersionSet, kEnums.count> used{};
+  for (const CatalogueRow& row : kRows) {
+    for (std::size_t i = 0; i < row.layout->field_count; ++i) {
+      const EnumTable* const table = row.layout->fields[i].labels;
+      if (table != nullptr) used[FindEnumIndex(kEnums, table)].Add(row.layout->versions);
+    }
+  }
+  for (std::size_t i = 0; i < kEnums.count; ++i) {
+    for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+      if (kEnums.tables[i]->versions.Contains(version) && !used[i].Contains(version)) {
+        return {kEnums.tables[i], GetTagLetter(version)};
+      }
+    }
+  }
+  return {};
+}
+constexpr UnusedLabels kUnusedLabels = FindUnusedLabels();
 
 consteval bool CheckCatalogue() {
   IdNamesOneSignalInAVersion<kSharedId.version, kSharedId.id, kFamilies[kSharedId.family],
@@ -244,56 +323,61 @@ consteval bool CheckCatalogue() {
                              kSharedId.other_line>();
   NameHasOneIdInAVersion<kSharedName.version, kFamilies[kSharedName.family], kSharedName.line,
                          kFamilies[kSharedName.other_family], kSharedName.other_line>();
+  EnumHasLabelsOnlyWhereAFieldUsesIt<kUnusedLabels.table, kUnusedLabels.version>();
   return true;
 }
 static_assert(CheckCatalogue());
 
 // ---------------------------------------------------------------------------
-// The layouts and the way from an id to its layout.
+// The signals, the labels, and the tables that find them.
 
-consteval std::array<FieldLayout, kFieldCount> MakeFieldLayouts() {
-  std::array<FieldLayout, kFieldCount> layouts{};
+static_assert(kFieldCount <= 0xFFFF && kLabelCount <= 0xFFFF && kRowCount < 0xFFFF,
+              "the vocabulary has outgrown its indices");
+
+consteval std::array<CompiledField, kFieldCount> CompileFields() {
+  std::array<CompiledField, kFieldCount> fields{};
   std::size_t next = 0;
-  for (const CatalogueRow& entry : kRows) {
-    for (std::size_t i = 0; i < entry.row->field_count; ++i) {
-      const FieldToken& field = entry.row->fields[i];
+  for (const CatalogueRow& row : kRows) {
+    for (std::size_t i = 0; i < row.layout->field_count; ++i) {
+      const FieldToken& field = row.layout->fields[i];
       const bool is_array = field.renderer == FieldRenderer::kWords;
-      layouts[next++] = {.labels = field.labels,
-                         .head = TextOfHead(HeadOf(field)),
-                         .offset = static_cast<std::uint8_t>(field.offset),
-                         .renderer = field.renderer,
-                         .words = static_cast<std::uint8_t>(is_array ? field.size / 2 : 0)};
+      const std::size_t enum_index =
+          field.labels == nullptr ? 0 : FindEnumIndex(kEnums, field.labels);
+      fields[next++] = {.prefix = FindText(MakeFieldPrefix(field)),
+                        .offset = static_cast<std::uint8_t>(field.offset),
+                        .renderer = field.renderer,
+                        .words = static_cast<std::uint8_t>(is_array ? field.size / 2 : 0),
+                        .enum_index = static_cast<std::uint8_t>(enum_index)};
     }
   }
-  return layouts;
+  return fields;
 }
-constexpr std::array<FieldLayout, kFieldCount> kFieldLayouts = MakeFieldLayouts();
+constexpr std::array<CompiledField, kFieldCount> kFields = CompileFields();
 
-consteval std::array<SignalLayout, kRowCount> MakeSignalLayouts() {
-  std::array<SignalLayout, kRowCount> layouts{};
+consteval std::array<CompiledSignal, kRowCount> CompileSignals() {
+  std::array<CompiledSignal, kRowCount> signals{};
   std::size_t first_field = 0;
   for (std::size_t i = 0; i < kRowCount; ++i) {
-    const SignalRow& row = *kRows[i].row;
-    SignalLayout& layout = layouts[i];
-    layout.name = TextOfHead(HeadOf(row.name));
-    layout.min = static_cast<std::uint8_t>(row.min);
-    layout.end = static_cast<std::uint8_t>(row.end);
-    layout.dump_count = static_cast<std::uint8_t>(row.dump_count);
-    for (std::size_t dump = 0; dump < row.dump_count; ++dump) {
-      layout.dumps[dump] = TextOfHead(HeadOfDump(row.dumps[dump]));
+    const SignalLayout& layout = *kRows[i].layout;
+    CompiledSignal& signal = signals[i];
+    signal.name = FindText(MakePlainText(layout.name.text));
+    signal.min = static_cast<std::uint8_t>(layout.min);
+    signal.end = static_cast<std::uint8_t>(layout.end);
+    signal.dump_count = static_cast<std::uint8_t>(layout.dump_count);
+    for (std::size_t dump = 0; dump < layout.dump_count; ++dump) {
+      signal.dump_prefixes[dump] = FindText(MakeDumpPrefix(layout.dumps[dump]));
     }
-    layout.field_count = static_cast<std::uint8_t>(row.field_count);
-    layout.first_field = static_cast<std::uint16_t>(first_field);
-    first_field += row.field_count;
+    signal.field_count = static_cast<std::uint8_t>(layout.field_count);
+    signal.first_field = static_cast<std::uint16_t>(first_field);
+    first_field += layout.field_count;
   }
-  return layouts;
+  return signals;
 }
-constexpr std::array<SignalLayout, kRowCount> kSignalLayouts = MakeSignalLayouts();
-static_assert(kFieldCount <= 0xFFFF && kRowCount < 0xFFFF, "the vocabulary outgrew its indices");
+constexpr std::array<CompiledSignal, kRowCount> kSignals = CompileSignals();
 
-// Ids come in a few dense blocks, one for each high byte in use. A block takes
-// one slot for each low byte from 0 to the highest in use; a slot holds the
-// place of the layout plus 1, or 0.
+// Ids come in a few dense blocks, one for each high byte in use. A block has one
+// slot for each low byte from 0 to the highest in use; a slot holds the index of
+// the signal plus 1, or 0.
 struct IdBlock {
   std::uint16_t first_slot = 0;
   std::uint16_t slot_count = 0;
@@ -301,9 +385,9 @@ struct IdBlock {
 
 consteval std::array<IdBlock, 256> MakeIdBlocks() {
   std::array<IdBlock, 256> blocks{};
-  for (const CatalogueRow& entry : kRows) {
-    IdBlock& block = blocks[entry.row->id >> 8];
-    const unsigned needed = (entry.row->id & 0xFFU) + 1;
+  for (const CatalogueRow& row : kRows) {
+    IdBlock& block = blocks[row.layout->id >> 8];
+    const unsigned needed = (row.layout->id & 0xFFU) + 1;
     if (block.slot_count < needed) block.slot_count = static_cast<std::uint16_t>(needed);
   }
   unsigned next_slot = 0;
@@ -320,29 +404,96 @@ constexpr std::size_t kSlotCount = kIdBlocks.back().first_slot + kIdBlocks.back(
 consteval std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> MakeSlots() {
   std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> slots{};
   for (std::size_t i = 0; i < kRowCount; ++i) {
-    const SignalRow& row = *kRows[i].row;
-    const std::size_t slot = kIdBlocks[row.id >> 8].first_slot + (row.id & 0xFFU);
+    const SignalLayout& layout = *kRows[i].layout;
+    const std::size_t slot = kIdBlocks[layout.id >> 8].first_slot + (layout.id & 0xFFU);
     for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-      if (row.versions.Contains(version)) slots[version][slot] = static_cast<std::uint16_t>(i + 1);
+      if (layout.versions.Contains(version)) {
+        slots[version][slot] = static_cast<std::uint16_t>(i + 1);
+      }
     }
   }
   return slots;
 }
 constexpr std::array<std::array<std::uint16_t, kSlotCount>, kHipVersionCount> kSlots = MakeSlots();
 
+// The labels of all enumerations, one after another.
+consteval std::array<CompiledLabel, kLabelCount> CompileLabels() {
+  std::array<CompiledLabel, kLabelCount> labels{};
+  std::size_t next = 0;
+  for (std::size_t i = 0; i < kEnums.count; ++i) {
+    for (const EnumLabel& label : kEnums.tables[i]->labels) {
+      labels[next++] = {label.value, label.versions, FindText(MakePlainText(label.text))};
+    }
+  }
+  return labels;
+}
+constexpr std::array<CompiledLabel, kLabelCount> kLabels = CompileLabels();
+
+struct CompiledEnum {
+  std::uint16_t first_label = 0;
+  std::uint16_t label_count = 0;
+  // The first labels have the values 0, 1, 2 and so on up to here. Nearly all
+  // values that occur are among them and need no search.
+  std::uint16_t dense_count = 0;
+};
+
+consteval std::array<CompiledEnum, kEnums.count> CompileEnums() {
+  std::array<CompiledEnum, kEnums.count> enums{};
+  std::size_t first = 0;
+  for (std::size_t i = 0; i < kEnums.count; ++i) {
+    const auto labels = kEnums.tables[i]->labels;
+    std::size_t dense = 0;
+    while (dense < labels.size() && labels[dense].value == dense) ++dense;
+    enums[i] = {static_cast<std::uint16_t>(first), static_cast<std::uint16_t>(labels.size()),
+                static_cast<std::uint16_t>(dense)};
+    first += labels.size();
+  }
+  return enums;
+}
+constexpr std::array<CompiledEnum, kEnums.count> kCompiledEnums = CompileEnums();
+
+// The first label whose value is not below `value`. The result of the comparison
+// is a factor and not a branch, which the processor could not predict.
+std::size_t FindFirstNotBelow(std::span<const CompiledLabel> labels, std::uint16_t value) {
+  std::size_t first = 0;
+  std::size_t count = labels.size();
+  while (count > 1) {
+    const std::size_t half = count / 2;
+    first += half * static_cast<std::size_t>(labels[first + half - 1].value < value);
+    count -= half;
+  }
+  return first + static_cast<std::size_t>(labels[first].value < value);
+}
+
 }  // namespace
 
-namespace vocabulary_data {
-constinit const char* const kText = kLayoutText.data();
-constinit const FieldLayout* const kFields = kFieldLayouts.data();
-}  // namespace vocabulary_data
+constinit const std::array<char, kVocabularyTextCapacity> kVocabularyText = JoinTexts();
 
-const SignalLayout* FindSignal(HipVersionTag version, std::uint16_t id) {
+const CompiledSignal* FindSignal(HipVersionTag version, std::uint16_t id) {
   const IdBlock block = kIdBlocks[id >> 8U];
   const unsigned low_byte = id & 0xFFU;
   if (low_byte >= block.slot_count) return nullptr;
   const std::uint16_t slot = kSlots[static_cast<std::size_t>(version)][block.first_slot + low_byte];
-  return slot == 0 ? nullptr : &kSignalLayouts[slot - 1U];
+  return slot == 0 ? nullptr : &kSignals[slot - 1U];
 }
 
-std::span<const SignalLayout> AllSignalLayouts() { return kSignalLayouts; }
+std::span<const CompiledField> GetFields(const CompiledSignal& signal) {
+  return std::span(kFields).subspan(signal.first_field, signal.field_count);
+}
+
+PaddedText FindLabel(std::uint8_t enum_index, std::uint16_t value, HipVersionTag version) {
+  const std::span<const CompiledLabel> labels = ListLabels(enum_index);
+  const bool is_dense = value < kCompiledEnums[enum_index].dense_count;
+  std::size_t i = is_dense ? value : FindFirstNotBelow(labels, value);
+  for (; i < labels.size() && labels[i].value == value; ++i) {
+    if (labels[i].versions.Contains(version)) return GetText(labels[i].text);
+  }
+  return {};
+}
+
+std::span<const CompiledSignal> ListSignals() { return kSignals; }
+
+std::span<const CompiledLabel> ListLabels(std::uint8_t enum_index) {
+  const CompiledEnum& compiled = kCompiledEnums[enum_index];
+  return std::span(kLabels).subspan(compiled.first_label, compiled.label_count);
+}

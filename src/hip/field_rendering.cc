@@ -5,32 +5,31 @@
 
 #include "base/little_endian.h"
 #include "base/text_piece.h"
-#include "fapi/enum_table.h"
 #include "fapi/vocabulary.h"
 
 namespace {
 
 constexpr std::size_t kCharsPerWord = 7;  // as in "0x0001 "
-constexpr std::size_t kMaxValue = std::max(kMaxLabelLength, 1 + kMaxWords * kCharsPerWord);
+constexpr std::size_t kMaxValue = std::max(kPaddedTextSize, 1 + kMaxWords * kCharsPerWord);
 using FieldPiece = TextPiece<kPaddedTextSize + kMaxValue>;
 
-// An unlabelled value's field has no blank before its name in versions A to C
-// and so sticks to the field before it.
+// In versions A to C a field with an unlabelled value has no blank before its
+// name, so it follows the field before it directly.
 constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
   return version >= HipVersionTag::D;
 }
 
-// `head` has been appended already.
-void AppendEnumerated(FieldPiece& piece, PaddedText head, const EnumTable& labels,
+// `prefix` has been appended already.
+void AppendEnumerated(FieldPiece& piece, PaddedText prefix, const CompiledField& field,
                       std::uint16_t value, HipVersionTag version) {
-  const PaddedText label = labels.Find(value, version);
+  const PaddedText label = FindLabel(field.enum_index, value, version);
   if (!label.empty()) {
     piece.Append(label);
     return;
   }
   if (!HasBlankBeforeUnlabelled(version)) {
     piece.Clear();
-    piece.Append(std::string_view(head.data + 1, head.size - 1));
+    piece.Append(std::string_view(prefix.data + 1, prefix.size - 1));
   }
   piece.AppendDecimal(value);
 }
@@ -42,7 +41,7 @@ void AppendMac(FieldPiece& piece, const std::uint8_t* address) {
   }
 }
 
-// The blank stands behind the last word too.
+// The last word too is followed by a blank.
 void AppendWords(FieldPiece& piece, const std::uint8_t* words, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     piece.Append("0x");
@@ -69,10 +68,10 @@ void AppendSpares(FieldPiece& piece, const std::uint8_t* spares) {
 
 }  // namespace
 
-void PrintDump(PaddedText head, SignalSpan region) {
+void PrintDump(PaddedText prefix, SignalSpan region) {
   constexpr std::size_t kBytesPerPiece = 512;
   TextPiece<kPaddedTextSize + 2 * kBytesPerPiece + 1> piece;
-  piece.Append(head);
+  piece.Append(prefix);
   std::size_t done = 0;
   while (region.length - done > kBytesPerPiece) {
     piece.AppendHex(region.bytes + done, kBytesPerPiece);
@@ -85,11 +84,11 @@ void PrintDump(PaddedText head, SignalSpan region) {
   piece.Print();
 }
 
-void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersionTag version) {
-  const PaddedText head = TextOf(field.head);
+void PrintField(const CompiledField& field, const std::uint8_t* signal, HipVersionTag version) {
+  const PaddedText prefix = GetText(field.prefix);
   const std::uint8_t* const bytes = signal + field.offset;
   FieldPiece piece;
-  piece.Append(head);
+  piece.Append(prefix);
   switch (field.renderer) {
     case FieldRenderer::kU8:
       piece.AppendDecimal(*bytes);
@@ -126,7 +125,7 @@ void PrintField(const FieldLayout& field, const std::uint8_t* signal, HipVersion
       AppendSpares(piece, bytes);
       break;
     case FieldRenderer::kEnum16:
-      AppendEnumerated(piece, head, *field.labels, LoadU16(bytes), version);
+      AppendEnumerated(piece, prefix, field, LoadU16(bytes), version);
       break;
   }
   piece.Print();

@@ -4,14 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 
-// Bytes of a record's payload, which the record loop owns.
+// Bytes of a record's payload. The record loop owns them.
 struct SignalSpan {
   std::uint32_t length;  // in bytes
   const std::uint8_t* bytes;
 };
 
-// What a decoder is given. The three lie behind one another in one payload, in
-// this order; an empty bulk may also have no address at all.
+// The three parts of a payload, in this order and without gaps. An empty bulk may
+// also have a null address.
 struct HipSignal {
   SignalSpan signal;  // from the id on
   SignalSpan bulk1;

@@ -1,5 +1,6 @@
 #include "hip/hip_versions.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -9,8 +10,7 @@
 
 namespace {
 
-// LINKTYPE_USER0 of the pcap link-type registry: the signals have a dissector of
-// their own.
+// LINKTYPE_USER0 of the pcap link-type registry, for private use.
 constexpr std::uint32_t kLinkTypeUser0 = 0x93;
 
 // Reads a decimal number of at most `limit`, and moves `text` past it.
@@ -36,27 +36,26 @@ consteval std::uint32_t PackVersion(const char* name) {
 }
 
 template <HipVersionTag kTag>
-consteval HipVersionEntry Entry(const char* name) {
+consteval HipVersionEntry MakeEntry(const char* name) {
   return {name, PackVersion(name), &DecodeSignalOfVersion<kTag>, kLinkTypeUser0};
 }
 
 }  // namespace
 
 // clang-format off
-constexpr HipVersionEntry HipVersionTable[kHipVersionCount + 1] = {
-    Entry<HipVersionTag::A>("13.1.0"),
-    Entry<HipVersionTag::B>("13.2.0"),
-    Entry<HipVersionTag::C>("13.3.0"),
-    Entry<HipVersionTag::D>("14.0.0"),
-    Entry<HipVersionTag::E>("14.0.4"),
-    Entry<HipVersionTag::F>("14.0.6"),
-    Entry<HipVersionTag::G>("14.1.8"),
-    Entry<HipVersionTag::H>("14.2.9"),
-    Entry<HipVersionTag::I>("14.3.10"),
-    Entry<HipVersionTag::J>("14.4.11"),
-    Entry<HipVersionTag::K>("14.4.12"),
-    Entry<HipVersionTag::L>("14.5.12"),
-    {nullptr, 0, nullptr, 0},
+constexpr std::array<HipVersionEntry, kHipVersionCount> HipVersionTable = {
+    MakeEntry<HipVersionTag::A>("13.1.0"),
+    MakeEntry<HipVersionTag::B>("13.2.0"),
+    MakeEntry<HipVersionTag::C>("13.3.0"),
+    MakeEntry<HipVersionTag::D>("14.0.0"),
+    MakeEntry<HipVersionTag::E>("14.0.4"),
+    MakeEntry<HipVersionTag::F>("14.0.6"),
+    MakeEntry<HipVersionTag::G>("14.1.8"),
+    MakeEntry<HipVersionTag::H>("14.2.9"),
+    MakeEntry<HipVersionTag::I>("14.3.10"),
+    MakeEntry<HipVersionTag::J>("14.4.11"),
+    MakeEntry<HipVersionTag::K>("14.4.12"),
+    MakeEntry<HipVersionTag::L>("14.5.12"),
 };
 // clang-format on
 
@@ -71,22 +70,19 @@ consteval bool EachTagHasItsRow(std::index_sequence<kVersion...> /*versions*/) {
 static_assert(EachTagHasItsRow(std::make_index_sequence<kHipVersionCount>()),
               "each version tag has a row with its own decoder, in order of the tags");
 
-consteval bool VersionsRise() {
+consteval bool VersionsAscend() {
   for (std::size_t version = 1; version < kHipVersionCount; ++version) {
     if (HipVersionTable[version].version <= HipVersionTable[version - 1].version) return false;
   }
   return true;
 }
-static_assert(VersionsRise(), "the packed versions rise");
+static_assert(VersionsAscend(), "the versions are in ascending order");
 
 }  // namespace
 
-std::span<const HipVersionEntry> KnownHipVersions() {
-  return std::span(HipVersionTable).first(kHipVersionCount);
-}
-
 void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor) {
-  for (; hipCursor->name != nullptr; ++hipCursor) {
+  const HipVersionEntry* const end = HipVersionTable.data() + HipVersionTable.size();
+  for (; hipCursor != end; ++hipCursor) {
     if (hipCursor->version == hip_version) {
       std::fprintf(stderr, "%s: Log File Hip Version %s detected\n", programName, hipCursor->name);
       return;
@@ -97,7 +93,7 @@ void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCurs
                static_cast<int>(hip_version >> 16U & 0xFFU),
                static_cast<int>(hip_version & 0xFFFFU));
   std::fprintf(stderr, "%s: This decoder supports hip versions:\n", programName);
-  for (const HipVersionEntry& entry : KnownHipVersions()) {
+  for (const HipVersionEntry& entry : HipVersionTable) {
     std::fprintf(stderr, "%s:      %s\n", programName, entry.name);
   }
   std::exit(-1);

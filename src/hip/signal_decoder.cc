@@ -7,15 +7,15 @@
 
 #include "base/little_endian.h"
 #include "base/text_piece.h"
-#include "fapi/signal_layout.h"
+#include "fapi/compiled_signal.h"
 #include "fapi/vocabulary.h"
 #include "hip/field_rendering.h"
 
 namespace {
 
-// How many bytes can be read from the signal's first byte on: fields of a short
-// signal fall on the bulk behind it.
-std::size_t ReadableBytes(const HipSignal& signal) {
+// The number of bytes that can be read from the signal's first byte on: the fields
+// of a short signal extend into the bulk that follows it.
+std::size_t CountReadableBytes(const HipSignal& signal) {
   std::size_t readable = signal.signal.length;
   for (const SignalSpan& bulk : {signal.bulk1, signal.bulk2}) {
     if (bulk.length == 0) continue;
@@ -25,8 +25,8 @@ std::size_t ReadableBytes(const HipSignal& signal) {
   return readable;
 }
 
-// The head of a signal with zeros behind its last byte, for the signals that
-// end before their fields do.
+// The first bytes of a signal, followed by zeros, for signals that end before
+// their fields do.
 using PaddedSignal = std::array<std::uint8_t, 256>;
 
 PaddedSignal PadSignal(const std::uint8_t* bytes, std::size_t readable) {
@@ -43,20 +43,20 @@ void PrintUnknownSignal(std::uint16_t id) {
   piece.Print();
 }
 
-// What the dumps show. Min is where the tail starts, also in the layouts whose
+// The bytes that the dumps show. Without bulk they start at Min, also where the
 // fields end elsewhere.
-SignalSpan DumpRegion(const SignalLayout& layout, const HipSignal& signal) {
+SignalSpan SelectDumpRegion(const CompiledSignal& layout, const HipSignal& signal) {
   if (signal.bulk1.length != 0) return signal.bulk1;
   return {signal.signal.length - layout.min, signal.signal.bytes + layout.min};
 }
 
-void PrintSignal(const SignalLayout& layout, const std::uint8_t* bytes, SignalSpan dump_region,
+void PrintSignal(const CompiledSignal& layout, const std::uint8_t* bytes, SignalSpan dump_region,
                  HipVersionTag version) {
-  PrintPiece(TextOf(layout.name).text());
+  PrintPiece(GetText(layout.name).text());
   for (std::size_t i = 0; i < layout.dump_count; ++i) {
-    PrintDump(TextOf(layout.dumps[i]), dump_region);
+    PrintDump(GetText(layout.dump_prefixes[i]), dump_region);
   }
-  for (const FieldLayout& field : FieldsOf(layout)) PrintField(field, bytes, version);
+  for (const CompiledField& field : GetFields(layout)) PrintField(field, bytes, version);
   PrintLineEnd();
 }
 
@@ -64,16 +64,16 @@ void PrintSignal(const SignalLayout& layout, const std::uint8_t* bytes, SignalSp
 
 std::uint32_t DecodeHipSignal(HipVersionTag version, const HipSignal& signal) {
   const std::uint8_t* const bytes = signal.signal.bytes;
-  const std::size_t readable = ReadableBytes(signal);
+  const std::size_t readable = CountReadableBytes(signal);
   const std::uint16_t id =
       readable >= 2 ? LoadU16(bytes) : LoadU16(PadSignal(bytes, readable).data());
-  const SignalLayout* const layout = FindSignal(version, id);
+  const CompiledSignal* const layout = FindSignal(version, id);
   if (layout == nullptr) {
     PrintUnknownSignal(id);
     return 0;
   }
   if (signal.bulk1.length == 0 && signal.signal.length < layout->min) return 0;
-  const SignalSpan dump_region = DumpRegion(*layout, signal);
+  const SignalSpan dump_region = SelectDumpRegion(*layout, signal);
   if (readable >= layout->end) {
     PrintSignal(*layout, bytes, dump_region, version);
   } else {

@@ -9,19 +9,19 @@
 // A version's decoder: prints the rest of the line of one signal, from the
 // signal's name to the line end, to standard output.
 //
-// Takes a HipSignal as six arguments; bulk 2 is shown by no version. Returns 1
-// if it printed a signal line. Returns 0 if the version does not know the id,
-// for which it prints a line that says so, and if the signal is too short for
-// its layout, for which it prints nothing: the line that its caller began stays
-// open then.
+// Takes a HipSignal as six arguments, the signature that the interface fixes for
+// decoders; no version shows bulk 2. Returns 1 if it printed a signal line.
+// Returns 0 if the version does not know the id, and prints a line that says so.
+// Returns 0 and prints nothing if the signal is too short for its layout: the line
+// that the caller began stays open.
 //
-// A field that reaches behind the signal shows the bulk's bytes, and zeros
-// behind the last byte of all.
+// A field beyond the end of the signal shows the bytes of the bulk, and zeros
+// after the last byte of all.
 using HipDecoder = std::uint32_t (*)(std::uint32_t signal_length, const std::uint8_t* signal,
                                      std::uint32_t bulk1_length, const std::uint8_t* bulk1,
                                      std::uint32_t bulk2_length, const std::uint8_t* bulk2);
 
-// What the decoders of all versions share.
+// The common part of all decoders.
 std::uint32_t DecodeHipSignal(HipVersionTag version, const HipSignal& signal);
 
 // The decoder of one version, as a HipDecoder.

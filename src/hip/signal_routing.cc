@@ -11,8 +11,8 @@
 
 namespace {
 
-// The signal header, as far as it is used. Versions below 12.0 kept the bulk
-// lengths in it, later ones in the log's record.
+// The used parts of the signal header. Versions below 12.0 have the bulk lengths
+// in it, later versions in the log's record.
 constexpr std::size_t kIdOffset = 0;
 constexpr std::size_t kSecondWordOffset = 2;
 constexpr std::size_t kBulk1LengthOffset = 8;
@@ -20,12 +20,12 @@ constexpr std::size_t kBulk2LengthOffset = 12;
 constexpr std::size_t kDroppedFramesOffset = 12;
 constexpr std::uint32_t kFirstVersionWithoutBulkLengths = 0x0C000000;
 
-// Ids 0x0065 to 0x9FFF go to the HIP side.
+// Ids 0x0065 to 0x9FFF go to the HIP side, all others to the driver side.
 constexpr std::uint16_t kFirstHipId = 0x0065;
 constexpr std::uint16_t kLastHipId = 0x9FFF;
 
 template <std::size_t kWidth>
-std::array<std::uint8_t, kWidth> BytesAt(SignalSpan payload, std::size_t offset) {
+std::array<std::uint8_t, kWidth> CopyBytes(SignalSpan payload, std::size_t offset) {
   std::array<std::uint8_t, kWidth> bytes{};
   if (offset < payload.length) {
     std::copy_n(payload.bytes + offset, std::min(kWidth, payload.length - offset), bytes.begin());
@@ -33,23 +33,25 @@ std::array<std::uint8_t, kWidth> BytesAt(SignalSpan payload, std::size_t offset)
   return bytes;
 }
 
-std::uint16_t U16At(SignalSpan payload, std::size_t offset) {
-  return LoadU16(BytesAt<2>(payload, offset).data());
+std::uint16_t ReadU16(SignalSpan payload, std::size_t offset) {
+  return LoadU16(CopyBytes<2>(payload, offset).data());
 }
 
-std::uint32_t U32At(SignalSpan payload, std::size_t offset) {
-  return LoadU32(BytesAt<4>(payload, offset).data());
+std::uint32_t ReadU32(SignalSpan payload, std::size_t offset) {
+  return LoadU32(CopyBytes<4>(payload, offset).data());
 }
 
-std::optional<HipSignal> Refuse() {
+std::optional<HipSignal> ReportInvalidLength() {
   std::printf("%s: Invalid length in data reference\n", programName);
   return std::nullopt;
 }
 
+// No version in the table is below 12.0; the interface keeps this split for logs
+// of such versions.
 std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
-  const std::uint32_t bulk1_length = U16At(payload, kBulk1LengthOffset);
-  const std::uint32_t bulk2_length = U16At(payload, kBulk2LengthOffset);
-  if (bulk1_length + bulk2_length > payload.length) return Refuse();
+  const std::uint32_t bulk1_length = ReadU16(payload, kBulk1LengthOffset);
+  const std::uint32_t bulk2_length = ReadU16(payload, kBulk2LengthOffset);
+  if (bulk1_length + bulk2_length > payload.length) return ReportInvalidLength();
   const std::uint32_t signal_length = payload.length - bulk1_length - bulk2_length;
   const std::uint8_t* const bulk1 = payload.bytes + signal_length;
   return HipSignal{
@@ -57,9 +59,10 @@ std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
 }
 
 std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t signal_length) {
-  // Wraps round, above the payload's length, if the signal claims to be longer.
+  // If the signal claims to be longer than the payload, this wraps to a value
+  // above the payload's length.
   const std::uint32_t bulk1_length = payload.length - signal_length;
-  if (bulk1_length > payload.length) return Refuse();
+  if (bulk1_length > payload.length) return ReportInvalidLength();
   return HipSignal{
       {signal_length, payload.bytes}, {bulk1_length, payload.bytes + signal_length}, {0, nullptr}};
 }
@@ -68,9 +71,9 @@ std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t s
 
 std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded) {
   driverUnloaded = false;
-  const std::uint16_t id = U16At(payload, kIdOffset);
-  // The five ids that are known here lie on the HIP side of the routing, so that
-  // none of them arrives today.
+  const std::uint16_t id = ReadU16(payload, kIdOffset);
+  // The interface assigns these five ids to the driver, but they are in the range
+  // that RouteSignal sends to the HIP side, so none of them arrives here.
   switch (id) {
     case 0x8010:
       driverUnloaded = true;
@@ -78,11 +81,11 @@ std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded) {
       return 1;
     case 0x8011:
       std::printf("Driver: Dropped: %d Udi Frames\n",
-                  static_cast<std::int32_t>(U32At(payload, kDroppedFramesOffset)));
+                  static_cast<std::int32_t>(ReadU32(payload, kDroppedFramesOffset)));
       return 1;
     case 0x8012:
       std::printf("Driver: Dropped: %d Udi Basic Data Frames\n",
-                  static_cast<std::int32_t>(U32At(payload, kDroppedFramesOffset)));
+                  static_cast<std::int32_t>(ReadU32(payload, kDroppedFramesOffset)));
       return 1;
     case 0x8013:
       PrintPiece("Driver: Suspended\n");
@@ -104,11 +107,11 @@ std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t sig
 
 void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersionEntry& version,
                  bool& driverUnloaded) {
-  const std::uint16_t id = U16At(payload, kIdOffset);
+  const std::uint16_t id = ReadU16(payload, kIdOffset);
   if (id < kFirstHipId || id > kLastHipId) {
     if (DecodeDriverSignal(payload, driverUnloaded) == 0) {
       std::fprintf(stderr, "%s: Decode Error: Unknown Signal 0x%.4X::0x%.4X\n", programName,
-                   static_cast<unsigned>(U16At(payload, kSecondWordOffset)),
+                   static_cast<unsigned>(ReadU16(payload, kSecondWordOffset)),
                    static_cast<unsigned>(id));
     }
     return;

@@ -7,10 +7,9 @@
 #include "hip/hip_signal.h"
 #include "hip/hip_versions.h"
 
-// Decides from the id who decodes a complete record's payload, and has it
-// decoded. `signal_length` is the record's word of that name. Bytes behind the
-// payload read as zero. `driverUnloaded` is cleared by a signal of the driver
-// side.
+// Chooses the decoder of a complete record's payload by its id and calls it.
+// `signal_length` is the record's word of that name. Bytes after the payload read
+// as zero. A signal of the driver side clears `driverUnloaded`.
 void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersionEntry& version,
                  bool& driverUnloaded);
 
@@ -18,8 +17,8 @@ void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersi
 // otherwise 0.
 std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded);
 
-// Cuts a payload into signal and bulk, by the rule of this packed HIP version.
-// If the lengths do not fit the payload, prints that in the signal's place and
+// Splits a payload into signal and bulk, by the rule of this packed HIP version.
+// If the lengths do not fit the payload, prints that in place of the signal and
 // returns nothing.
 std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t signal_length,
                                            std::uint32_t hip_version);

@@ -24,12 +24,12 @@ struct LogFileHeader {
   std::uint32_t hip_version;
 };
 
-// Any record's first four words. What the last two are, the magic tells.
+// The first four words of any record. The magic decides what the last two mean.
 struct LogRecord {
   std::uint32_t magic;
   std::int32_t time;  // milliseconds from the time base
-  std::uint32_t third;
-  std::uint32_t fourth;
+  std::uint32_t type_or_length;
+  std::uint32_t size_or_signal_length;
 };
 
 struct DriverEvent {
@@ -52,12 +52,29 @@ struct FreeBlock {
   void operator()(std::uint8_t* block) const { std::free(block); }
 };
 
-// A record's payload. It comes from malloc because the stream alone fills it:
-// a length that lies costs address space, not memory.
+// A record's payload. It comes from malloc, which does not write to it: an
+// overstated length only reserves address space.
 using PayloadBlock = std::unique_ptr<std::uint8_t[], FreeBlock>;
 
+// Reads one little-endian word. At the end of the stream, in the middle of a word
+// too, ends the process with status 0; this is how the tool normally ends. On a
+// read failure, reports it and ends the process with status -1.
+std::uint32_t QenWifiDriverLogReadUint32(std::FILE* stream) {
+  std::array<std::uint8_t, 4> word{};
+  for (std::uint8_t& byte : word) {
+    const int c = ReadByte(stream);
+    if (c == EOF) {
+      if (std::feof(stream) != 0) std::exit(0);
+      std::fprintf(stderr, "%s: QenWifiDriverLogReadUint32() not enough bytes read\n", programName);
+      std::exit(-1);
+    }
+    byte = static_cast<std::uint8_t>(c);
+  }
+  return LoadU32(word.data());
+}
+
 void PrintDriverLine(RunState& state, std::int32_t time, std::string_view line) {
-  PrintLineStamp(state.timeBase, time, state.stamped_second);
+  PrintLineStamp(state.timeBase, time);
   PrintPiece(line);
 }
 
@@ -72,7 +89,7 @@ RecordOutcome HandleTimeRef(RunState& state, const DriverEvent& event) {
   state.timeBase = QenWifiDriverLogReadUint32(state.input);
   if (event.size == 8) {
     const auto uptime = static_cast<std::int32_t>(QenWifiDriverLogReadUint32(state.input));
-    PrintLineStamp(state.timeBase, event.time, state.stamped_second);
+    PrintLineStamp(state.timeBase, event.time);
     std::printf("Driver: Uptime: %d seconds\n", uptime);
   }
   return RecordOutcome::kNextRecord;
@@ -101,7 +118,7 @@ RecordOutcome HandleUnload(RunState& state, const DriverEvent& event) {
   return RecordOutcome::kNextRecord;
 }
 
-// The stream stands behind the event's size word.
+// The stream is at the first byte after the event's size word.
 RecordOutcome HandleDriverEvent(RunState& state, const DriverEvent& event) {
   switch (event.type) {
     case kTimeRef:
@@ -111,13 +128,13 @@ RecordOutcome HandleDriverEvent(RunState& state, const DriverEvent& event) {
     case kUnload:
       return HandleUnload(state, event);
     default:
-      // Its size is not taken at its word: the next record is looked for right
-      // here.
+      // The size of an unknown event is not trusted: the next record is expected
+      // right here.
       return RecordOutcome::kNextRecord;
   }
 }
 
-// The stream stands behind the record's signal length.
+// The stream is at the first byte of the record's payload.
 RecordOutcome HandleSignalRecord(RunState& state, const SignalRecord& record) {
   const PayloadBlock payload(static_cast<std::uint8_t*>(std::malloc(record.length)));
   if (payload == nullptr && record.length != 0) {
@@ -131,7 +148,7 @@ RecordOutcome HandleSignalRecord(RunState& state, const SignalRecord& record) {
     }
     return RecordOutcome::kOrderlyEnd;
   }
-  PrintLineStamp(state.timeBase, record.time, state.stamped_second);
+  PrintLineStamp(state.timeBase, record.time);
   if (state.pcap != nullptr) {
     WritePcapRecord(state.pcap, state.timeBase, record.time, record.length, payload.get());
   }
@@ -140,13 +157,13 @@ RecordOutcome HandleSignalRecord(RunState& state, const SignalRecord& record) {
   return RecordOutcome::kNextRecord;
 }
 
-// All four words are read before the magic is judged.
+// All four words are read before the magic is checked.
 LogRecord ReadRecordWords(std::FILE* stream) {
   LogRecord record{};
   record.magic = QenWifiDriverLogReadUint32(stream);
   record.time = static_cast<std::int32_t>(QenWifiDriverLogReadUint32(stream));
-  record.third = QenWifiDriverLogReadUint32(stream);
-  record.fourth = QenWifiDriverLogReadUint32(stream);
+  record.type_or_length = QenWifiDriverLogReadUint32(stream);
+  record.size_or_signal_length = QenWifiDriverLogReadUint32(stream);
   return record;
 }
 
@@ -154,9 +171,11 @@ RecordOutcome ReadRecord(RunState& state) {
   const LogRecord record = ReadRecordWords(state.input);
   switch (record.magic) {
     case kSignalRecordMagic:
-      return HandleSignalRecord(state, {record.time, record.third, record.fourth});
+      return HandleSignalRecord(state,
+                                {record.time, record.type_or_length, record.size_or_signal_length});
     case kDriverEventMagic:
-      return HandleDriverEvent(state, {record.time, record.third, record.fourth});
+      return HandleDriverEvent(state,
+                               {record.time, record.type_or_length, record.size_or_signal_length});
     default:
       std::fprintf(stderr, "%s: Bad Magic number detected in log. magic:0x%.8X\n", programName,
                    static_cast<unsigned>(record.magic));
@@ -166,22 +185,8 @@ RecordOutcome ReadRecord(RunState& state) {
 
 }  // namespace
 
-std::uint32_t QenWifiDriverLogReadUint32(std::FILE* stream) {
-  std::array<std::uint8_t, 4> word{};
-  for (std::uint8_t& byte : word) {
-    const int c = ReadByte(stream);
-    if (c == EOF) {
-      if (std::feof(stream) != 0) std::exit(0);
-      std::fprintf(stderr, "%s: QenWifiDriverLogReadUint32() not enough bytes read\n", programName);
-      std::exit(-1);
-    }
-    byte = static_cast<std::uint8_t>(c);
-  }
-  return LoadU32(word.data());
-}
-
 std::uint32_t ReadLogFileHeader(std::FILE* stream) {
-  // The format version is judged before the magic and before the last word is
+  // The format version is checked before the magic, and before the last word is
   // read: the order decides which report a damaged header gets.
   LogFileHeader header{};
   header.magic = QenWifiDriverLogReadUint32(stream);

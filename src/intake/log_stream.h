@@ -8,11 +8,6 @@
 
 // The log: epochs of a 12-byte header and records, read strictly forward.
 
-// Reads one little-endian word. At the end of the stream, in the middle of a
-// word too, ends the process with status 0; this is how the tool normally ends.
-// On a read failure, reports it and ends the process with status -1.
-std::uint32_t QenWifiDriverLogReadUint32(std::FILE* stream);
-
 // Reads the header that opens an epoch and returns its packed HIP version. Ends
 // the process with status -1, after a report, if the header is not acceptable.
 std::uint32_t ReadLogFileHeader(std::FILE* stream);

@@ -1,7 +1,3 @@
 #include "intake/run_control.h"
-#include "intake/standard_streams.h"
 
-int main(int argc, char** argv) {
-  OccupyClosedStandardStreams();
-  return RunLogDecoder(argc, argv);
-}
+int main(int argc, char** argv) { return RunLogDecoder(argc, argv); }

@@ -11,6 +11,7 @@
 #include "hip/hip_versions.h"
 #include "intake/log_stream.h"
 #include "intake/run_state.h"
+#include "intake/standard_streams.h"
 
 namespace {
 
@@ -19,8 +20,23 @@ constexpr int kNoArguments = 1;
 constexpr std::string_view kStandardInput = "stdin";
 constexpr std::string_view kPcapOption = "--pcap";
 
-void PrintBanner() {
-  std::printf("Decode Tool version:%s.%d\n", KnownHipVersions().back().name, 1);
+void PrintBanner() { std::printf("Decode Tool version:%s.%d\n", HipVersionTable.back().name, 1); }
+
+void PrintUsage() {
+  std::fprintf(stderr, "Usage   : %s <filename|stdin> [--pcap]\n", programName);
+  std::fprintf(stderr, "        : where\n");
+  std::fprintf(stderr, "        :     <filename> is the file to log to decode.\n");
+  std::fprintf(stderr, "        :     <filename> == 'stdin' the data is read raw from stdin.\n");
+  std::fprintf(stderr, "        :     --pcap can be given to generate a pcap file [optional]\n");
+  std::fprintf(stderr,
+               "        :            This must be given as the last parameter(after the "
+               "<filename|stdin>)\n");
+  std::fprintf(stderr, "        : Live logging example\n");
+  std::fprintf(stderr, "        :     vrkt_wlan_udi_log stdout | %s stdin\n", programName);
+  std::fprintf(stderr, "        : Supported Hip Versions\n");
+  for (const HipVersionEntry& entry : HipVersionTable) {
+    std::fprintf(stderr, "        :     %s\n", entry.name);
+  }
 }
 
 bool OpenInput(RunState& state, const char* argument) {
@@ -35,7 +51,7 @@ bool OpenInput(RunState& state, const char* argument) {
   return false;
 }
 
-// A capture file that cannot be opened is no reason to stop.
+// The run goes on without a capture file if none can be opened.
 void OpenPcap(RunState& state) {
   state.pcap = std::fopen("udi_fapi.pcap", "w");
   if (state.pcap == nullptr) state.pcap = std::fopen("/sdcard/udi_fapi.pcap", "w");
@@ -83,26 +99,10 @@ const char* ResolveProgramName(const char* argument) {
   return last_slash == nullptr ? argument : last_slash + 1;
 }
 
-void PrintUsage() {
-  std::fprintf(stderr, "Usage   : %s <filename|stdin> [--pcap]\n", programName);
-  std::fprintf(stderr, "        : where\n");
-  std::fprintf(stderr, "        :     <filename> is the file to log to decode.\n");
-  std::fprintf(stderr, "        :     <filename> == 'stdin' the data is read raw from stdin.\n");
-  std::fprintf(stderr, "        :     --pcap can be given to generate a pcap file [optional]\n");
-  std::fprintf(stderr,
-               "        :            This must be given as the last parameter(after the "
-               "<filename|stdin>)\n");
-  std::fprintf(stderr, "        : Live logging example\n");
-  std::fprintf(stderr, "        :     vrkt_wlan_udi_log stdout | %s stdin\n", programName);
-  std::fprintf(stderr, "        : Supported Hip Versions\n");
-  for (const HipVersionEntry& entry : KnownHipVersions()) {
-    std::fprintf(stderr, "        :     %s\n", entry.name);
-  }
-}
-
 int RunLogDecoder(int argc, const char* const* argv) {
   PrintBanner();
   programName = ResolveProgramName(argc > 0 ? argv[0] : nullptr);
+  OccupyClosedStandardStreams();
   RunState state;
   if (const std::optional<int> status = ReadArguments(argc, argv, state)) return *status;
   DecodeEpochs(state);

@@ -6,10 +6,10 @@
 #include <unistd.h>
 
 void OccupyClosedStandardStreams() {
-  // In rising order, for a new descriptor is always the lowest that is free.
+  // In ascending order, because a new descriptor is always the lowest free one.
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
     if (::fcntl(descriptor, F_GETFD) != -1) continue;
-    // The wrong way round, for the stream to fail.
+    // In the opposite direction, so reads and writes fail.
     static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
   }
 }

@@ -1,10 +1,10 @@
 #ifndef VRKT_INTAKE_STANDARD_STREAMS_H_
 #define VRKT_INTAKE_STANDARD_STREAMS_H_
 
-// Sees to it that no file which the tool opens takes the place of a standard
-// stream that it was started without: the text of a run with standard output
-// closed would go into the capture file. Such a stream still fails to be read or
-// written, as it would have.
+// Occupies the descriptors of standard streams that were closed when the process
+// started, so no file that the tool opens gets one of them: with standard output
+// closed, the text would go into the capture file. Reads and writes of such a
+// stream still fail, as they would have.
 void OccupyClosedStandardStreams();
 
 #endif  // VRKT_INTAKE_STANDARD_STREAMS_H_

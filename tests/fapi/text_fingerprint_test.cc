@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "hip/hip_versions.h"
-#include "support/process.h"
+#include "support/capture_stdout.h"
 #include "support/reference_log.h"
 
 namespace {
@@ -43,7 +43,7 @@ constexpr struct {
 // The reference text of one version: what a log's header says, then each record
 // with its id and its lengths.
 std::string PrintReferenceText(HipVersionTag tag) {
-  const HipVersionEntry& version = KnownHipVersions()[static_cast<std::size_t>(tag)];
+  const HipVersionEntry& version = HipVersionTable[static_cast<std::size_t>(tag)];
   const std::vector<ReferenceRecord> records = MakeReferenceRecords(tag);
   return CaptureStandardOutput([&] {
     std::printf("%s 0x%08X\n", version.name, static_cast<unsigned>(version.version));
@@ -69,7 +69,7 @@ TEST(TextFingerprint, OfEachVersion) {
   std::string names;
   std::string constants;
   for (std::size_t i = 0; i < kHipVersionCount; ++i) {
-    const std::string name = KnownHipVersions()[i].name;
+    const std::string name = HipVersionTable[i].name;
     const std::uint64_t hash = HashText(PrintReferenceText(static_cast<HipVersionTag>(i)));
     if (i < std::size(kFingerprints) && kFingerprints[i].version == name &&
         kFingerprints[i].hash == hash) {

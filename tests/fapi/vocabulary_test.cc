@@ -16,7 +16,7 @@ struct KnownSignal {
   char version;
   std::uint16_t id;
   std::string name;
-  const SignalLayout* layout;
+  const CompiledSignal* layout;
 };
 
 std::vector<KnownSignal> FindKnownSignals() {
@@ -24,10 +24,10 @@ std::vector<KnownSignal> FindKnownSignals() {
   for (std::size_t version = 0; version < kHipVersionCount; ++version) {
     for (unsigned id = 0; id <= 0xFFFF; ++id) {
       const auto id16 = static_cast<std::uint16_t>(id);
-      const SignalLayout* layout = FindSignal(static_cast<HipVersionTag>(version), id16);
+      const CompiledSignal* layout = FindSignal(static_cast<HipVersionTag>(version), id16);
       if (layout == nullptr) continue;
       signals.push_back(
-          {TagLetter(version), id16, std::string(TextOf(layout->name).text()), layout});
+          {GetTagLetter(version), id16, std::string(GetText(layout->name).text()), layout});
     }
   }
   return signals;
@@ -74,42 +74,39 @@ TEST(Vocabulary, ThreeSpareSignalsHaveTheHighestIdsOfTheirBlock) {
 
 TEST(Vocabulary, SignalsHaveTheShapeOfTheirVersion) {
   for (const KnownSignal& signal : FindKnownSignals()) {
-    const auto fields = FieldsOf(*signal.layout);
+    const auto fields = GetFields(*signal.layout);
     ASSERT_FALSE(fields.empty()) << Describe(signal);
-    const FieldLayout& last = fields.back();
+    const CompiledField& last = fields.back();
     const bool is_triple = last.renderer == FieldRenderer::kSpares;
     EXPECT_TRUE(is_triple || last.renderer == FieldRenderer::kU32) << Describe(signal);
-    EXPECT_EQ(TextOf(last.head).text(), is_triple ? " spare_1:" : " spare_3:") << Describe(signal);
+    EXPECT_EQ(GetText(last.prefix).text(), is_triple ? " spare_1:" : " spare_3:")
+        << Describe(signal);
     const unsigned most_dumps = signal.version == 'E' ? 2 : signal.version == 'G' ? 0 : 1;
     EXPECT_LE(signal.layout->dump_count, most_dumps) << Describe(signal);
   }
 }
 
-// Find skips the search for values that count up from zero, and searches the
-// others by halves. Each value of each table must find what a plain walk over the
-// rows finds.
+// FindLabel skips the search for values that count up from zero, and searches the
+// others by halves. Each value must find what a plain walk over the labels finds.
 TEST(Vocabulary, LookUpFindsEachLabel) {
-  std::set<const EnumTable*> tables;
+  std::set<std::uint8_t> enums;
   for (const KnownSignal& signal : FindKnownSignals()) {
-    for (const FieldLayout& field : FieldsOf(*signal.layout)) {
-      if (field.labels != nullptr) tables.insert(field.labels);
+    for (const CompiledField& field : GetFields(*signal.layout)) {
+      if (field.renderer == FieldRenderer::kEnum16) enums.insert(field.enum_index);
     }
   }
-  for (const EnumTable* table : tables) {
+  for (const std::uint8_t index : enums) {
     for (std::size_t version = 0; version < kHipVersionCount; ++version) {
       std::map<unsigned, std::string_view> labels;
-      for (std::size_t row = 0; row < table->size(); ++row) {
-        if (table->versions(row).Contains(version)) {
-          labels[table->value(row)] = table->text(row).text();
-        }
+      for (const CompiledLabel& label : ListLabels(index)) {
+        if (label.versions.Contains(version)) labels[label.value] = GetText(label.text).text();
       }
       for (unsigned value = 0; value <= 0xFFFF; ++value) {
         const auto label = labels.find(value);
-        ASSERT_EQ(
-            table->Find(static_cast<std::uint16_t>(value), static_cast<HipVersionTag>(version))
-                .text(),
-            label == labels.end() ? std::string_view() : label->second)
-            << "value " << value << " in " << TagLetter(version);
+        const PaddedText found = FindLabel(index, static_cast<std::uint16_t>(value),
+                                           static_cast<HipVersionTag>(version));
+        ASSERT_EQ(found.text(), label == labels.end() ? std::string_view() : label->second)
+            << "value " << value << " in " << GetTagLetter(version);
       }
     }
   }

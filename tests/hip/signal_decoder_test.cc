@@ -7,7 +7,7 @@
 
 #include "hip/hip_versions.h"
 #include "log_builder.h"
-#include "support/process.h"
+#include "support/capture_stdout.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ Decoded Decode(char version, const Fapi& signal) {
   const auto length = static_cast<std::uint32_t>(signal.signal().size());
   Decoded decoded;
   decoded.text = CaptureStandardOutput([&] {
-    decoded.result = KnownHipVersions()[static_cast<std::size_t>(version - 'A')].decoder(
+    decoded.result = HipVersionTable[static_cast<std::size_t>(version - 'A')].decoder(
         length, block.data(), static_cast<std::uint32_t>(signal.bulk().size()),
         block.data() + length, 0, nullptr);
   });
@@ -239,7 +239,7 @@ TEST(SignalDecoder, TheIdIsReadAsIfZerosStoodBehind) {
 TEST(SignalDecoder, Bulk2IsNeitherShownNorCounted) {
   const std::string payload = UnitdataReq().PadTo(33).signal() + "\x7F";
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(payload.data());
-  const HipDecoder decoder = KnownHipVersions().back().decoder;
+  const HipDecoder decoder = HipVersionTable.back().decoder;
   EXPECT_EQ(CaptureStandardOutput([&] { decoder(33, bytes, 0, bytes + 33, 1, bytes + 33); }), "");
   // Fields of a short signal reach it all the same, since it lies behind bulk 1.
   EXPECT_EQ(CaptureStandardOutput([&] { decoder(32, bytes, 1, bytes + 32, 1, bytes + 33); }),

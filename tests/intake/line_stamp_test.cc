@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/process.h"
+#include "support/capture_stdout.h"
 
 namespace {
 
@@ -16,31 +16,30 @@ TEST(LineStamp, Arithmetic) {
     std::int32_t time;
     const char* stamp;
   } kCases[] = {
-      {1000, 0, "1970/01/01-00:16:40.000 "},
-      {1000, 1500, "1970/01/01-00:16:41.500 "},
-      {1000, 999, "1970/01/01-00:16:40.999 "},
-      {1000, -1, "1970/01/01-00:16:40.999 "},
-      {1000, -1000, "1970/01/01-00:16:39.000 "},
-      {1000, -1500, "1970/01/01-00:16:39.500 "},
-      // -1 is a second like any other, also as the first one.
-      {0, -1000, "1969/12/31-23:59:59.000 "},
-      {0xFFFFFFFF, 0, "1969/12/31-23:59:59.000 "},
-      {0xFFFFFFFF, 1000, "1970/01/01-00:00:00.000 "},
-      {0x7FFFFFFF, 0, "2038/01/19-03:14:07.000 "},
-      {0x7FFFFFFF, 1000, "1901/12/13-20:45:52.000 "},
-      {0x80000000, -1, "1901/12/13-20:45:52.999 "},
-      {0x80000000, -1000, "2038/01/19-03:14:07.000 "},
-      {0, INT32_MAX, "1970/01/25-20:31:23.647 "},
-      {0, INT32_MIN, "1969/12/07-03:28:37.352 "},
-      {951782400, 0, "2000/02/29-00:00:00.000 "},
+      // -1 is a second like any other, also as the first one of a process.
+      {0, -1000, "1969/12/31-23:59:59.000 "},          {1000, 0, "1970/01/01-00:16:40.000 "},
+      {1000, 1500, "1970/01/01-00:16:41.500 "},        {1000, 999, "1970/01/01-00:16:40.999 "},
+      {1000, -1, "1970/01/01-00:16:40.999 "},          {1000, -1000, "1970/01/01-00:16:39.000 "},
+      {1000, -1500, "1970/01/01-00:16:39.500 "},       {0xFFFFFFFF, 0, "1969/12/31-23:59:59.000 "},
+      {0xFFFFFFFF, 1000, "1970/01/01-00:00:00.000 "},  {0x7FFFFFFF, 0, "2038/01/19-03:14:07.000 "},
+      {0x7FFFFFFF, 1000, "1901/12/13-20:45:52.000 "},  {0x80000000, -1, "1901/12/13-20:45:52.999 "},
+      {0x80000000, -1000, "2038/01/19-03:14:07.000 "}, {0, INT32_MAX, "1970/01/25-20:31:23.647 "},
+      {0, INT32_MIN, "1969/12/07-03:28:37.352 "},      {951782400, 0, "2000/02/29-00:00:00.000 "},
   };
-  StampedSecond kept;
   for (const auto& c : kCases) {
-    StampedSecond fresh;
-    for (StampedSecond* last : {&fresh, &kept, &kept}) {
-      EXPECT_EQ(CaptureStandardOutput([&] { PrintLineStamp(c.base, c.time, *last); }), c.stamp);
+    for (int repeated = 0; repeated < 2; ++repeated) {
+      EXPECT_EQ(CaptureStandardOutput([&] { PrintLineStamp(c.base, c.time); }), c.stamp);
     }
   }
+}
+
+TEST(LineStamp, FollowsAChangeOfTheTimeZone) {
+  const auto stamp = [](const char* zone, std::uint32_t seconds) {
+    ::setenv("TZ", zone, 1);
+    return CaptureStandardOutput([&] { PrintLineStamp(seconds, 0); });
+  };
+  EXPECT_EQ(stamp("UTC0", 3600), "1970/01/01-01:00:00.000 ");
+  EXPECT_EQ(stamp("UTC-5:45", 3601), "1970/01/01-06:45:01.000 ");
 }
 
 }  // namespace

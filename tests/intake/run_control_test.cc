@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/program_name.h"
+#include "support/capture_stdout.h"
 #include "support/process.h"
 
 namespace {

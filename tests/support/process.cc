@@ -133,18 +133,3 @@ void WriteFile(const std::string& path, std::string_view bytes) {
   std::ofstream(path, std::ios::binary)
       .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
-
-std::string CaptureStandardOutput(const std::function<void()>& print) {
-  const TemporaryDirectory scratch;
-  const std::string path = scratch.path() + "/out";
-  std::fflush(stdout);
-  const int kept = dup(STDOUT_FILENO);
-  const int caught = OpenOrFail(path, O_WRONLY | O_CREAT);
-  dup2(caught, STDOUT_FILENO);
-  print();
-  std::fflush(stdout);
-  dup2(kept, STDOUT_FILENO);
-  close(caught);
-  close(kept);
-  return ReadFile(path);
-}

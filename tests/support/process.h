@@ -74,7 +74,4 @@ int StartTool(const ToolRun& run, int input, int output, int error);
 // Its exit status, as in ToolResult.
 int WaitForTool(int process);
 
-// What `print` writes to this process's standard output.
-std::string CaptureStandardOutput(const std::function<void()>& print);
-
 #endif  // VRKT_TESTS_SUPPORT_PROCESS_H_

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "base/little_endian.h"
-#include "fapi/enum_table.h"
 #include "fapi/vocabulary.h"
 #include "hip/hip_versions.h"
 
@@ -15,22 +14,28 @@ namespace {
 
 struct KnownSignal {
   std::uint16_t id;
-  const SignalLayout* layout;
+  const CompiledSignal* layout;
 };
 
 std::vector<KnownSignal> FindKnownSignals(HipVersionTag version) {
   std::vector<KnownSignal> signals;
   for (unsigned id = 0; id <= 0xFFFF; ++id) {
     const auto id16 = static_cast<std::uint16_t>(id);
-    if (const SignalLayout* layout = FindSignal(version, id16)) signals.push_back({id16, layout});
+    if (const CompiledSignal* layout = FindSignal(version, id16)) signals.push_back({id16, layout});
   }
   return signals;
 }
 
-// A way to print 16 bits: by this table, or as a number where it is null.
-using Printer = const EnumTable*;
+// A way to print 16 bits: by the labels of this enumeration, or as a number.
+using Printer = int;
+constexpr Printer kNumber = -1;
 
-bool IsSixteenBitNumber(const FieldLayout& field) {
+// The enumeration of a field.
+Printer GetPrinter(const CompiledField& field) {
+  return field.renderer == FieldRenderer::kEnum16 ? field.enum_index : kNumber;
+}
+
+bool IsSixteenBitNumber(const CompiledField& field) {
   return field.renderer == FieldRenderer::kU16 || field.renderer == FieldRenderer::kEnum16;
 }
 
@@ -50,8 +55,9 @@ class ValueChooser {
   // The labelled values of a table in this version, ascending.
   std::vector<std::uint16_t> LabelledValues(Printer printer) const {
     std::vector<std::uint16_t> values;
-    for (std::size_t row = 0; printer != nullptr && row < printer->size(); ++row) {
-      if (printer->versions(row).Contains(version_)) values.push_back(printer->value(row));
+    if (printer == kNumber) return values;
+    for (const CompiledLabel& label : ListLabels(static_cast<std::uint8_t>(printer))) {
+      if (label.versions.Contains(version_)) values.push_back(label.value);
     }
     return values;
   }
@@ -62,7 +68,8 @@ class ValueChooser {
 
  private:
   std::string_view Print(Printer printer, std::uint16_t value) const {
-    return printer == nullptr ? std::string_view() : printer->Find(value, version_).text();
+    if (printer == kNumber) return {};
+    return FindLabel(static_cast<std::uint8_t>(printer), value, version_).text();
   }
 
   std::vector<std::uint16_t> Choose(Printer own) const {
@@ -109,8 +116,9 @@ class RecordMaker {
     std::set<Printer> done;
     for (const KnownSignal& signal : signals_) {
       AddSignal(signal);
-      for (const FieldLayout& field : FieldsOf(*signal.layout)) {
-        if (field.labels != nullptr && done.insert(field.labels).second) AddLabels(signal, field);
+      for (const CompiledField& field : GetFields(*signal.layout)) {
+        const Printer printer = GetPrinter(field);
+        if (printer != kNumber && done.insert(printer).second) AddLabels(signal, field);
       }
     }
     return std::move(records_);
@@ -120,11 +128,11 @@ class RecordMaker {
   enum class TopBit { kClear, kSet };
 
   static std::vector<Printer> FindPrinters(const std::vector<KnownSignal>& signals) {
-    std::vector<Printer> printers = {nullptr};
+    std::vector<Printer> printers = {kNumber};
     for (const KnownSignal& signal : signals) {
-      for (const FieldLayout& field : FieldsOf(*signal.layout)) {
-        if (std::ranges::find(printers, field.labels) == printers.end()) {
-          printers.push_back(field.labels);
+      for (const CompiledField& field : GetFields(*signal.layout)) {
+        if (std::ranges::find(printers, GetPrinter(field)) == printers.end()) {
+          printers.push_back(GetPrinter(field));
         }
       }
     }
@@ -159,24 +167,24 @@ class RecordMaker {
     Add(signal, MakeSignal(signal, whole + 3, TopBit::kSet));
     Add(signal, MakeSignal(signal, min - 1, TopBit::kClear), kBulk);
     std::size_t rounds = 0;
-    for (const FieldLayout& field : FieldsOf(*signal.layout)) {
+    for (const CompiledField& field : GetFields(*signal.layout)) {
       if (!IsSixteenBitNumber(field)) continue;
-      rounds = std::max(rounds, chooser_.ValuesFor(field.labels).size());
+      rounds = std::max(rounds, chooser_.ValuesFor(GetPrinter(field)).size());
     }
     for (std::size_t round = 0; round < rounds; ++round) {
       std::string bytes = MakeSignal(signal, whole, TopBit::kClear);
-      for (const FieldLayout& field : FieldsOf(*signal.layout)) {
+      for (const CompiledField& field : GetFields(*signal.layout)) {
         if (!IsSixteenBitNumber(field)) continue;
-        const std::vector<std::uint16_t>& values = chooser_.ValuesFor(field.labels);
+        const std::vector<std::uint16_t>& values = chooser_.ValuesFor(GetPrinter(field));
         SetWord(bytes, field.offset, values[std::min(round, values.size() - 1)]);
       }
       Add(signal, bytes, kBulk);
     }
   }
 
-  void AddLabels(const KnownSignal& signal, const FieldLayout& field) {
+  void AddLabels(const KnownSignal& signal, const CompiledField& field) {
     std::set<std::uint16_t> values;
-    for (const std::uint16_t value : chooser_.LabelledValues(field.labels)) {
+    for (const std::uint16_t value : chooser_.LabelledValues(GetPrinter(field))) {
       for (const int step : {-1, 0, 1}) values.insert(static_cast<std::uint16_t>(value + step));
     }
     const std::size_t whole = std::max(signal.layout->min, signal.layout->end);
@@ -201,7 +209,7 @@ std::vector<ReferenceRecord> MakeReferenceRecords(HipVersionTag version) {
 
 Log MakeReferenceLog(HipVersionTag version) {
   Log log;
-  log.Header(KnownHipVersions()[static_cast<std::size_t>(version)].name);
+  log.Header(HipVersionTable[static_cast<std::size_t>(version)].name);
   Log::Time time = 0ms;
   for (const ReferenceRecord& record : MakeReferenceRecords(version)) {
     log.Record(time++, record.payload, record.signal_length);

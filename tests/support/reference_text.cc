@@ -81,9 +81,9 @@ std::vector<Record> ReadText(const std::string& log_path, const std::string& tex
 }
 
 void WriteLogs(const std::string& directory, const std::string& old_directory) {
-  for (const HipVersionEntry& version : KnownHipVersions()) {
+  for (const HipVersionEntry& version : HipVersionTable) {
     const std::string file = version.name + std::string(".udi");
-    const auto tag = static_cast<HipVersionTag>(&version - KnownHipVersions().data());
+    const auto tag = static_cast<HipVersionTag>(&version - HipVersionTable.data());
     Log log = MakeReferenceLog(tag);
     WriteFile(directory + '/' + file, log.bytes());
     if (old_directory.empty()) continue;
@@ -100,7 +100,7 @@ void WriteLogs(const std::string& directory, const std::string& old_directory) {
 }
 
 void ShowText(const std::string& directory) {
-  for (const HipVersionEntry& version : KnownHipVersions()) {
+  for (const HipVersionEntry& version : HipVersionTable) {
     const std::string path = directory + "/" + version.name;
     for (const Record& record : ReadText(path + ".udi", path + ".txt")) {
       std::printf("%s 0x%04X %u+%zu %s\n", version.name, record.id(), record.signal_length,
@@ -116,8 +116,8 @@ std::string DescribeVersions(const std::set<std::size_t>& versions) {
     auto last = first;
     while (std::next(last) != versions.end() && *std::next(last) == *last + 1) ++last;
     if (!text.empty()) text += ", ";
-    text += KnownHipVersions()[*first].name;
-    if (last != first) text += std::string(" to ") + KnownHipVersions()[*last].name;
+    text += HipVersionTable[*first].name;
+    if (last != first) text += std::string(" to ") + HipVersionTable[*last].name;
     first = std::next(last);
   }
   return text;
@@ -153,7 +153,7 @@ bool ShowDifferences(const std::string& directory, const std::string& old_direct
   std::map<std::tuple<unsigned, std::string, std::string>, std::set<std::size_t>> differences;
   bool differs = false;
   for (std::size_t i = 0; i < kHipVersionCount; ++i) {
-    const std::string name = KnownHipVersions()[i].name;
+    const std::string name = HipVersionTable[i].name;
     const std::string log = directory + "/" + name + ".udi";
     const std::vector<Record> now = ReadText(log, directory + "/" + name + ".txt");
     const std::vector<Record> before = ReadText(log, old_directory + "/" + name + ".txt");

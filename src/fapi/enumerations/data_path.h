@@ -19,7 +19,7 @@ inline constexpr EnumLabel kUserPriorityLabels[] = {
     Label(0x0007, "qos_up7",    "A-"),
     Label(0x8000, "contention", "A-"),
 };
-inline constexpr EnumTable kUserPriority = LabelTable<kUserPriorityLabels>();
+inline constexpr EnumTable kUserPriority = MakeEnumTable<kUserPriorityLabels>();
 
 // The form of the data unit in the bulk.
 inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
@@ -29,14 +29,14 @@ inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
     Label(0x0003, "amsdu",            "A-"),
     Label(0x0004, "tcp_ack",          "B-"),
 };
-inline constexpr EnumTable kDataUnitDescriptor = LabelTable<kDataUnitDescriptorLabels>();
+inline constexpr EnumTable kDataUnitDescriptor = MakeEnumTable<kDataUnitDescriptorLabels>();
 
 // Where the bulk lies.
 inline constexpr EnumLabel kBulkDataDescriptorLabels[] = {
     Label(0x0000, "inline",  "D-"),
     Label(0x0001, "smapper", "D-"),
 };
-inline constexpr EnumTable kBulkDataDescriptor = LabelTable<kBulkDataDescriptorLabels>();
+inline constexpr EnumTable kBulkDataDescriptor = MakeEnumTable<kBulkDataDescriptorLabels>();
 
 // How a transmission ended. Not the codes of result_code: 6 here is 1 there.
 inline constexpr EnumLabel kTransmissionStatusLabels[] = {
@@ -48,7 +48,7 @@ inline constexpr EnumLabel kTransmissionStatusLabels[] = {
     Label(0x0005, "unavailable_key_mapping", "A-"),
     Label(0x0006, "unspecified_failure",     "A-"),
 };
-inline constexpr EnumTable kTransmissionStatus = LabelTable<kTransmissionStatusLabels>();
+inline constexpr EnumTable kTransmissionStatus = MakeEnumTable<kTransmissionStatusLabels>();
 
 // The kind of frame that the host hands over for transmission.
 inline constexpr EnumLabel kMessageTypeLabels[] = {
@@ -64,7 +64,7 @@ inline constexpr EnumLabel kMessageTypeLabels[] = {
     Label(0x0010, "ieee80211_action",   "A-"),
     Label(0x0011, "ieee80211_mgmt",     "E-F,H-"),
 };
-inline constexpr EnumTable kMessageType = LabelTable<kMessageTypeLabels>();
+inline constexpr EnumTable kMessageType = MakeEnumTable<kMessageTypeLabels>();
 
 // Which way a flow runs. 2 never had a meaning.
 inline constexpr EnumLabel kDirectionLabels[] = {
@@ -72,13 +72,13 @@ inline constexpr EnumLabel kDirectionLabels[] = {
     Label(0x0001, "receive",  "A-"),
     Label(0x0003, "any",      "A-D,G"),
 };
-inline constexpr EnumTable kDirection = LabelTable<kDirectionLabels>();
+inline constexpr EnumTable kDirection = MakeEnumTable<kDirectionLabels>();
 
 // What a data plane control request asks for.
 inline constexpr EnumLabel kControlRequestTypeLabels[] = {
     Label(0x0000, "smapper_rx_config", "D,G"),
 };
-inline constexpr EnumTable kControlRequestType = LabelTable<kControlRequestTypeLabels>();
+inline constexpr EnumTable kControlRequestType = MakeEnumTable<kControlRequestTypeLabels>();
 
 // clang-format on
 

@@ -674,7 +674,7 @@ inline constexpr EnumLabel kRateLabels[] = {
     Label(0xE007, "ctr_ldpc", "E-"),
     Label(0xE008, "ctr_beamformed", "E-F,H-"),
 };
-inline constexpr EnumTable kRate = LabelTable<kRateLabels>();
+inline constexpr EnumTable kRate = MakeEnumTable<kRateLabels>();
 
 // clang-format on
 

@@ -86,7 +86,7 @@ inline constexpr EnumLabel kEventLabels[] = {
     Label(0x0105, "wifi_event_nan_cluster_joined",                    "D-"),
     Label(0x0106, "wifi_event_nan_transmit_followup",                 "D-"),
 };
-inline constexpr EnumTable kEvent = LabelTable<kEventLabels>();
+inline constexpr EnumTable kEvent = MakeEnumTable<kEventLabels>();
 
 // clang-format on
 

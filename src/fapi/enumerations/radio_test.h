@@ -48,7 +48,7 @@ inline constexpr EnumLabel kChannelInformationLabels[] = {
     Label(0x0307, "bandwidth_160mhzp7",             "H-"),
     Label(0x0308, "bandwidth_160mhznot_applicable", "H-"),
 };
-inline constexpr EnumTable kChannelInformation = LabelTable<kChannelInformationLabels>();
+inline constexpr EnumTable kChannelInformation = MakeEnumTable<kChannelInformationLabels>();
 
 // flags of wlanlite_cw_start_req. The four tables of a field of this name share
 // labels and not values.
@@ -56,7 +56,7 @@ inline constexpr EnumLabel kCwStartFlagsLabels[] = {
     Label(0x0000, "none",         "A-"),
     Label(0x0001, "scan_channel", "A-"),
 };
-inline constexpr EnumTable kCwStartFlags = LabelTable<kCwStartFlagsLabels>();
+inline constexpr EnumTable kCwStartFlags = MakeEnumTable<kCwStartFlagsLabels>();
 
 // flags of wlanlite_tx_read_cfm.
 inline constexpr EnumLabel kTxReadFlagsLabels[] = {
@@ -64,7 +64,7 @@ inline constexpr EnumLabel kTxReadFlagsLabels[] = {
     Label(0x0001, "frame_counting", "A-"),
     Label(0x0002, "thermal_cutout", "A-"),
 };
-inline constexpr EnumTable kTxReadFlags = LabelTable<kTxReadFlagsLabels>();
+inline constexpr EnumTable kTxReadFlags = MakeEnumTable<kTxReadFlagsLabels>();
 
 // flags of wlanlite_rx_start_req.
 inline constexpr EnumLabel kRxStartFlagsLabels[] = {
@@ -78,7 +78,7 @@ inline constexpr EnumLabel kRxStartFlagsLabels[] = {
     Label(0x0020, "chan_rssi",            "E-F,H-"),
     Label(0x0040, "disable_external_lna", "F,H-"),
 };
-inline constexpr EnumTable kRxStartFlags = LabelTable<kRxStartFlagsLabels>();
+inline constexpr EnumTable kRxStartFlags = MakeEnumTable<kRxStartFlagsLabels>();
 
 // flags of wlanlite_tx_set_params_req.
 inline constexpr EnumLabel kTxSetParamsFlagsLabels[] = {
@@ -101,13 +101,13 @@ inline constexpr EnumLabel kTxSetParamsFlagsLabels[] = {
     Label(0x4000, "beamforming",          "E-F,H-"),
     Label(0x8000, "disable_external_lna", "F,H-"),
 };
-inline constexpr EnumTable kTxSetParamsFlags = LabelTable<kTxSetParamsFlagsLabels>();
+inline constexpr EnumTable kTxSetParamsFlags = MakeEnumTable<kTxSetParamsFlagsLabels>();
 
 // A continuation of flags, of which no bit has a label yet.
 inline constexpr EnumLabel kFlags2Labels[] = {
     Label(0x0000, "none", "J-"),
 };
-inline constexpr EnumTable kFlags2 = LabelTable<kFlags2Labels>();
+inline constexpr EnumTable kFlags2 = MakeEnumTable<kFlags2Labels>();
 
 // The form of an 802.11ax test frame.
 inline constexpr EnumLabel kHeModeLabels[] = {
@@ -117,7 +117,7 @@ inline constexpr EnumLabel kHeModeLabels[] = {
     Label(0x0003, "he_mu_tb_standalone", "J-"),
     Label(0x0004, "he_mu_tb",            "J-"),
 };
-inline constexpr EnumTable kHeMode = LabelTable<kHeModeLabels>();
+inline constexpr EnumTable kHeMode = MakeEnumTable<kHeModeLabels>();
 
 // What a device under test is doing.
 inline constexpr EnumLabel kDeviceStateLabels[] = {
@@ -127,7 +127,7 @@ inline constexpr EnumLabel kDeviceStateLabels[] = {
     Label(0x0003, "cw_running",   "A-"),
     Label(0x0004, "bist_running", "E-"),
 };
-inline constexpr EnumTable kDeviceState = LabelTable<kDeviceStateLabels>();
+inline constexpr EnumTable kDeviceState = MakeEnumTable<kDeviceStateLabels>();
 
 // The wave form of a continuous wave.
 inline constexpr EnumLabel kCwWaveTypeLabels[] = {
@@ -137,7 +137,7 @@ inline constexpr EnumLabel kCwWaveTypeLabels[] = {
     Label(0x0003, "dc",       "A-"),
     Label(0x0004, "prn",      "A-"),
 };
-inline constexpr EnumTable kCwWaveType = LabelTable<kCwWaveTypeLabels>();
+inline constexpr EnumTable kCwWaveType = MakeEnumTable<kCwWaveTypeLabels>();
 
 // What test frames are filled with.
 inline constexpr EnumLabel kDataTypeLabels[] = {
@@ -145,14 +145,14 @@ inline constexpr EnumLabel kDataTypeLabels[] = {
     Label(0x0001, "data_random", "A-"),
     Label(0x0002, "data_custom", "L-"),
 };
-inline constexpr EnumTable kDataType = LabelTable<kDataTypeLabels>();
+inline constexpr EnumTable kDataType = MakeEnumTable<kDataTypeLabels>();
 
 // Which radios are used. Both together have no label.
 inline constexpr EnumLabel kRadioBitmapLabels[] = {
     Label(0x0001, "radio_0", "D-"),
     Label(0x0002, "radio_1", "D-"),
 };
-inline constexpr EnumTable kRadioBitmap = LabelTable<kRadioBitmapLabels>();
+inline constexpr EnumTable kRadioBitmap = MakeEnumTable<kRadioBitmapLabels>();
 
 // Whose rules hold: regulatory_domain and dfs_regulatory_domain.
 inline constexpr EnumLabel kRegulatoryDomainLabels[] = {
@@ -163,7 +163,7 @@ inline constexpr EnumLabel kRegulatoryDomainLabels[] = {
     Label(0x0004, "global",  "E-"),
     Label(0x0006, "china",   "E-"),
 };
-inline constexpr EnumTable kRegulatoryDomain = LabelTable<kRegulatoryDomainLabels>();
+inline constexpr EnumTable kRegulatoryDomain = MakeEnumTable<kRegulatoryDomainLabels>();
 
 // The band that the host allows.
 inline constexpr EnumLabel kBandLabels[] = {
@@ -171,7 +171,7 @@ inline constexpr EnumLabel kBandLabels[] = {
     Label(0x0001, "5ghz",   "G,I-"),
     Label(0x0002, "2_4ghz", "G,I-"),
 };
-inline constexpr EnumTable kBand = LabelTable<kBandLabels>();
+inline constexpr EnumTable kBand = MakeEnumTable<kBandLabels>();
 
 // The number of receive streams, less one.
 inline constexpr EnumLabel kRxNssLabels[] = {
@@ -184,7 +184,7 @@ inline constexpr EnumLabel kRxNssLabels[] = {
     Label(0x0006, "nss_seven_streams", "F"),
     Label(0x0007, "nss_eight_streams", "F"),
 };
-inline constexpr EnumTable kRxNss = LabelTable<kRxNssLabels>();
+inline constexpr EnumTable kRxNss = MakeEnumTable<kRxNssLabels>();
 
 // A statistics area of the firmware's memory.
 inline constexpr EnumLabel kAllocAreaLabels[] = {
@@ -192,7 +192,7 @@ inline constexpr EnumLabel kAllocAreaLabels[] = {
     Label(0x0001, "pmalloc_fsm_stats", "B-"),
     Label(0x0002, "hostio_sig_sizes",  "B-"),
 };
-inline constexpr EnumTable kAllocArea = LabelTable<kAllocAreaLabels>();
+inline constexpr EnumTable kAllocArea = MakeEnumTable<kAllocAreaLabels>();
 
 // clang-format on
 

@@ -60,7 +60,7 @@ inline constexpr EnumLabel kResultCodeLabels[] = {
     Label(0x900C, "ndl_unacceptable",                  "E-F,H-"),
     Label(0x900D, "ndl_failed_schedule",               "E-F,H-"),
 };
-inline constexpr EnumTable kResultCode = LabelTable<kResultCodeLabels>();
+inline constexpr EnumTable kResultCode = MakeEnumTable<kResultCodeLabels>();
 
 // Why something ended (reason_code), or why beacon reporting did (abort_reason).
 // Below 0x8000 these are reason codes of IEEE 802.11, from 0x8003 the
@@ -114,7 +114,7 @@ inline constexpr EnumLabel kReasonCodeLabels[] = {
     Label(0x9009, "ndp_rejected",                                  "E-F,H-"),
     Label(0x900A, "ndp_response_timeout",                          "J-"),
 };
-inline constexpr EnumTable kReasonCode = LabelTable<kReasonCodeLabels>();
+inline constexpr EnumTable kReasonCode = MakeEnumTable<kReasonCodeLabels>();
 
 // clang-format on
 

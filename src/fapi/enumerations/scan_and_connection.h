@@ -48,7 +48,7 @@ inline constexpr EnumLabel kScanTypeLabels[] = {
     Label(0x0013, "ftm_neighbour_scan",          "E-F,H"),
     Label(0x0014, "first_illegal",               "E-F,H"),
 };
-inline constexpr EnumTable kScanType = LabelTable<kScanTypeLabels>();
+inline constexpr EnumTable kScanType = MakeEnumTable<kScanTypeLabels>();
 
 // When scan results are reported. A row for each single bit; combinations have
 // none.
@@ -59,7 +59,7 @@ inline constexpr EnumLabel kReportModeBitmapLabels[] = {
     Label(0x0004, "real_time",         "A-"),
     Label(0x0008, "no_batch",          "A-"),
 };
-inline constexpr EnumTable kReportModeBitmap = LabelTable<kReportModeBitmapLabels>();
+inline constexpr EnumTable kReportModeBitmap = MakeEnumTable<kReportModeBitmapLabels>();
 
 // What the firmware has started.
 inline constexpr EnumLabel kProcedureTypeLabels[] = {
@@ -68,7 +68,7 @@ inline constexpr EnumLabel kProcedureTypeLabels[] = {
     Label(0x0002, "device_discovered",  "A-"),
     Label(0x0003, "roaming_started",    "A-"),
 };
-inline constexpr EnumTable kProcedureType = LabelTable<kProcedureTypeLabels>();
+inline constexpr EnumTable kProcedureType = MakeEnumTable<kProcedureTypeLabels>();
 
 // How a station authenticates. The values above shared_key are not those of
 // IEEE 802.11.
@@ -78,7 +78,7 @@ inline constexpr EnumLabel kAuthenticationTypeLabels[] = {
     Label(0x0003, "sae",         "E-F,H-"),
     Label(0x0080, "leap",        "A-"),
 };
-inline constexpr EnumTable kAuthenticationType = LabelTable<kAuthenticationTypeLabels>();
+inline constexpr EnumTable kAuthenticationType = MakeEnumTable<kAuthenticationTypeLabels>();
 
 // What a key is for. igtk moved at D.
 inline constexpr EnumLabel kKeyTypeLabels[] = {
@@ -93,7 +93,7 @@ inline constexpr EnumLabel kKeyTypeLabels[] = {
     Label(0x0008, "oxygen",        "A-B"),
     Label(0x0010, "igtk",          "A-C"),
 };
-inline constexpr EnumTable kKeyType = LabelTable<kKeyTypeLabels>();
+inline constexpr EnumTable kKeyType = MakeEnumTable<kKeyTypeLabels>();
 
 // What a virtual interface is.
 inline constexpr EnumLabel kVirtualInterfaceTypeLabels[] = {
@@ -111,14 +111,14 @@ inline constexpr EnumLabel kVirtualInterfaceTypeLabels[] = {
     Label(0x0021, "offchannel",     "E-F,H-"),
     Label(0x0022, "range",          "E-F,H-"),
 };
-inline constexpr EnumTable kVirtualInterfaceType = LabelTable<kVirtualInterfaceTypeLabels>();
+inline constexpr EnumTable kVirtualInterfaceType = MakeEnumTable<kVirtualInterfaceTypeLabels>();
 
 // Whether a station saves power.
 inline constexpr EnumLabel kPowerManagementModeLabels[] = {
     Label(0x0000, "active_mode", "A-"),
     Label(0x0001, "power_save",  "A-"),
 };
-inline constexpr EnumTable kPowerManagementMode = LabelTable<kPowerManagementModeLabels>();
+inline constexpr EnumTable kPowerManagementMode = MakeEnumTable<kPowerManagementModeLabels>();
 
 // How a beacon hides its SSID.
 inline constexpr EnumLabel kHiddenSsidLabels[] = {
@@ -126,7 +126,7 @@ inline constexpr EnumLabel kHiddenSsidLabels[] = {
     Label(0x0001, "hidden_zero_length", "A-"),
     Label(0x0002, "hidden_zero_data",   "A-"),
 };
-inline constexpr EnumTable kHiddenSsid = LabelTable<kHiddenSsidLabels>();
+inline constexpr EnumTable kHiddenSsid = MakeEnumTable<kHiddenSsidLabels>();
 
 // Protection of management frames.
 inline constexpr EnumLabel kPmfControlLabels[] = {
@@ -134,14 +134,14 @@ inline constexpr EnumLabel kPmfControlLabels[] = {
     Label(0x0001, "optional",  "A-C"),
     Label(0x0002, "mandatory", "A-C"),
 };
-inline constexpr EnumTable kPmfControl = LabelTable<kPmfControlLabels>();
+inline constexpr EnumTable kPmfControl = MakeEnumTable<kPmfControlLabels>();
 
 // Whom an access control list lets in.
 inline constexpr EnumLabel kAclPolicyLabels[] = {
     Label(0x0000, "blacklist", "A-"),
     Label(0x0001, "whitelist", "A-"),
 };
-inline constexpr EnumTable kAclPolicy = LabelTable<kAclPolicyLabels>();
+inline constexpr EnumTable kAclPolicy = MakeEnumTable<kAclPolicyLabels>();
 
 // What the host asks of a direct link.
 inline constexpr EnumLabel kTdlsActionLabels[] = {
@@ -150,7 +150,7 @@ inline constexpr EnumLabel kTdlsActionLabels[] = {
     Label(0x0002, "teardown",       "A-"),
     Label(0x0003, "channel_switch", "A-D,G"),
 };
-inline constexpr EnumTable kTdlsAction = LabelTable<kTdlsActionLabels>();
+inline constexpr EnumTable kTdlsAction = MakeEnumTable<kTdlsActionLabels>();
 
 // What happened to a direct link.
 inline constexpr EnumLabel kTdlsEventLabels[] = {
@@ -158,14 +158,14 @@ inline constexpr EnumLabel kTdlsEventLabels[] = {
     Label(0x0002, "disconnected", "A-"),
     Label(0x0003, "discovered",   "A-"),
 };
-inline constexpr EnumTable kTdlsEvent = LabelTable<kTdlsEventLabels>();
+inline constexpr EnumTable kTdlsEvent = MakeEnumTable<kTdlsEventLabels>();
 
 // Who controls roaming.
 inline constexpr EnumLabel kRoamingTypeLabels[] = {
     Label(0x0000, "legacy", "G,I-"),
     Label(0x0001, "ncho",   "G,I-"),
 };
-inline constexpr EnumTable kRoamingType = LabelTable<kRoamingTypeLabels>();
+inline constexpr EnumTable kRoamingType = MakeEnumTable<kRoamingTypeLabels>();
 
 // What the host is doing. From G on the same field prints as a plain number.
 inline constexpr EnumLabel kHostStateLabels[] = {
@@ -175,7 +175,7 @@ inline constexpr EnumLabel kHostStateLabels[] = {
     Label(0x0040, "grip_active",        "E-F"),
     Label(0x0080, "low_latency_active", "F"),
 };
-inline constexpr EnumTable kHostState = LabelTable<kHostStateLabels>();
+inline constexpr EnumTable kHostState = MakeEnumTable<kHostStateLabels>();
 
 // What a packet filter program does. F has no label at 0.
 inline constexpr EnumLabel kFilterModeLabels[] = {
@@ -183,14 +183,14 @@ inline constexpr EnumLabel kFilterModeLabels[] = {
     Label(0x0001, "suspend",  "F,H-"),
     Label(0x0002, "active",   "F,H-"),
 };
-inline constexpr EnumTable kFilterMode = LabelTable<kFilterModeLabels>();
+inline constexpr EnumTable kFilterMode = MakeEnumTable<kFilterModeLabels>();
 
 // Stops or starts something: arp_detect_action and wips_action.
 inline constexpr EnumLabel kStopStartLabels[] = {
     Label(0x0000, "stop",  "F-"),
     Label(0x0001, "start", "F-"),
 };
-inline constexpr EnumTable kStopStart = LabelTable<kStopStartLabels>();
+inline constexpr EnumTable kStopStart = MakeEnumTable<kStopStartLabels>();
 
 // Which ranging results are indicated. A row for each single bit.
 inline constexpr EnumLabel kRangingIndicationTypeLabels[] = {
@@ -198,7 +198,7 @@ inline constexpr EnumLabel kRangingIndicationTypeLabels[] = {
     Label(0x0002, "ingress",               "H-"),
     Label(0x0004, "egress",                "H-"),
 };
-inline constexpr EnumTable kRangingIndicationType = LabelTable<kRangingIndicationTypeLabels>();
+inline constexpr EnumTable kRangingIndicationType = MakeEnumTable<kRangingIndicationTypeLabels>();
 
 // The role of the host interface tester.
 inline constexpr EnumLabel kHipTesterModeLabels[] = {
@@ -206,7 +206,7 @@ inline constexpr EnumLabel kHipTesterModeLabels[] = {
     Label(0x0002, "sink",     "D-"),
     Label(0x0003, "loopback", "D-"),
 };
-inline constexpr EnumTable kHipTesterMode = LabelTable<kHipTesterModeLabels>();
+inline constexpr EnumTable kHipTesterMode = MakeEnumTable<kHipTesterModeLabels>();
 
 // Where the tester's stream ends. Other signals have a plain number of the same
 // name.
@@ -214,21 +214,21 @@ inline constexpr EnumLabel kHipTesterEndPointLabels[] = {
     Label(0x0001, "hostio", "D-"),
     Label(0x0002, "dplp",   "D-"),
 };
-inline constexpr EnumTable kHipTesterEndPoint = LabelTable<kHipTesterEndPointLabels>();
+inline constexpr EnumTable kHipTesterEndPoint = MakeEnumTable<kHipTesterEndPointLabels>();
 
 // What the tester's stream runs over.
 inline constexpr EnumLabel kHipTesterProtocolLabels[] = {
     Label(0x0001, "udp", "D-"),
     Label(0x0002, "tcp", "D-"),
 };
-inline constexpr EnumTable kHipTesterProtocol = LabelTable<kHipTesterProtocolLabels>();
+inline constexpr EnumTable kHipTesterProtocol = MakeEnumTable<kHipTesterProtocolLabels>();
 
 // The fields that are true or false. Any other value has no label: 2 is not true.
 inline constexpr EnumLabel kTrueFalseLabels[] = {
     Label(0x0000, "false", "A-"),
     Label(0x0001, "true",  "A-"),
 };
-inline constexpr EnumTable kTrueFalse = LabelTable<kTrueFalseLabels>();
+inline constexpr EnumTable kTrueFalse = MakeEnumTable<kTrueFalseLabels>();
 
 // clang-format on
 

@@ -4,13 +4,13 @@
 #include "fapi/enumerations/data_path.h"
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/enumerations/scan_and_connection.h"
-#include "fapi/signal_row.h"
+#include "fapi/signal_layout.h"
 
 // The mlme_ signals of a link's life: connecting, roaming and leaving.
 //
 // The Min of mlme_connect_res in A counts two bytes more than it has.
 
-inline constexpr SignalRow kConnectionRows[] = {
+inline constexpr SignalLayout kConnectionRows[] = {
     Signal("mlme_channel_switch_cfm", 0x2122, "A-", Min(26), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
     Signal("mlme_channel_switch_req", 0x2022, "A-", Min(28), U16("vif"), X16("channel_frequency"),
@@ -21,7 +21,7 @@ inline constexpr SignalRow kConnectionRows[] = {
            Spares()),
     Signal("mlme_connect_ind", 0x2303, "A-D", Min(26), Dump("data"), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
-    Signal("mlme_connect_ind", 0x2303, "E", MinUnlikeEnd(30), Dump("data"), Dump("frame"),
+    Signal("mlme_connect_ind", 0x2303, "E", MinDiffersFromEnd(30), Dump("data"), Dump("frame"),
            U16("vif"), Enum("result_code", kResultCode), Spares()),
     Signal("mlme_connect_ind", 0x2303, "F,H-", Min(26), Dump("frame"), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
@@ -32,7 +32,7 @@ inline constexpr SignalRow kConnectionRows[] = {
            Enum("pmf_control", kPmfControl), Spares()),
     Signal("mlme_connect_req", 0x200B, "D", Min(34), Dump("data"), U16("vif"), Mac("bssid"),
            Enum("authentication_type", kAuthenticationType), X16("channel_frequency"), Spares()),
-    Signal("mlme_connect_req", 0x200B, "E", MinUnlikeEnd(38), Dump("data"),
+    Signal("mlme_connect_req", 0x200B, "E", MinDiffersFromEnd(38), Dump("data"),
            Dump("information_elements"), U16("vif"), Mac("bssid"),
            Enum("authentication_type", kAuthenticationType), X16("channel_frequency"), Spares()),
     Signal("mlme_connect_req", 0x200B, "F,H-", Min(34), Dump("information_elements"), U16("vif"),
@@ -40,7 +40,7 @@ inline constexpr SignalRow kConnectionRows[] = {
            Spares()),
     Signal("mlme_connect_req", 0x200B, "G", Min(34), U16("vif"), Mac("bssid"),
            Enum("authentication_type", kAuthenticationType), X16("channel_frequency"), Spares()),
-    Signal("mlme_connect_res", 0x2200, "A", MinUnlikeEnd(26), U16("vif"), Spares()),
+    Signal("mlme_connect_res", 0x2200, "A", MinDiffersFromEnd(26), U16("vif"), Spares()),
     Signal("mlme_connect_res", 0x2200, "B-", Min(24), U16("vif"), Spares()),
     Signal("mlme_connected_ind", 0x2304, "A-E", Min(26), Dump("data"), U16("vif"),
            U16("peer_index"), Spares()),
@@ -66,8 +66,9 @@ inline constexpr SignalRow kConnectionRows[] = {
            Mac("peer_sta_address"), Enum("reason_code", kReasonCode), Spares()),
     Signal("mlme_procedure_started_ind", 0x230A, "A-D", Min(28), Dump("data"), U16("vif"),
            Enum("procedure_type", kProcedureType), U16("peer_index"), Spares()),
-    Signal("mlme_procedure_started_ind", 0x230A, "E", MinUnlikeEnd(32), Dump("data"), Dump("frame"),
-           U16("vif"), Enum("procedure_type", kProcedureType), U16("peer_index"), Spares()),
+    Signal("mlme_procedure_started_ind", 0x230A, "E", MinDiffersFromEnd(32), Dump("data"),
+           Dump("frame"), U16("vif"), Enum("procedure_type", kProcedureType), U16("peer_index"),
+           Spares()),
     Signal("mlme_procedure_started_ind", 0x230A, "F", Min(28), Dump("frame"), U16("vif"),
            Enum("procedure_type", kProcedureType), U16("peer_index"), Spares()),
     Signal("mlme_procedure_started_ind", 0x230A, "G", Min(28), U16("vif"),
@@ -78,14 +79,14 @@ inline constexpr SignalRow kConnectionRows[] = {
            Enum("result_code", kResultCode), Spares()),
     Signal("mlme_reassociate_ind", 0x2305, "A-D", Min(26), Dump("data"), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
-    Signal("mlme_reassociate_ind", 0x2305, "E", MinUnlikeEnd(30), Dump("data"), Dump("frame"),
+    Signal("mlme_reassociate_ind", 0x2305, "E", MinDiffersFromEnd(30), Dump("data"), Dump("frame"),
            U16("vif"), Enum("result_code", kResultCode), Spares()),
     Signal("mlme_reassociate_ind", 0x2305, "F,H-", Min(26), Dump("frame"), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
     Signal("mlme_reassociate_ind", 0x2305, "G", Min(26), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
     Signal("mlme_reassociate_req", 0x200C, "A-D", Min(24), Dump("data"), U16("vif"), Spares()),
-    Signal("mlme_reassociate_req", 0x200C, "E", MinUnlikeEnd(28), Dump("data"),
+    Signal("mlme_reassociate_req", 0x200C, "E", MinDiffersFromEnd(28), Dump("data"),
            Dump("information_elements"), U16("vif"), Spares()),
     Signal("mlme_reassociate_req", 0x200C, "F,H-", Min(24), Dump("information_elements"),
            U16("vif"), Spares()),
@@ -101,7 +102,7 @@ inline constexpr SignalRow kConnectionRows[] = {
            X16("channel_frequency"), Spares()),
     Signal("mlme_roamed_ind", 0x2307, "A-D", Min(26), Dump("data"), U16("vif"),
            Enum("temporal_keys_required", kTrueFalse), Spares()),
-    Signal("mlme_roamed_ind", 0x2307, "E", MinUnlikeEnd(30), Dump("data"), Dump("frame"),
+    Signal("mlme_roamed_ind", 0x2307, "E", MinDiffersFromEnd(30), Dump("data"), Dump("frame"),
            U16("vif"), Enum("temporal_keys_required", kTrueFalse), Spares()),
     Signal("mlme_roamed_ind", 0x2307, "F,H-", Min(26), Dump("frame"), U16("vif"),
            Enum("temporal_keys_required", kTrueFalse), Spares()),

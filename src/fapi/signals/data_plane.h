@@ -3,7 +3,7 @@
 
 #include "fapi/enumerations/data_path.h"
 #include "fapi/enumerations/result_codes.h"
-#include "fapi/signal_row.h"
+#include "fapi/signal_layout.h"
 
 // The signals of the data path, the ma_ family.
 //
@@ -11,7 +11,7 @@
 // neighbours. ma_tx_failure_ind of A keeps a Min that counts a field of two bytes
 // less than it has.
 
-inline constexpr SignalRow kDataPlaneRows[] = {
+inline constexpr SignalLayout kDataPlaneRows[] = {
     Signal("ma_blockack_ind", 0x1301, "A-H", Min(38), U16("vif"), Mac("peer_qsta_address"),
            U16("sequence_number"), Enum("reason_code", kReasonCode), U16("blockack_parameter_set"),
            Enum("direction", kDirection), Spares()),
@@ -22,8 +22,8 @@ inline constexpr SignalRow kDataPlaneRows[] = {
            Spares()),
     Signal("ma_control_req", 0x1001, "D,G", Min(26), U16("vif"),
            Enum("control_request_type", kControlRequestType), Spares()),
-    Signal("ma_tx_failure_ind", 0x1302, "A", MinUnlikeEnd(28), U16("vif"), Mac("peer_sta_address"),
-           Spares()),
+    Signal("ma_tx_failure_ind", 0x1302, "A", MinDiffersFromEnd(28), U16("vif"),
+           Mac("peer_sta_address"), Spares()),
     Signal("ma_tx_failure_ind", 0x1302, "B", Min(30), U16("vif"), Mac("peer_sta_address"),
            Spares()),
     Signal("ma_unitdata_cfm", 0x1100, "A-E", Min(32), Dump("data"), U16("vif"),
@@ -41,8 +41,8 @@ inline constexpr SignalRow kDataPlaneRows[] = {
            Enum("priority", kUserPriority), U16("peer_index"),
            U16("proprieraty_information_length"), Enum("bulk_data_descriptor", kBulkDataDescriptor),
            Spares()),
-    Signal("ma_unitdata_ind", 0x1300, "E", MinUnlikeEnd(40), Dump("data"), Dump("data"), U16("vif"),
-           Enum("data_unit_descriptor", kDataUnitDescriptor), U16("sequence_number"),
+    Signal("ma_unitdata_ind", 0x1300, "E", MinDiffersFromEnd(40), Dump("data"), Dump("data"),
+           U16("vif"), Enum("data_unit_descriptor", kDataUnitDescriptor), U16("sequence_number"),
            Enum("priority", kUserPriority), U16("peer_index"),
            U16("proprieraty_information_length"), Enum("bulk_data_descriptor", kBulkDataDescriptor),
            Spares()),
@@ -58,8 +58,8 @@ inline constexpr SignalRow kDataPlaneRows[] = {
            Enum("priority", kUserPriority), U16("peer_index"),
            Enum("data_unit_descriptor", kDataUnitDescriptor),
            Enum("bulk_data_descriptor", kBulkDataDescriptor), Spares()),
-    Signal("ma_unitdata_req", 0x1000, "E", MinUnlikeEnd(38), Dump("data"), Dump("data"), U16("vif"),
-           X16("host_tag"), Enum("priority", kUserPriority), U16("peer_index"),
+    Signal("ma_unitdata_req", 0x1000, "E", MinDiffersFromEnd(38), Dump("data"), Dump("data"),
+           U16("vif"), X16("host_tag"), Enum("priority", kUserPriority), U16("peer_index"),
            Enum("data_unit_descriptor", kDataUnitDescriptor),
            Enum("bulk_data_descriptor", kBulkDataDescriptor), Spares()),
     Signal("ma_unitdata_req", 0x1000, "G", Min(34), U16("vif"), X16("host_tag"),

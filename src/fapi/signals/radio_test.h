@@ -4,14 +4,14 @@
 #include "fapi/enumerations/data_rates.h"
 #include "fapi/enumerations/radio_test.h"
 #include "fapi/enumerations/result_codes.h"
-#include "fapi/signal_row.h"
+#include "fapi/signal_layout.h"
 
 // The wlanlite_ signals, with which a host drives the firmware's radio test.
 //
 // "power" prints without the blank before its name. Layouts kept their lengths
 // while later fields took over the bytes of earlier ones.
 
-inline constexpr SignalRow kRadioTestRows[] = {
+inline constexpr SignalLayout kRadioTestRows[] = {
     Signal("wlanlite_cw_start_cfm", 0x9101, "A-", Min(24), Enum("result_code", kResultCode),
            Spares()),
     Signal("wlanlite_cw_start_req", 0x9005, "A-", Min(42), U16("freq"), X16NoSpace("power"),
@@ -28,7 +28,7 @@ inline constexpr SignalRow kRadioTestRows[] = {
            Enum("result_code", kResultCode), I32("freq_offset_cur"), I32("freq_offset_avg"),
            I32("rssi_cur"), I32("rssi_avg"), I32("snr_cur"), I32("snr_avg"), U32("interval"),
            Spares()),
-    Signal("wlanlite_rx_read_cfm", 0x9108, "E", MinUnlikeEnd(56), Dump("data"),
+    Signal("wlanlite_rx_read_cfm", 0x9108, "E", MinDiffersFromEnd(56), Dump("data"),
            Dump("counters_data_ref"), Enum("result_code", kResultCode), I32("freq_offset_cur"),
            I32("freq_offset_avg"), I16("rssi_cur"), I16("rssi_avg"), I16("rssi_min"),
            I16("rssi_max"), I16("snr_cur"), I16("snr_avg"), I16("snr_min"), I16("snr_max"),
@@ -41,7 +41,7 @@ inline constexpr SignalRow kRadioTestRows[] = {
            I32("freq_offset_cur"), I32("freq_offset_avg"), I32("rssi_cur"), I32("rssi_avg"),
            I32("snr_cur"), I32("snr_avg"), U32("interval"), Spares()),
     Signal("wlanlite_rx_read_req", 0x900C, "A-D", Min(22), Dump("data"), Spares()),
-    Signal("wlanlite_rx_read_req", 0x900C, "E", MinUnlikeEnd(26), Dump("data"),
+    Signal("wlanlite_rx_read_req", 0x900C, "E", MinDiffersFromEnd(26), Dump("data"),
            Dump("rates_data_ref"), Spares()),
     Signal("wlanlite_rx_read_req", 0x900C, "F,H-", Min(22), Dump("rates_data_ref"), Spares()),
     Signal("wlanlite_rx_read_req", 0x900C, "G", Min(22), Spares()),

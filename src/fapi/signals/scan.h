@@ -4,19 +4,19 @@
 #include "fapi/enumerations/event_log.h"
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/enumerations/scan_and_connection.h"
-#include "fapi/signal_row.h"
+#include "fapi/signal_layout.h"
 
 // The mlme_ signals that search for networks and measure the radio environment.
 //
 // Scan signals have no vif: the two bytes in its place are not printed.
 
-inline constexpr SignalRow kScanRows[] = {
+inline constexpr SignalLayout kScanRows[] = {
     Signal("mlme_add_range_cfm", 0x2129, "C-", Min(28), U16("vif"),
            Enum("result_code", kResultCode), U16("rtt_id"), Spares()),
     Signal("mlme_add_range_req", 0x2029, "C,G", Min(26), U16("vif"), U16("rtt_id"), Spares()),
     Signal("mlme_add_range_req", 0x2029, "D", Min(26), Dump("data"), U16("vif"), U16("rtt_id"),
            Spares()),
-    Signal("mlme_add_range_req", 0x2029, "E", MinUnlikeEnd(36), Dump("data"),
+    Signal("mlme_add_range_req", 0x2029, "E", MinDiffersFromEnd(36), Dump("data"),
            Dump("information_elements"), U16("vif"), U16("rtt_id"), Mac("device_address"),
            Spares()),
     Signal("mlme_add_range_req", 0x2029, "F,H-", Min(32), Dump("information_elements"), U16("vif"),
@@ -26,7 +26,7 @@ inline constexpr SignalRow kScanRows[] = {
     Signal("mlme_add_scan_req", 0x2005, "A-D", Min(36), Dump("data"), U16("scan_id").At(12),
            Enum("scan_type", kScanType), Mac("device_address"),
            Enum("report_mode_bitmap", kReportModeBitmap), Spares()),
-    Signal("mlme_add_scan_req", 0x2005, "E", MinUnlikeEnd(40), Dump("data"),
+    Signal("mlme_add_scan_req", 0x2005, "E", MinDiffersFromEnd(40), Dump("data"),
            Dump("information_elements"), U16("scan_id").At(12), Enum("scan_type", kScanType),
            Mac("device_address"), Enum("report_mode_bitmap", kReportModeBitmap), Spares()),
     Signal("mlme_add_scan_req", 0x2005, "F,H-", Min(36), Dump("information_elements"),
@@ -53,12 +53,12 @@ inline constexpr SignalRow kScanRows[] = {
            Hex8("timestamp"), Spares()),
     Signal("mlme_event_log_ind", 0x2316, "D,F,H-", Min(34), Dump("data"), U16("vif"),
            Enum("event", kEvent), Hex8("timestamp"), Spares()),
-    Signal("mlme_event_log_ind", 0x2316, "E", MinUnlikeEnd(38), Dump("data"), Dump("data"),
+    Signal("mlme_event_log_ind", 0x2316, "E", MinDiffersFromEnd(38), Dump("data"), Dump("data"),
            U16("vif"), Enum("event", kEvent), Hex8("timestamp"), Spares()),
     Signal("mlme_listen_end_ind", 0x2302, "A-", Min(24), U16("vif"), Spares()),
     Signal("mlme_monitor_rssi_cfm", 0x2123, "A-", Min(26), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
-    Signal("mlme_monitor_rssi_req", 0x2023, "A", MinUnlikeEnd(28), U16("vif"),
+    Signal("mlme_monitor_rssi_req", 0x2023, "A", MinDiffersFromEnd(28), U16("vif"),
            I16("low_rssi_threshold"), I16("high_rssi_threshold"),
            Enum("rssi_monitoring_enabled", kTrueFalse), Spares()),
     Signal("mlme_monitor_rssi_req", 0x2023, "B-", Min(30), U16("vif"), I16("low_rssi_threshold"),
@@ -68,7 +68,7 @@ inline constexpr SignalRow kScanRows[] = {
            Spares()),
     Signal("mlme_range_ind", 0x2314, "D", Min(28), Dump("data"), U16("vif"), U16("rtt_id"),
            U16("entries"), Spares()),
-    Signal("mlme_range_ind", 0x2314, "E", MinUnlikeEnd(32), Dump("data"),
+    Signal("mlme_range_ind", 0x2314, "E", MinDiffersFromEnd(32), Dump("data"),
            Dump("information_elements"), U16("vif"), U16("rtt_id"), U16("entries"), Spares()),
     Signal("mlme_range_ind", 0x2314, "F,H-", Min(28), Dump("information_elements"), U16("vif"),
            U16("rtt_id"), U16("entries"), Spares()),
@@ -84,10 +84,10 @@ inline constexpr SignalRow kScanRows[] = {
            X16("channel_frequency"), I16("rssi"), U16("scan_id"), Enum("hotlisted_ap", kTrueFalse),
            Enum("preferrednetwork_ap", kTrueFalse), U16("anqp_elements_length"),
            U16("network_block_id"), Spares()),
-    Signal("mlme_scan_ind", 0x2300, "E", MinUnlikeEnd(42), Dump("data"), Dump("frame"), U16("vif"),
-           X16("channel_frequency"), I16("rssi"), U16("scan_id"), Enum("hotlisted_ap", kTrueFalse),
-           Enum("preferrednetwork_ap", kTrueFalse), U16("anqp_elements_length"),
-           U16("network_block_id"), Spares()),
+    Signal("mlme_scan_ind", 0x2300, "E", MinDiffersFromEnd(42), Dump("data"), Dump("frame"),
+           U16("vif"), X16("channel_frequency"), I16("rssi"), U16("scan_id"),
+           Enum("hotlisted_ap", kTrueFalse), Enum("preferrednetwork_ap", kTrueFalse),
+           U16("anqp_elements_length"), U16("network_block_id"), Spares()),
     Signal("mlme_scan_ind", 0x2300, "F,H-", Min(38), Dump("frame"), U16("vif"),
            X16("channel_frequency"), I16("rssi"), U16("scan_id"), Enum("hotlisted_ap", kTrueFalse),
            Enum("preferrednetwork_ap", kTrueFalse), U16("anqp_elements_length"),
@@ -105,7 +105,7 @@ inline constexpr SignalRow kScanRows[] = {
            Enum("result_code", kResultCode), Spares()),
     Signal("mlme_set_cached_channels_req", 0x201F, "A-D", Min(24), Dump("data"), U16("vif"),
            Spares()),
-    Signal("mlme_set_cached_channels_req", 0x201F, "E", MinUnlikeEnd(28), Dump("data"),
+    Signal("mlme_set_cached_channels_req", 0x201F, "E", MinDiffersFromEnd(28), Dump("data"),
            Dump("information_elements"), U16("vif"), Spares()),
     Signal("mlme_set_cached_channels_req", 0x201F, "F,H-", Min(24), Dump("information_elements"),
            U16("vif"), Spares()),

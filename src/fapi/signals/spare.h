@@ -1,197 +1,392 @@
 #ifndef VRKT_FAPI_SIGNALS_SPARE_H_
 #define VRKT_FAPI_SIGNALS_SPARE_H_
 
-#include <array>
-#include <cstddef>
-#include <string_view>
-
 #include "fapi/enumerations/result_codes.h"
-#include "fapi/signal_row.h"
+#include "fapi/signal_layout.h"
 
-// The ids that no function uses yet. They print like any other signal, under a
-// spare name with a small fixed list of fields.
+// The ids that no function uses yet.
 //
-// There are too many rows to write and too few rules to get wrong: the tables
-// below name families of rows, and the compiler makes the rows.
+// The NAME_spare_signal1 to 3 of a block have the three highest ids of that
+// block, so each new signal of the block moves them up. The NAME_spareN signals
+// keep their ids.
+//
+// ma_spare_signalN_res of A has a Min two bytes above the end of its fields, as
+// has every signal of E with a dump, four bytes above.
 
-enum class SpareLayout {
-  kPlain,          // vif, spares
-  kConfirm,        // vif, result_code, spares
-  kDump,           // a dump, vif, spares
-  kDumpConfirm,    // a dump, vif, result_code, spares
-  kTurnedConfirm,  // result_code, vif, spares
+inline constexpr SignalLayout kSpareRows[] = {
+    Signal("debug_spare1_cfm", 0x8100, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare1_req", 0x8000, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("debug_spare1_req", 0x8000, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("debug_spare1_res", 0x8200, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare2_cfm", 0x8101, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare2_ind", 0x8304, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("debug_spare2_ind", 0x8304, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("debug_spare2_req", 0x8001, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("debug_spare2_req", 0x8001, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("debug_spare2_res", 0x8201, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare3_cfm", 0x8102, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare3_ind", 0x8305, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("debug_spare3_ind", 0x8305, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("debug_spare3_req", 0x8002, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("debug_spare3_req", 0x8002, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("debug_spare3_res", 0x8202, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare4_ind", 0x8306, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("debug_spare4_ind", 0x8306, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_cfm", 0x8101, "A", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal1_cfm", 0x8100, "B-D,G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal1_cfm", 0x8103, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal1_ind", 0x8306, "A", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_ind", 0x8303, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_ind", 0x8307, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_req", 0x8007, "A", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_req", 0x8000, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_req", 0x8003, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_res", 0x8200, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal1_res", 0x8203, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_cfm", 0x8102, "A", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal2_cfm", 0x8101, "B-D,G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal2_cfm", 0x8104, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal2_ind", 0x8307, "A", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_ind", 0x8304, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_ind", 0x8308, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_req", 0x8008, "A", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_req", 0x8001, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_req", 0x8004, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_res", 0x8201, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal2_res", 0x8204, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_cfm", 0x8103, "A", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal3_cfm", 0x8102, "B-D,G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal3_cfm", 0x8105, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("debug_spare_signal3_ind", 0x8308, "A", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_ind", 0x8305, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_ind", 0x8309, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_req", 0x8009, "A", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_req", 0x8002, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_req", 0x8005, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_res", 0x8202, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("debug_spare_signal3_res", 0x8205, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare1_cfm", 0x1102, "E-F,H-", Min(26), U16("vif"), Enum("result_code", kResultCode),
+           Spares()),
+    Signal("ma_spare1_ind", 0x1302, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare1_ind", 0x1302, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare1_req", 0x1002, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare1_req", 0x1002, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare1_res", 0x1200, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare2_cfm", 0x1103, "E-F,H-", Min(26), U16("vif"), Enum("result_code", kResultCode),
+           Spares()),
+    Signal("ma_spare2_ind", 0x1303, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare2_ind", 0x1303, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare2_req", 0x1003, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare2_req", 0x1003, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare2_res", 0x1201, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare3_cfm", 0x1104, "E-F,H-", Min(26), U16("vif"), Enum("result_code", kResultCode),
+           Spares()),
+    Signal("ma_spare3_ind", 0x1304, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare3_ind", 0x1304, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare3_req", 0x1004, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare3_req", 0x1004, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("ma_spare3_res", 0x1202, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_cfm", 0x1101, "A-C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal1_cfm", 0x1102, "D,G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal1_cfm", 0x1105, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal1_ind", 0x1303, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_ind", 0x1302, "C-D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_ind", 0x1305, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_req", 0x1001, "A-C", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_req", 0x1002, "D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_req", 0x1005, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_res", 0x1200, "A", MinDiffersFromEnd(26), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_res", 0x1200, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal1_res", 0x1203, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_cfm", 0x1102, "A-C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal2_cfm", 0x1103, "D,G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal2_cfm", 0x1106, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal2_ind", 0x1304, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_ind", 0x1303, "C-D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_ind", 0x1306, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_req", 0x1002, "A-C", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_req", 0x1003, "D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_req", 0x1006, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_res", 0x1201, "A", MinDiffersFromEnd(26), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_res", 0x1201, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal2_res", 0x1204, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_cfm", 0x1103, "A-C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal3_cfm", 0x1104, "D,G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal3_cfm", 0x1107, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("ma_spare_signal3_ind", 0x1305, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_ind", 0x1304, "C-D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_ind", 0x1307, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_req", 0x1003, "A-C", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_req", 0x1004, "D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_req", 0x1007, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_res", 0x1202, "A", MinDiffersFromEnd(26), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_res", 0x1202, "B-D,G", Min(24), U16("vif"), Spares()),
+    Signal("ma_spare_signal3_res", 0x1205, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare2_ind", 0x231C, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("mlme_spare2_res", 0x2206, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare3_cfm", 0x2134, "E", Min(26), U16("vif"), Enum("result_code", kResultCode),
+           Spares()),
+    Signal("mlme_spare3_ind", 0x231D, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("mlme_spare3_ind", 0x231D, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("mlme_spare3_req", 0x2034, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("mlme_spare3_res", 0x2207, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare4_cfm", 0x213A, "E-F,H-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare4_ind", 0x231E, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("mlme_spare4_ind", 0x231E, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("mlme_spare4_req", 0x203A, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("mlme_spare4_req", 0x203A, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("mlme_spare4_res", 0x2208, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare5_cfm", 0x213B, "E-F", Min(26), Enum("result_code", kResultCode), U16("vif"),
+           Spares()),
+    Signal("mlme_spare5_cfm", 0x213B, "H-", Min(26), U16("vif"), Enum("result_code", kResultCode),
+           Spares()),
+    Signal("mlme_spare5_ind", 0x2324, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("mlme_spare5_req", 0x203B, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("mlme_spare5_req", 0x203B, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("mlme_spare6_cfm", 0x213C, "F", Min(26), Enum("result_code", kResultCode), U16("vif"),
+           Spares()),
+    Signal("mlme_spare6_cfm", 0x213C, "H-", Min(26), U16("vif"), Enum("result_code", kResultCode),
+           Spares()),
+    Signal("mlme_spare6_req", 0x203C, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x2128, "A-B", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x212B, "C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x2132, "D", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x213C, "E", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x2141, "F,H", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x2144, "G,K", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x2143, "I-J", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_cfm", 0x2145, "L-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal1_ind", 0x2314, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_ind", 0x2317, "C", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_ind", 0x231B, "D", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_ind", 0x2324, "E", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_ind", 0x2325, "F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_ind", 0x231D, "G", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x2028, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x202B, "C", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x2032, "D", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x203C, "E", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x2041, "F,H", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x2044, "G,K", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x2043, "I-J", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_req", 0x2045, "L-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_res", 0x2205, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal1_res", 0x2209, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x2129, "A-B", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x212C, "C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x2133, "D", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x213D, "E", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x2142, "F,H", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x2145, "G,K", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x2144, "I-J", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_cfm", 0x2146, "L-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal2_ind", 0x2315, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_ind", 0x2318, "C", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_ind", 0x231C, "D", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_ind", 0x2325, "E", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_ind", 0x2326, "F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_ind", 0x231E, "G", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x2029, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x202C, "C", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x2033, "D", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x203D, "E", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x2042, "F,H", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x2045, "G,K", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x2044, "I-J", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_req", 0x2046, "L-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_res", 0x2206, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal2_res", 0x220A, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x212A, "A-B", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x212D, "C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x2134, "D", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x213E, "E", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x2143, "F,H", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x2146, "G,K", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x2145, "I-J", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_cfm", 0x2147, "L-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("mlme_spare_signal3_ind", 0x2316, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_ind", 0x2319, "C", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_ind", 0x231D, "D", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_ind", 0x2326, "E", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_ind", 0x2327, "F,H-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_ind", 0x231F, "G", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x202A, "A-B", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x202D, "C", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x2034, "D", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x203E, "E", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x2043, "F,H", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x2046, "G,K", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x2045, "I-J", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_req", 0x2047, "L-", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_res", 0x2207, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("mlme_spare_signal3_res", 0x220B, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare1_cfm", 0x9117, "E", MinDiffersFromEnd(30), Dump("data"), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare1_cfm", 0x9117, "F,H-", Min(26), Dump("data"), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare1_ind", 0x9305, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("test_spare1_ind", 0x9305, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("test_spare1_req", 0x9020, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("test_spare1_req", 0x9020, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("test_spare1_res", 0x9200, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare2_cfm", 0x9118, "E", MinDiffersFromEnd(30), Dump("data"), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare2_cfm", 0x9118, "F,H-", Min(26), Dump("data"), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare2_ind", 0x9306, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("test_spare2_ind", 0x9306, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("test_spare2_req", 0x9021, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("test_spare2_req", 0x9021, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("test_spare2_res", 0x9201, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare3_cfm", 0x9119, "E", MinDiffersFromEnd(30), Dump("data"), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare3_cfm", 0x9119, "F,H-", Min(26), Dump("data"), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare3_ind", 0x9307, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("test_spare3_ind", 0x9307, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("test_spare3_req", 0x9022, "E", MinDiffersFromEnd(28), Dump("data"), U16("vif"),
+           Spares()),
+    Signal("test_spare3_req", 0x9022, "F,H-", Min(24), Dump("data"), U16("vif"), Spares()),
+    Signal("test_spare3_res", 0x9202, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_cfm", 0x910B, "A", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal1_cfm", 0x9112, "B-C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal1_cfm", 0x9116, "D", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal1_cfm", 0x911A, "E-F,H-J", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal1_cfm", 0x9117, "G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal1_cfm", 0x911B, "K-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal1_ind", 0x9301, "A", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_ind", 0x9304, "B-C", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_ind", 0x9305, "D,G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_ind", 0x9308, "E-F,H-J", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_ind", 0x9309, "K-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_req", 0x900F, "A", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_req", 0x901A, "B-C", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_req", 0x901F, "D", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_req", 0x9023, "E-F,H-J", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_req", 0x9020, "G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_req", 0x9024, "K-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_res", 0x9200, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal1_res", 0x9203, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_cfm", 0x910C, "A", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal2_cfm", 0x9113, "B-C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal2_cfm", 0x9117, "D", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal2_cfm", 0x911B, "E-F,H-J", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal2_cfm", 0x9118, "G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal2_cfm", 0x911C, "K-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal2_ind", 0x9302, "A", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_ind", 0x9305, "B-C", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_ind", 0x9306, "D,G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_ind", 0x9309, "E-F,H-J", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_ind", 0x930A, "K-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_req", 0x9010, "A", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_req", 0x901B, "B-C", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_req", 0x9020, "D", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_req", 0x9024, "E-F,H-J", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_req", 0x9021, "G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_req", 0x9025, "K-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_res", 0x9201, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal2_res", 0x9204, "E-F,H-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_cfm", 0x910D, "A", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal3_cfm", 0x9114, "B-C", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal3_cfm", 0x9118, "D", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal3_cfm", 0x911C, "E-F,H-J", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal3_cfm", 0x9119, "G", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal3_cfm", 0x911D, "K-", Min(26), U16("vif"),
+           Enum("result_code", kResultCode), Spares()),
+    Signal("test_spare_signal3_ind", 0x9303, "A", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_ind", 0x9306, "B-C", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_ind", 0x9307, "D,G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_ind", 0x930A, "E-F,H-J", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_ind", 0x930B, "K-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_req", 0x9011, "A", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_req", 0x901C, "B-C", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_req", 0x9021, "D", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_req", 0x9025, "E-F,H-J", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_req", 0x9022, "G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_req", 0x9026, "K-", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_res", 0x9202, "A-D,G", Min(24), U16("vif"), Spares()),
+    Signal("test_spare_signal3_res", 0x9205, "E-F,H-", Min(24), U16("vif"), Spares()),
 };
-
-// Three signals whose names have 1, 2 and 3 for the '#', at three ids in a row
-// that lie directly above all other ids of their block. Each new signal in the
-// block pushes them up. Confirms have a result_code.
-struct SpareTriple {
-  SignalName name;
-  std::array<unsigned, kHipVersionCount> first_ids;
-  std::size_t surplus_in_a;  // what Min counts beyond the last field, in A
-};
-
-// Signals whose names have the numbers `first` to `last` for the '#', at ids in
-// a row from `first_id` on. Each keeps its id.
-struct NumberedSpares {
-  SignalName name;
-  unsigned first;
-  unsigned last;
-  unsigned first_id;
-  HipVersionSet versions;
-  SpareLayout layout;
-};
-
-template <std::size_t kIds>
-consteval SpareTriple Triple(SpareName name, const unsigned (&first_ids)[kIds],
-                             std::size_t surplus_in_a = 0) {
-  static_assert(kIds == kHipVersionCount, "a triple has an id for each version");
-  return {name, std::to_array(first_ids), surplus_in_a};
-}
-
-consteval NumberedSpares Numbered(SpareName name, unsigned first, unsigned last, unsigned first_id,
-                                  HipVersionSet versions, SpareLayout layout) {
-  if (last < first || last > 9) throw "numbered spares have rising numbers of one digit";
-  return {name, first, last, first_id, versions, layout};
-}
-
-// It looks like a slip, and it is what A does.
-inline constexpr std::size_t kSurplusOfA = 2;
-
-// clang-format off
-inline constexpr SpareTriple kSpareTriples[] = {
-    //                               A       B       C       D       E       F       G       H       I       J       K       L
-    Triple("ma_spare_signal#_req",    {0x1001, 0x1001, 0x1001, 0x1002, 0x1005, 0x1005, 0x1002, 0x1005, 0x1005, 0x1005, 0x1005, 0x1005}),
-    Triple("ma_spare_signal#_cfm",    {0x1101, 0x1101, 0x1101, 0x1102, 0x1105, 0x1105, 0x1102, 0x1105, 0x1105, 0x1105, 0x1105, 0x1105}),
-    Triple("ma_spare_signal#_res",    {0x1200, 0x1200, 0x1200, 0x1200, 0x1203, 0x1203, 0x1200, 0x1203, 0x1203, 0x1203, 0x1203, 0x1203}, kSurplusOfA),
-    Triple("ma_spare_signal#_ind",    {0x1303, 0x1303, 0x1302, 0x1302, 0x1305, 0x1305, 0x1302, 0x1305, 0x1305, 0x1305, 0x1305, 0x1305}),
-    Triple("mlme_spare_signal#_req",  {0x2028, 0x2028, 0x202B, 0x2032, 0x203C, 0x2041, 0x2044, 0x2041, 0x2043, 0x2043, 0x2044, 0x2045}),
-    Triple("mlme_spare_signal#_cfm",  {0x2128, 0x2128, 0x212B, 0x2132, 0x213C, 0x2141, 0x2144, 0x2141, 0x2143, 0x2143, 0x2144, 0x2145}),
-    Triple("mlme_spare_signal#_res",  {0x2205, 0x2205, 0x2205, 0x2205, 0x2209, 0x2209, 0x2205, 0x2209, 0x2209, 0x2209, 0x2209, 0x2209}),
-    Triple("mlme_spare_signal#_ind",  {0x2314, 0x2314, 0x2317, 0x231B, 0x2324, 0x2325, 0x231D, 0x2325, 0x2325, 0x2325, 0x2325, 0x2325}),
-    Triple("debug_spare_signal#_req", {0x8007, 0x8000, 0x8000, 0x8000, 0x8003, 0x8003, 0x8000, 0x8003, 0x8003, 0x8003, 0x8003, 0x8003}),
-    Triple("debug_spare_signal#_cfm", {0x8101, 0x8100, 0x8100, 0x8100, 0x8103, 0x8103, 0x8100, 0x8103, 0x8103, 0x8103, 0x8103, 0x8103}),
-    Triple("debug_spare_signal#_res", {0x8200, 0x8200, 0x8200, 0x8200, 0x8203, 0x8203, 0x8200, 0x8203, 0x8203, 0x8203, 0x8203, 0x8203}),
-    Triple("debug_spare_signal#_ind", {0x8306, 0x8303, 0x8303, 0x8303, 0x8307, 0x8307, 0x8303, 0x8307, 0x8307, 0x8307, 0x8307, 0x8307}),
-    Triple("test_spare_signal#_req",  {0x900F, 0x901A, 0x901A, 0x901F, 0x9023, 0x9023, 0x9020, 0x9023, 0x9023, 0x9023, 0x9024, 0x9024}),
-    Triple("test_spare_signal#_cfm",  {0x910B, 0x9112, 0x9112, 0x9116, 0x911A, 0x911A, 0x9117, 0x911A, 0x911A, 0x911A, 0x911B, 0x911B}),
-    Triple("test_spare_signal#_res",  {0x9200, 0x9200, 0x9200, 0x9200, 0x9203, 0x9203, 0x9200, 0x9203, 0x9203, 0x9203, 0x9203, 0x9203}),
-    Triple("test_spare_signal#_ind",  {0x9301, 0x9304, 0x9304, 0x9305, 0x9308, 0x9308, 0x9305, 0x9308, 0x9308, 0x9308, 0x9309, 0x9309}),
-};
-
-inline constexpr NumberedSpares kNumberedSpares[] = {
-    Numbered("ma_spare#_req",    1, 3, 0x1002, "E-F,H-", SpareLayout::kDump),
-    Numbered("ma_spare#_cfm",    1, 3, 0x1102, "E-F,H-", SpareLayout::kConfirm),
-    Numbered("ma_spare#_res",    1, 3, 0x1200, "E-F,H-", SpareLayout::kPlain),
-    Numbered("ma_spare#_ind",    1, 3, 0x1302, "E-F,H-", SpareLayout::kDump),
-    Numbered("mlme_spare#_req",  3, 3, 0x2034, "E",      SpareLayout::kDump),
-    Numbered("mlme_spare#_req",  4, 5, 0x203A, "E-F,H-", SpareLayout::kDump),
-    Numbered("mlme_spare#_req",  6, 6, 0x203C, "F,H-",   SpareLayout::kDump),
-    Numbered("mlme_spare#_cfm",  3, 3, 0x2134, "E",      SpareLayout::kConfirm),
-    Numbered("mlme_spare#_cfm",  4, 4, 0x213A, "E-F,H-", SpareLayout::kConfirm),
-    Numbered("mlme_spare#_cfm",  5, 5, 0x213B, "E-F",    SpareLayout::kTurnedConfirm),
-    Numbered("mlme_spare#_cfm",  5, 5, 0x213B, "H-",     SpareLayout::kConfirm),
-    Numbered("mlme_spare#_cfm",  6, 6, 0x213C, "F",      SpareLayout::kTurnedConfirm),
-    Numbered("mlme_spare#_cfm",  6, 6, 0x213C, "H-",     SpareLayout::kConfirm),
-    Numbered("mlme_spare#_res",  2, 4, 0x2206, "E-F,H-", SpareLayout::kPlain),
-    Numbered("mlme_spare#_ind",  2, 2, 0x231C, "E",      SpareLayout::kDump),
-    Numbered("mlme_spare#_ind",  3, 4, 0x231D, "E-F,H-", SpareLayout::kDump),
-    Numbered("mlme_spare#_ind",  5, 5, 0x2324, "F,H-",   SpareLayout::kDump),
-    Numbered("debug_spare#_req", 1, 3, 0x8000, "E-F,H-", SpareLayout::kDump),
-    Numbered("debug_spare#_cfm", 1, 3, 0x8100, "E-F,H-", SpareLayout::kConfirm),
-    Numbered("debug_spare#_res", 1, 3, 0x8200, "E-F,H-", SpareLayout::kPlain),
-    Numbered("debug_spare#_ind", 2, 4, 0x8304, "E-F,H-", SpareLayout::kDump),
-    Numbered("test_spare#_req",  1, 3, 0x9020, "E-F,H-", SpareLayout::kDump),
-    Numbered("test_spare#_cfm",  1, 3, 0x9117, "E-F,H-", SpareLayout::kDumpConfirm),
-    Numbered("test_spare#_res",  1, 3, 0x9200, "E-F,H-", SpareLayout::kPlain),
-    Numbered("test_spare#_ind",  1, 3, 0x9305, "E-F,H-", SpareLayout::kDump),
-};
-// clang-format on
-
-namespace spare_rows {
-
-constexpr SignalRow MakeSpareRow(const SignalName& name, unsigned number, unsigned id,
-                                 HipVersionSet versions, SpareLayout layout, std::size_t surplus) {
-  constexpr std::string_view kDigits = "0123456789";
-  SignalRow row(name, id, versions);
-  row.name.number = kDigits.substr(number, 1);
-  if (layout == SpareLayout::kDump || layout == SpareLayout::kDumpConfirm) row.Add(Dump("data"));
-  if (layout == SpareLayout::kTurnedConfirm) row.Add(Enum("result_code", kResultCode));
-  row.Add(U16("vif"));
-  if (layout == SpareLayout::kConfirm || layout == SpareLayout::kDumpConfirm) {
-    row.Add(Enum("result_code", kResultCode));
-  }
-  row.Add(Spares());
-  row.SetMin(row.end + surplus);
-  return row;
-}
-
-// A row for each distinct id and Min of each of the three.
-template <typename Emit>
-constexpr void MakeRows(const SpareTriple& triple, Emit emit) {
-  const bool is_confirm = triple.name.behind == "_cfm";
-  const SpareLayout layout = is_confirm ? SpareLayout::kConfirm : SpareLayout::kPlain;
-  const auto surplus = [&triple](std::size_t version) {
-    return version == static_cast<std::size_t>(HipVersionTag::A) ? triple.surplus_in_a : 0;
-  };
-  const auto are_alike = [&](std::size_t a, std::size_t b) {
-    return triple.first_ids[a] == triple.first_ids[b] && surplus(a) == surplus(b);
-  };
-  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-    HipVersionSet versions;
-    bool is_first = true;
-    for (std::size_t other = 0; other < kHipVersionCount; ++other) {
-      if (!are_alike(version, other)) continue;
-      versions.Add(other);
-      if (other < version) is_first = false;
-    }
-    if (!is_first) continue;
-    for (unsigned number = 1; number <= 3; ++number) {
-      emit(MakeSpareRow(triple.name, number, triple.first_ids[version] + number - 1, versions,
-                        layout, surplus(version)));
-    }
-  }
-}
-
-// Where they have a dump, E wants four bytes more than the fields take.
-template <typename Emit>
-constexpr void MakeRows(const NumberedSpares& spares, Emit emit) {
-  constexpr std::size_t kSurplusOfDumpsInE = 4;
-  const bool has_dump =
-      spares.layout == SpareLayout::kDump || spares.layout == SpareLayout::kDumpConfirm;
-  const HipVersionSet in_e = has_dump ? spares.versions.Intersect("E") : HipVersionSet();
-  const HipVersionSet others = spares.versions.Without(in_e);
-  for (unsigned number = spares.first; number <= spares.last; ++number) {
-    const unsigned id = spares.first_id + number - spares.first;
-    if (!in_e.IsEmpty()) {
-      emit(MakeSpareRow(spares.name, number, id, in_e, spares.layout, kSurplusOfDumpsInE));
-    }
-    if (!others.IsEmpty()) emit(MakeSpareRow(spares.name, number, id, others, spares.layout, 0));
-  }
-}
-
-template <typename Emit>
-constexpr void MakeAllRows(Emit emit) {
-  for (const SpareTriple& triple : kSpareTriples) MakeRows(triple, emit);
-  for (const NumberedSpares& spares : kNumberedSpares) MakeRows(spares, emit);
-}
-
-consteval std::size_t CountRows() {
-  std::size_t count = 0;
-  MakeAllRows([&count](const SignalRow& /*row*/) { ++count; });
-  return count;
-}
-inline constexpr std::size_t kCount = CountRows();
-
-}  // namespace spare_rows
-
-consteval std::array<SignalRow, spare_rows::kCount> MakeSpareRows() {
-  std::array<SignalRow, spare_rows::kCount> rows{};
-  std::size_t next = 0;
-  spare_rows::MakeAllRows([&](const SignalRow& row) { rows[next++] = row; });
-  return rows;
-}
-inline constexpr std::array<SignalRow, spare_rows::kCount> kSpareRows = MakeSpareRows();
 
 inline constexpr SignalTable kSpareSignals{kSpareRows};
 

@@ -4,7 +4,7 @@
 #include "fapi/enumerations/radio_test.h"
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/enumerations/scan_and_connection.h"
-#include "fapi/signal_row.h"
+#include "fapi/signal_layout.h"
 
 // The test_ signals, and the captures of radio data and of events of the physical
 // layer.
@@ -12,7 +12,7 @@
 // Four confirms have no result_code, unlike their neighbours. radio_logging_ind of
 // E prints one bulk twice under one name.
 
-inline constexpr SignalRow kTestRows[] = {
+inline constexpr SignalLayout kTestRows[] = {
     Signal("phy_event_logging_cfm", 0x911A, "K-", Min(24), Enum("result_code", kResultCode),
            Spares()),
     Signal("phy_event_logging_ind", 0x9308, "K-", Min(34), Dump("data"), U32("command_type"),
@@ -25,7 +25,7 @@ inline constexpr SignalRow kTestRows[] = {
     Signal("radio_logging_cfm", 0x9100, "A-", Min(24), Enum("result_code", kResultCode), Spares()),
     Signal("radio_logging_ind", 0x9300, "A-D,F,H-", Min(30), Dump("data"), U32("sequence_number"),
            U32("more_data"), Spares()),
-    Signal("radio_logging_ind", 0x9300, "E", MinUnlikeEnd(34), Dump("data"), Dump("data"),
+    Signal("radio_logging_ind", 0x9300, "E", MinDiffersFromEnd(34), Dump("data"), Dump("data"),
            U32("sequence_number"), U32("more_data"), Spares()),
     Signal("radio_logging_ind", 0x9300, "G", Min(30), U32("sequence_number"), U32("more_data"),
            Spares()),
@@ -48,7 +48,7 @@ inline constexpr SignalRow kTestRows[] = {
     Signal("test_check_fw_alive_req", 0x9012, "B-", Min(22), Spares()),
     Signal("test_configure_monitor_mode_cfm", 0x910C, "E-F,H-", Min(26), U16("vif"),
            Enum("result_code", kResultCode), Spares()),
-    Signal("test_configure_monitor_mode_req", 0x9010, "E", MinUnlikeEnd(28), Dump("data"),
+    Signal("test_configure_monitor_mode_req", 0x9010, "E", MinDiffersFromEnd(28), Dump("data"),
            U16("vif"), Spares()),
     Signal("test_configure_monitor_mode_req", 0x9010, "F,H-", Min(24), Dump("data"), U16("vif"),
            Spares()),
@@ -62,7 +62,7 @@ inline constexpr SignalRow kTestRows[] = {
            Enum("result_code", kResultCode), U16("stream_id"), Spares()),
     Signal("test_hip_tester_set_params_req", 0x901D, "D,G", Min(26), U16("vif"), U16("stream_id"),
            Spares()),
-    Signal("test_hip_tester_set_params_req", 0x901D, "E", MinUnlikeEnd(30), Dump("data"),
+    Signal("test_hip_tester_set_params_req", 0x901D, "E", MinDiffersFromEnd(30), Dump("data"),
            U16("vif"), U16("stream_id"), Spares()),
     Signal("test_hip_tester_set_params_req", 0x901D, "F,H-", Min(26), Dump("data"), U16("vif"),
            U16("stream_id"), Spares()),
@@ -72,8 +72,8 @@ inline constexpr SignalRow kTestRows[] = {
            Enum("mode", kHipTesterMode), Enum("end_point", kHipTesterEndPoint),
            Enum("protocol", kHipTesterProtocol), U32("interval"), U16("packets_per_interval"),
            U16("packets_size"), Spares()),
-    Signal("test_hip_tester_start_req", 0x901B, "E", MinUnlikeEnd(42), Dump("data"), U16("vif"),
-           Enum("mode", kHipTesterMode), Enum("end_point", kHipTesterEndPoint),
+    Signal("test_hip_tester_start_req", 0x901B, "E", MinDiffersFromEnd(42), Dump("data"),
+           U16("vif"), Enum("mode", kHipTesterMode), Enum("end_point", kHipTesterEndPoint),
            Enum("protocol", kHipTesterProtocol), U32("interval"), U16("packets_per_interval"),
            U16("packets_size"), Spares()),
     Signal("test_hip_tester_start_req", 0x901B, "F,H-", Min(38), Dump("data"), U16("vif"),
