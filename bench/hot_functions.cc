@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <span>
 #include <vector>
 
 #include "base/little_endian.h"
@@ -16,16 +17,14 @@
 namespace {
 
 void StampOfARepeatedSecond(benchmark::State& state) {
-  StampedSecond last;
   std::int32_t time = 0;
-  for (auto _ : state) PrintLineStamp(1780297200, time++ % 1000, last);
+  for (auto _ : state) PrintLineStamp(1780297200, time++ % 1000);
 }
 BENCHMARK(StampOfARepeatedSecond);
 
 void StampOfANewSecond(benchmark::State& state) {
-  StampedSecond last;
   std::uint32_t second = 1780297200;
-  for (auto _ : state) PrintLineStamp(second++, 0, last);
+  for (auto _ : state) PrintLineStamp(second++, 0);
 }
 BENCHMARK(StampOfANewSecond);
 
@@ -52,19 +51,20 @@ void HexadecimalDump(benchmark::State& state) {
 }
 BENCHMARK(HexadecimalDump)->Arg(13)->Arg(64)->Arg(1500);
 
-const EnumTable& RatesOfTheRadioTest() {
+std::uint8_t FindRates() {
   for (const CompiledField& field : GetFields(*FindSignal(HipVersionTag::L, 0x9007))) {
-    if (GetText(field.prefix).text() == " rate:") return *field.labels;
+    if (GetText(field.prefix).text() == " rate:") return field.enum_index;
   }
   std::abort();
 }
 
 void LabelAmong656(benchmark::State& state) {
-  const EnumTable& rates = RatesOfTheRadioTest();
+  const std::uint8_t rates = FindRates();
+  const std::span<const CompiledLabel> labels = ListLabels(rates);
   std::size_t row = 0;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(rates.Find(rates.value(row), HipVersionTag::L));
-    row = (row + 331) % rates.size();
+    benchmark::DoNotOptimize(FindLabel(rates, labels[row].value, HipVersionTag::L));
+    row = (row + 331) % labels.size();
   }
 }
 BENCHMARK(LabelAmong656);

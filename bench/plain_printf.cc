@@ -11,6 +11,7 @@
 
 #include "base/little_endian.h"
 #include "fapi/vocabulary.h"
+#include "hip/hip_versions.h"
 
 namespace {
 
@@ -72,7 +73,7 @@ void PrintFieldPlainly(const CompiledField& field, const std::uint8_t* bytes) {
       break;
     case FieldRenderer::kEnum16: {
       const std::uint16_t value = LoadU16(bytes);
-      const PaddedText label = field.labels->Find(value, HipVersionTag::L);
+      const PaddedText label = FindLabel(field.enum_index, value, HipVersionTag::L);
       if (label.empty()) {
         std::printf("%.*s%u", size, head.data, static_cast<unsigned>(value));
       } else {
@@ -90,7 +91,7 @@ void PrintSignalPlainly(const std::vector<std::uint8_t>& payload, std::uint32_t 
   const bool has_bulk = payload.size() > signal_length;
   const std::size_t dump = has_bulk ? signal_length : layout.min;
   for (int i = 0; i < layout.dump_count; ++i) {
-    const PaddedText head = GetText(layout.dumps[static_cast<std::size_t>(i)]);
+    const PaddedText head = GetText(layout.dump_prefixes[static_cast<std::size_t>(i)]);
     std::printf("%.*s", static_cast<int>(head.size), head.data);
     PrintBytes(payload.data() + dump, payload.size() - dump);
     std::printf("}");
@@ -107,7 +108,7 @@ int main(int argc, char** argv) {
   if (argc != 2) return 1;
   std::FILE* const log = std::fopen(argv[1], "r");
   if (log == nullptr) return 1;
-  std::printf("Decode Tool version:14.5.12.1\n");
+  std::printf("Decode Tool version:%s.1\n", HipVersionTable.back().name);
   for (int i = 0; i < 3; ++i) ReadWord(log);
   std::uint32_t time_base = 0;
   for (;;) {

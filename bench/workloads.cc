@@ -93,7 +93,7 @@ class Generator {
         for (int i = 0; i < 6; ++i) bytes[i] = static_cast<std::uint8_t>(random_());
         break;
       case FieldRenderer::kEnum16:
-        StoreU16(PickValue(*field.labels), bytes);
+        StoreU16(PickValue(ListLabels(field.enum_index)), bytes);
         break;
       default:
         break;  // spares and the rare forms stay zero
@@ -101,11 +101,11 @@ class Generator {
   }
 
   // Mostly a labelled value, now and then another.
-  std::uint16_t PickValue(const EnumTable& labels) {
+  std::uint16_t PickValue(std::span<const CompiledLabel> labels) {
     if (Chance(3)) return static_cast<std::uint16_t>(random_());
     for (;;) {
       const std::size_t row = Below(static_cast<std::uint32_t>(labels.size()));
-      if (labels.versions(row).Contains(kVersion)) return labels.value(row);
+      if (labels[row].versions.Contains(kVersion)) return labels[row].value;
     }
   }
 
