@@ -1,5 +1,5 @@
-// Writes seeds for the fuzz targets: the signals of the example session, and
-// every layout of every version at its least length.
+// Writes seeds for the fuzz targets: signals and fields of all versions, and for
+// the tool the example log and a short log per version.
 //
 // usage: make_seeds DIRECTORY
 
@@ -10,6 +10,8 @@
 
 #include "fapi/vocabulary.h"
 #include "log_builder.h"
+#include "session_log.h"
+#include "support/reference_log.h"
 
 namespace {
 
@@ -44,5 +46,17 @@ int main(int argc, char** argv) {
       WriteSeed(directory / "render_field", std::to_string(layout) + "_" + std::to_string(field),
                 choice + std::string(64, '\2'));
     }
+  }
+  WriteSeed(directory / "tool", "session", SessionLog().bytes());
+  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+    const Log log = MakeReferenceLog(static_cast<HipVersionTag>(version));
+    const std::vector<std::size_t>& ends = log.ends();
+    const std::string header = log.bytes().substr(0, ends[0]);
+    std::string seed = header + Log().TimeRef(1000, 5).bytes();
+    for (std::size_t i = 1; i < ends.size(); i += 200) {
+      seed += log.bytes().substr(ends[i - 1], ends[i] - ends[i - 1]);
+    }
+    seed += Log().Unload(1ms).Load(2ms).bytes() + header + Log().Load(3ms).bytes();
+    WriteSeed(directory / "tool", std::to_string(version), seed);
   }
 }

@@ -145,10 +145,11 @@ TEST(LogStream, Records) {
        "1970/01/01-00:00:00.000 ma_unitdata_cfm vif:7 transmission_status:successful "
        "host_tag:0x0000 sequence_number:0 peer_index:0 spare_1:0 spare_2:0 spare_3:0\n",
        ""},
-      {"Load opens an epoch behind Unload alone",
-       Log().Load(0ms).Unload(1ms).Load(2ms).Header("14.5.12").Load(3ms),
+      {"Load opens an epoch only after Unload, and only once",
+       Log().Load(0ms).Unload(1ms).Load(2ms).Header("14.5.12").Load(3ms).Load(4ms),
        "1970/01/01-00:00:00.000 Driver: Loaded\n1970/01/01-00:00:00.001 Driver: Unloaded\n"
-       "1970/01/01-00:00:00.002 Driver: Loaded\n1970/01/01-00:00:00.003 Driver: Loaded\n",
+       "1970/01/01-00:00:00.002 Driver: Loaded\n1970/01/01-00:00:00.003 Driver: Loaded\n"
+       "1970/01/01-00:00:00.004 Driver: Loaded\n",
        kDetected},
       {"a driver-side signal in between takes that back",
        Log().Unload(1ms).Signal(2ms, driver_side).Load(3ms).Header("14.5.12").Load(4ms),

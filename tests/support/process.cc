@@ -1,6 +1,7 @@
 #include "support/process.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -8,7 +9,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
 namespace {
@@ -23,6 +23,33 @@ int OpenOrFail(const std::string& path, int flags) {
   if (descriptor < 0) Fail(path.c_str());
   return descriptor;
 }
+
+// A file without a name.
+class MemoryFile {
+ public:
+  explicit MemoryFile(std::string_view bytes = {})
+      : descriptor_(memfd_create("test", MFD_CLOEXEC)) {
+    if (descriptor_ < 0) Fail("memfd_create");
+    if (pwrite(descriptor_, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+      Fail("pwrite");
+    }
+  }
+  ~MemoryFile() { close(descriptor_); }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  int descriptor() const { return descriptor_; }
+  std::string Read() const {
+    std::string bytes(static_cast<std::size_t>(lseek(descriptor_, 0, SEEK_END)), '\0');
+    if (pread(descriptor_, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+      Fail("pread");
+    }
+    return bytes;
+  }
+
+ private:
+  int descriptor_;
+};
 
 // A path to the tool that ends in the given name: under valgrind, argument 0 is
 // the path whatever one asks for.
@@ -85,31 +112,42 @@ std::string ToolCommand() {
 }
 
 ToolResult RunTool(const ToolRun& run) {
-  const TemporaryDirectory scratch;
   const TemporaryDirectory working_directory;
   ToolRun prepared = run;
   if (prepared.directory.empty()) prepared.directory = working_directory.path();
-  const std::string input_path = scratch.path() + "/in";
-  const std::string error_path = scratch.path() + "/err";
-  std::string output_path = scratch.path() + "/out";
-  WriteFile(input_path, run.input);
-  if (!run.output_path.empty()) output_path = run.output_path;
-
-  const int input = OpenOrFail(input_path, O_RDONLY);
-  const int output = OpenOrFail(output_path, O_WRONLY | O_CREAT);
-  const int error = OpenOrFail(error_path, O_WRONLY | O_CREAT);
-  const int process = StartTool(prepared, input, output, error);
-  close(input);
-  close(output);
-  close(error);
+  const MemoryFile input(run.input);
+  const MemoryFile caught;
+  const MemoryFile error;
+  const int output =
+      run.output_path.empty() ? caught.descriptor() : OpenOrFail(run.output_path, O_WRONLY);
+  const int process = StartTool(prepared, input.descriptor(), output, error.descriptor());
+  if (output != caught.descriptor()) close(output);
 
   ToolResult result;
   result.status = WaitForTool(process);
-  if (run.output_path.empty()) result.out = ReadFile(output_path);
-  result.err = ReadFile(error_path);
+  result.out = caught.Read();
+  result.err = error.Read();
   const std::string pcap_path = prepared.directory + "/udi_fapi.pcap";
   if (std::filesystem::is_regular_file(pcap_path)) result.pcap = ReadFile(pcap_path);
   return result;
+}
+
+ToolResult RunInFork(std::string_view input, const std::function<int()>& run) {
+  const MemoryFile in(input);
+  const MemoryFile out;
+  const MemoryFile err;
+  std::fflush(nullptr);  // or the child prints it, too
+  const pid_t process = fork();
+  if (process < 0) Fail("fork");
+  if (process == 0) {
+    if (dup2(in.descriptor(), STDIN_FILENO) < 0 || dup2(out.descriptor(), STDOUT_FILENO) < 0 ||
+        dup2(err.descriptor(), STDERR_FILENO) < 0) {
+      _exit(126);
+    }
+    std::exit(run());
+  }
+  const int status = WaitForTool(process);
+  return {.status = status, .out = out.Read(), .err = err.Read()};
 }
 
 TemporaryDirectory::TemporaryDirectory()
