@@ -9,7 +9,7 @@
 #include "base/little_endian.h"
 #include "expect.h"
 #include "hip/hip_versions.h"
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 3) return 0;

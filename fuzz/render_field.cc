@@ -11,7 +11,7 @@
 #include "expect.h"
 #include "fapi/vocabulary.h"
 #include "hip/field_rendering.h"
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 4) return 0;

@@ -10,7 +10,7 @@
 #include "base/little_endian.h"
 #include "expect.h"
 #include "hip/signal_routing.h"
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 5) return 0;

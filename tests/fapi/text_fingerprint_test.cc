@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "hip/hip_versions.h"
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 #include "support/reference_log.h"
 
 namespace {

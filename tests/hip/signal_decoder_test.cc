@@ -7,7 +7,7 @@
 
 #include "hip/hip_versions.h"
 #include "log_builder.h"
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 
 namespace {
 

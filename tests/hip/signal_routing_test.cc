@@ -5,7 +5,7 @@
 #include <string>
 
 #include "log_builder.h"
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 
 namespace {
 

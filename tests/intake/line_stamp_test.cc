@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 
 namespace {
 

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "base/program_name.h"
-#include "support/capture_stdout.h"
+#include "support/capture_stream.h"
 #include "support/process.h"
 
 namespace {
@@ -12,10 +14,11 @@ namespace {
 TEST(RunControl, AbsentArguments) {
   EXPECT_STREQ(ResolveProgramName(nullptr), "vrkt_wlan_udi_log_decode");
   const char* const kEmptyVector[] = {nullptr};
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(CaptureStandardOutput([&] { EXPECT_EQ(RunLogDecoder(0, kEmptyVector), -1); }), kBanner);
-  EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with(
-      "Usage   : vrkt_wlan_udi_log_decode <filename|stdin> [--pcap]\n"));
+  std::string out;
+  const std::string err = CaptureStandardError(
+      [&] { out = CaptureStandardOutput([&] { EXPECT_EQ(RunLogDecoder(0, kEmptyVector), -1); }); });
+  EXPECT_EQ(out, kBanner);
+  EXPECT_TRUE(err.starts_with("Usage   : vrkt_wlan_udi_log_decode <filename|stdin> [--pcap]\n"));
 }
 
 TEST(RunControl, ProgramName) {

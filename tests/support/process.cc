@@ -132,24 +132,6 @@ ToolResult RunTool(const ToolRun& run) {
   return result;
 }
 
-ToolResult RunInFork(std::string_view input, const std::function<int()>& run) {
-  const MemoryFile in(input);
-  const MemoryFile out;
-  const MemoryFile err;
-  std::fflush(nullptr);  // or the child prints it, too
-  const pid_t process = fork();
-  if (process < 0) Fail("fork");
-  if (process == 0) {
-    if (dup2(in.descriptor(), STDIN_FILENO) < 0 || dup2(out.descriptor(), STDOUT_FILENO) < 0 ||
-        dup2(err.descriptor(), STDERR_FILENO) < 0) {
-      _exit(126);
-    }
-    std::exit(run());
-  }
-  const int status = WaitForTool(process);
-  return {.status = status, .out = out.Read(), .err = err.Read()};
-}
-
 TemporaryDirectory::TemporaryDirectory()
     : path_((std::filesystem::temp_directory_path() / "udi_log_test_XXXXXX").string()) {
   if (mkdtemp(path_.data()) == nullptr) Fail("mkdtemp");

@@ -74,9 +74,4 @@ int StartTool(const ToolRun& run, int input, int output, int error);
 // Its exit status, as in ToolResult.
 int WaitForTool(int process);
 
-// Forks, and in the child reads standard input from `input`, calls `run` and exits
-// with the status that it returns. For tests that need thousands of runs: a fork
-// takes a third of the time of StartTool. `pcap` of the result is empty.
-ToolResult RunInFork(std::string_view input, const std::function<int()>& run);
-
 #endif  // VRKT_TESTS_SUPPORT_PROCESS_H_
