@@ -16,7 +16,6 @@
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -130,66 +129,83 @@ std::vector<std::string> SplitWords(const std::string& line) {
   return words;
 }
 
-// What is unlike in two lines, word by word; the whole lines if they have not the
-// same number of words.
-std::set<std::pair<std::string, std::string>> FindChangedWords(const std::string& old_line,
-                                                               const std::string& new_line) {
-  const std::vector<std::string> old_words = SplitWords(old_line);
-  const std::vector<std::string> new_words = SplitWords(new_line);
-  if (old_words.size() != new_words.size() || old_words == new_words) {
-    return {{old_line, new_line}};
-  }
-  std::set<std::pair<std::string, std::string>> changed;
-  for (std::size_t i = 0; i < old_words.size(); ++i) {
-    if (old_words[i] != new_words[i]) changed.insert({old_words[i], new_words[i]});
-  }
-  return changed;
+// A word as in "vif:1", without its value.
+std::string GetName(const std::string& word) { return word.substr(0, word.find(':')); }
+
+std::string JoinNames(const std::vector<std::string>& words) {
+  std::string names;
+  for (const std::string& word : words) names += GetName(word) + ' ';
+  return names;
 }
 
-// Prints a pair of lines once, whichever versions have it, and leaves out those
-// that differ only in words that an earlier pair of the same signal and versions
-// shows. Returns whether anything differs.
+using Change = std::pair<std::string, std::string>;
+
+// The changes that turn one line into the other: names, and values under the same
+// name. If a name was added or dropped, that alone.
+std::vector<Change> FindChanges(const std::string& before, const std::string& now) {
+  const std::vector<std::string> old_words = SplitWords(before);
+  const std::vector<std::string> new_words = SplitWords(now);
+  if (old_words.size() != new_words.size()) return {{JoinNames(old_words), JoinNames(new_words)}};
+  std::vector<Change> changes;
+  for (std::size_t i = 0; i < old_words.size(); ++i) {
+    const std::string old_name = GetName(old_words[i]);
+    const std::string new_name = GetName(new_words[i]);
+    if (old_name != new_name) changes.push_back({old_name, new_name});
+    if (old_words[i].substr(old_name.size()) == new_words[i].substr(new_name.size())) continue;
+    changes.push_back({old_words[i], new_words[i]});
+  }
+  if (changes.empty()) changes.push_back({before, now});  // only blanks differ
+  return changes;
+}
+
+struct Difference {
+  std::size_t version;
+  std::string before;
+  std::string now;
+  std::vector<Change> changes;
+};
+
+// Prints each change of a signal once, in the first line that has it, with all
+// versions that have it.
+void ShowSignal(unsigned id, const std::vector<Difference>& differences) {
+  std::map<Change, std::set<std::size_t>> versions;
+  for (const Difference& difference : differences) {
+    for (const Change& change : difference.changes) versions[change].insert(difference.version);
+  }
+  std::set<Change> shown;
+  for (const Difference& difference : differences) {
+    std::set<std::size_t> in;
+    for (const Change& change : difference.changes) {
+      if (shown.insert(change).second) in.insert(versions[change].begin(), versions[change].end());
+    }
+    if (in.empty()) continue;
+    std::printf("0x%04X in %s\n-%s\n+%s\n\n", id, DescribeVersions(in).c_str(),
+                difference.before.c_str(), difference.now.c_str());
+  }
+}
+
+// Returns whether any line differs.
 bool ShowDifferences(const std::string& directory, const std::string& old_directory) {
-  std::map<std::tuple<unsigned, std::string, std::string>, std::set<std::size_t>> differences;
+  std::map<unsigned, std::vector<Difference>> by_id;
   bool differs = false;
-  for (std::size_t i = 0; i < kHipVersionCount; ++i) {
-    const std::string name = HipVersionTable[i].name;
+  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+    const std::string name = HipVersionTable[version].name;
     const std::string log = directory + "/" + name + ".udi";
     const std::vector<Record> now = ReadText(log, directory + "/" + name + ".txt");
     const std::vector<Record> before = ReadText(log, old_directory + "/" + name + ".txt");
     if (now.size() != before.size()) {
-      std::printf("%s is refused by the %s tool\n\n", name.c_str(), now.empty() ? "new" : "old");
+      std::printf("%s: rejected by the %s tool\n\n", name.c_str(), now.empty() ? "new" : "old");
       differs = true;
       continue;
     }
-    for (std::size_t record = 0; record < now.size(); ++record) {
-      if (now[record].text == before[record].text) continue;
-      differences[{now[record].id(), before[record].text, now[record].text}].insert(i);
+    for (std::size_t i = 0; i < now.size(); ++i) {
+      if (now[i].text == before[i].text) continue;
+      by_id[now[i].id()].push_back(
+          {version, before[i].text, now[i].text, FindChanges(before[i].text, now[i].text)});
     }
   }
-  using Signal = std::pair<unsigned, std::set<std::size_t>>;
-  std::map<Signal, std::vector<std::pair<std::string, std::string>>> by_signal;
-  for (const auto& [line, versions] : differences) {
-    by_signal[{std::get<0>(line), versions}].push_back({std::get<1>(line), std::get<2>(line)});
-  }
-  for (const auto& [signal, lines] : by_signal) {
-    std::printf("0x%04X in %s\n", signal.first, DescribeVersions(signal.second).c_str());
-    std::set<std::pair<std::string, std::string>> shown;
-    std::size_t left_out = 0;
-    for (const auto& [before, now] : lines) {
-      bool is_new = false;
-      for (const auto& word : FindChangedWords(before, now)) is_new |= shown.insert(word).second;
-      if (is_new) {
-        std::printf("-%s\n+%s\n", before.c_str(), now.c_str());
-      } else {
-        ++left_out;
-      }
-    }
-    if (left_out > 0) std::printf("(and the same changes in %zu more lines)\n", left_out);
-    std::printf("\n");
-    differs = true;
-  }
-  return differs;
+  for (const auto& [id, differences] : by_id) ShowSignal(id, differences);
+  return differs || !by_id.empty();
 }
 
 }  // namespace
