@@ -18,7 +18,8 @@ function(install_compressed file name destination)
   add_custom_command(OUTPUT ${compressed}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
     COMMAND ${GZIP} -9nc ${CMAKE_SOURCE_DIR}/${file} > ${compressed}
-    DEPENDS ${file})
+    DEPENDS ${file}
+    VERBATIM)
   add_custom_target(compress_${name} ALL DEPENDS ${compressed})
   install(FILES ${compressed} DESTINATION ${destination})
 endfunction()

@@ -85,12 +85,11 @@ TEST(CaptureFile, OpensInTcpdump) {
                       .Signal(1500ms, Fapi(0x1100).PadTo(32))
                       .Signal(1750ms, Fapi(0xABCD).PadTo(16, '\x5A'));
   RunTool({.arguments = {"stdin", "--pcap"}, .input = log.bytes(), .directory = directory.path()});
-  const std::string text = directory.path() + "/text";
-  ASSERT_EQ(std::system(("TZ=UTC0 tcpdump -tttt -r " + directory.path() + "/udi_fapi.pcap -x >" +
-                         text + " 2>&1")
+  ASSERT_EQ(std::system(("cd " + QuoteForShell(directory.path()) +
+                         " && TZ=UTC0 tcpdump -tttt -r udi_fapi.pcap -x >text 2>&1")
                             .c_str()),
             0);
-  const std::string read = ReadFile(text);
+  const std::string read = ReadFile(directory.path() + "/text");
   // Newer tcpdumps give the link type's name, older ones its number.
   EXPECT_TRUE(read.find("USER0") != std::string::npos ||
               read.find("link-type 147") != std::string::npos)

@@ -67,18 +67,19 @@ TEST(Documents, TheCommandsOfTheReadme) {
     std::string other = log;
     other.replace(other.find("\xD0\xFF"), 2, "\xC4\xFF");
     WriteFile(path + "/other.udi", other);
-    ASSERT_EQ(std::system(("gzip -k " + path + "/session.udi").c_str()), 0);
+    ASSERT_EQ(std::system(("gzip -k " + QuoteForShell(path + "/session.udi")).c_str()), 0);
     // What stands for a phone, its capture command, and a tail that ends.
     std::filesystem::create_directory(path + "/bin");
-    WriteScript(path + "/bin/vrkt_wlan_udi_log", "cat '" + path + "/session.udi'");
+    WriteScript(path + "/bin/vrkt_wlan_udi_log", "cat " + QuoteForShell(path + "/session.udi"));
     WriteScript(path + "/bin/adb", "[ \"$1\" = exec-out ] && shift && exec \"$@\"");
     WriteScript(path + "/bin/tail",
                 "[ \"$3\" = -F ] && exec /usr/bin/tail \"$1\" \"$2\" \"$4\"\n"
                 "exec /usr/bin/tail \"$@\"");
     WriteScript(path + "/bin/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
     WriteFile(path + "/commands", "set -o pipefail\n" + recipe.commands);
-    const int status = std::system(("cd '" + path + "' && PATH='" + path +
-                                    "/bin':$PATH TZ=UTC0 ASAN_OPTIONS=verify_asan_link_order=0 "
+    const int status = std::system(("cd " + QuoteForShell(path) +
+                                    " && PATH=$PWD/bin:$PATH TZ=UTC0 "
+                                    "ASAN_OPTIONS=verify_asan_link_order=0 "
                                     "bash commands >output 2>errors")
                                        .c_str());
     // diff tells differences by a status of 1.

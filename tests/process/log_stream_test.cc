@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "log_builder.h"
@@ -218,6 +219,9 @@ TEST(LogStream, StampsAreInLocalTime) {
       {"Asia/Kathmandu", 0, "1970/01/01-05:30:00"},
       {"UTC-5:45", 0, "1970/01/01-05:45:00"},
   };
+  if (!std::filesystem::exists("/usr/share/zoneinfo/Africa/Monrovia")) {
+    GTEST_SKIP() << "the time zones are not installed";
+  }
   for (const auto& c : kCases) {
     const ToolResult result =
         RunTool({.input = Log().Header("14.0.0").TimeRef(c.seconds).Load(7ms).bytes(),

@@ -103,11 +103,23 @@ int WaitForTool(int process) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
+std::string QuoteForShell(const std::string& word) {
+  std::string quoted = "'";
+  for (const char c : word) {
+    if (c == '\'') {
+      quoted += "'\\''";
+    } else {
+      quoted += c;
+    }
+  }
+  return quoted + "'";
+}
+
 std::string ToolCommand() {
 #ifdef VRKT_TEST_EMULATOR
-  return VRKT_TEST_EMULATOR " " VRKT_TEST_TOOL;
+  return QuoteForShell(VRKT_TEST_EMULATOR) + " " + QuoteForShell(VRKT_TEST_TOOL);
 #else
-  return VRKT_TEST_TOOL;
+  return QuoteForShell(VRKT_TEST_TOOL);
 #endif
 }
 

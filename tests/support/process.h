@@ -28,6 +28,9 @@ struct ToolResult {
 
 ToolResult RunTool(const ToolRun& run);
 
+// A path or argument as a word for a shell, whatever characters it has.
+std::string QuoteForShell(const std::string& word);
+
 // The tool as a command for a shell.
 std::string ToolCommand();
 
