@@ -245,6 +245,15 @@ TEST(SignalDecoder, Bulk2IsNeitherShownNorCounted) {
   EXPECT_EQ(CaptureStandardOutput([&] { decoder(32, bytes, 1, bytes + 32, 1, bytes + 33); }),
             "ma_unitdata_req data:{ff}" +
                 kUnitdataReqFields.substr(0, kUnitdataReqFields.size() - 11) + "2147483647\n");
+  // Also if bulk 1 is empty and has no address.
+  const std::string words =
+      Fapi(0x9013).U16(0xEEEE, 1, 2, 3, 4, 5, 6).signal() + FromHex("0700 0800");
+  const auto* const word_bytes = reinterpret_cast<const std::uint8_t*>(words.data());
+  const HipDecoder decoder_of_b = HipVersionTable[1].decoder;
+  EXPECT_EQ(
+      CaptureStandardOutput([&] { decoder_of_b(24, word_bytes, 0, nullptr, 4, word_bytes + 24); }),
+      "debug_generic_req data:{} debug_words:[0x0001 0x0002 0x0003 0x0004 0x0005 0x0006 0x0007 "
+      "0x0008 ] spare_1:0 spare_2:0 spare_3:0\n");
 }
 
 }  // namespace

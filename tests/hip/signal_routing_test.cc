@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr std::uint32_t kLegacyVersion = 0x0BFF0000;
+constexpr std::uint32_t kLastLegacyVersion = 0x0BFFFFFF;
 
 SignalSpan SpanOf(const std::string& bytes) {
   return {static_cast<std::uint32_t>(bytes.size()),
@@ -39,8 +39,8 @@ TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
     payload[13] = static_cast<char>(c.bulk2 >> 8);
     const SignalSpan span = SpanOf(payload);
     std::optional<HipSignal> split;
-    const std::string text =
-        CaptureStandardOutput([&] { split = SplitSignalRecord(span, 0xFFFFFFFF, kLegacyVersion); });
+    const std::string text = CaptureStandardOutput(
+        [&] { split = SplitSignalRecord(span, 0xFFFFFFFF, kLastLegacyVersion); });
     ASSERT_EQ(split.has_value(), c.accepted) << c.what;
     EXPECT_EQ(text,
               c.accepted ? "" : "vrkt_wlan_udi_log_decode: Invalid length in data reference\n");
@@ -53,6 +53,11 @@ TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
     EXPECT_EQ(split->bulk2.length, c.bulk2);
     EXPECT_EQ(split->bulk2.bytes, span.bytes + signal_length + c.bulk1);
   }
+  const std::string payload(40, '\xFF');
+  const std::optional<HipSignal> split =
+      SplitSignalRecord(SpanOf(payload), 30, kLastLegacyVersion + 1);
+  ASSERT_TRUE(split.has_value());
+  EXPECT_EQ(split->signal.length, 30U);
 }
 
 // The routing hands none of the five known ids over, so that no log reaches
@@ -65,7 +70,7 @@ TEST(SignalRouting, DriverSignals) {
     bool unloaded;
   } kCases[] = {
       {"1080", "Driver: Unloaded\n", 1, true},
-      {"1180 0000 0000 0000 0000 0000 01000000", "Driver: Dropped: 1 Udi Frames\n", 1, false},
+      {"1180 0000 0000 0000 0000 0000 70110100", "Driver: Dropped: 70000 Udi Frames\n", 1, false},
       {"1280 0000 0000 0000 0000 0000 ffffffff", "Driver: Dropped: -1 Udi Basic Data Frames\n", 1,
        false},
       {"1180 0000 0000 0000 0000 0000 0102", "Driver: Dropped: 513 Udi Frames\n", 1, false},

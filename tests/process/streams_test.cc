@@ -2,15 +2,14 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 
 #include "log_builder.h"
@@ -32,39 +31,51 @@ std::string ReadUntil(int descriptor, const std::string& text) {
   return seen;
 }
 
-TEST(Streams, ALiveRecordShowsOnATerminalOnceItsLastByteIsThere) {
-  const int terminal = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-  ASSERT_GE(terminal, 0);
-  ASSERT_EQ(grantpt(terminal), 0);
-  ASSERT_EQ(unlockpt(terminal), 0);
-  const int line = open(ptsname(terminal), O_RDWR | O_NOCTTY | O_CLOEXEC);
-  ASSERT_GE(line, 0);
+// A terminal that passes all bytes as they are.
+struct Terminal {
+  int controller = -1;
+  int line = -1;
+};
+
+Terminal OpenTerminal() {
+  Terminal terminal;
+  terminal.controller = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  EXPECT_EQ(grantpt(terminal.controller), 0);
+  EXPECT_EQ(unlockpt(terminal.controller), 0);
+  terminal.line = open(ptsname(terminal.controller), O_RDWR | O_NOCTTY | O_CLOEXEC);
+  EXPECT_GE(terminal.line, 0);
   termios raw{};
-  tcgetattr(line, &raw);
+  tcgetattr(terminal.line, &raw);
   raw.c_oflag &= ~static_cast<tcflag_t>(OPOST);
-  tcsetattr(line, TCSANOW, &raw);
+  tcsetattr(terminal.line, TCSANOW, &raw);
+  return terminal;
+}
+
+TEST(Streams, ALiveRecordShowsOnATerminalOnceItsLastByteIsThere) {
+  const Terminal terminal = OpenTerminal();
   int input[2];
   ASSERT_EQ(pipe2(input, O_CLOEXEC), 0);
   const TemporaryDirectory directory;
-  const int process = StartTool({.directory = directory.path()}, input[0], line, line);
+  const int process =
+      StartTool({.directory = directory.path()}, input[0], terminal.line, terminal.line);
   close(input[0]);
 
   const auto send = [&](const std::string& bytes) {
     ASSERT_EQ(write(input[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
   };
   send(Log().Header("14.5.12").bytes());
-  EXPECT_NE(ReadUntil(terminal, "detected\n").find("14.5.12"), std::string::npos);
+  EXPECT_NE(ReadUntil(terminal.controller, "detected\n").find("14.5.12"), std::string::npos);
   const std::string record = Log().Signal(5ms, Fapi(0x1100).PadTo(32)).bytes();
   for (int i = 0; i < 3; ++i) {
     for (const char byte : record) send(std::string(1, byte));
-    const std::string shown = ReadUntil(terminal, "\n");
+    const std::string shown = ReadUntil(terminal.controller, "\n");
     EXPECT_TRUE(shown.starts_with("1970/01/01-00:00:00.005 ma_unitdata_cfm vif:0 ")) << shown;
     EXPECT_TRUE(shown.ends_with(" spare_3:0\n")) << shown;
   }
   close(input[1]);
   EXPECT_EQ(WaitForTool(process), 0);
-  close(line);
-  close(terminal);
+  close(terminal.line);
+  close(terminal.controller);
 }
 
 TEST(Streams, AReadErrorIsNoEnd) {
@@ -74,29 +85,8 @@ TEST(Streams, AReadErrorIsNoEnd) {
   EXPECT_EQ(result.status, 255);
 }
 
-// A loopback connection whose peer sends `bytes` and then resets it.
-int ConnectionThatResetsBehind(const std::string& bytes) {
-  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  auto* const generic = reinterpret_cast<sockaddr*>(&address);
-  EXPECT_EQ(bind(listener, generic, size), 0);
-  EXPECT_EQ(listen(listener, 1), 0);
-  EXPECT_EQ(getsockname(listener, generic, &size), 0);
-  const int peer = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  EXPECT_EQ(connect(peer, generic, size), 0);
-  const int connection = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-  EXPECT_EQ(send(peer, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
-  const linger at_once{1, 0};
-  setsockopt(peer, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
-  close(peer);
-  close(listener);
-  return connection;
-}
-
-TEST(Streams, AConnectionThatIsReset) {
+// Reads from a terminal fail, one after the other, once its other end is closed.
+TEST(Streams, AReadErrorInTheMiddle) {
   const Log log = Log().Header("14.5.12").Load(0ms);
   const struct {
     std::string bytes;
@@ -108,17 +98,15 @@ TEST(Streams, AConnectionThatIsReset) {
        "decode: fread(logData.data) not enough bytes read\n", 0},
   };
   for (const auto& c : kCases) {
-    const TemporaryDirectory directory;
-    const std::string out = directory.path() + "/out";
-    const std::string err = directory.path() + "/err";
-    const int input = ConnectionThatResetsBehind(c.bytes);
-    const int output = open(out.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
-    const int error = open(err.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
-    const int process = StartTool({.directory = directory.path()}, input, output, error);
-    for (const int descriptor : {input, output, error}) close(descriptor);
-    EXPECT_EQ(WaitForTool(process), c.status);
-    EXPECT_EQ(ReadFile(out), std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: Loaded\n");
-    EXPECT_EQ(ReadFile(err), "decode: Log File Hip Version 14.5.12 detected\n" + c.err);
+    const Terminal terminal = OpenTerminal();
+    ASSERT_EQ(write(terminal.line, c.bytes.data(), c.bytes.size()), std::ssize(c.bytes));
+    close(terminal.line);
+    const ToolResult result =
+        RunTool({.before_exec = [&] { dup2(terminal.controller, STDIN_FILENO); }});
+    close(terminal.controller);
+    EXPECT_EQ(result.out, std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: Loaded\n");
+    EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n" + c.err);
+    EXPECT_EQ(result.status, c.status);
   }
 }
 
