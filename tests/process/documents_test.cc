@@ -5,9 +5,15 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "session_log.h"
@@ -52,45 +58,127 @@ void WriteScript(const std::string& path, const std::string& commands) {
   ASSERT_EQ(chmod(path.c_str(), 0755), 0);
 }
 
-TEST(Documents, TheCommandsOfTheReadme) {
-  const std::vector<Recipe> recipes = ReadRecipes(ReadFile(kSource + "/README.md"));
-  ASSERT_EQ(recipes.size(), 13U);
-  const bool has_tcpdump = std::system("command -v tcpdump >/dev/null 2>&1") == 0;
-  for (const Recipe& recipe : recipes) {
-    const bool wants_tcpdump = recipe.commands.find("tcpdump") != std::string::npos;
-    if (wants_tcpdump && !has_tcpdump) continue;
-    const TemporaryDirectory directory;
-    const std::string& path = directory.path();
-    const std::string log = SessionLog().bytes();
-    WriteFile(path + "/session.udi", log);
-    // Another log in which a network was heard less well.
-    std::string other = log;
-    other.replace(other.find("\xD0\xFF"), 2, "\xC4\xFF");
-    WriteFile(path + "/other.udi", other);
-    ASSERT_EQ(std::system(("gzip -k " + QuoteForShell(path + "/session.udi")).c_str()), 0);
-    // What stands for a phone, its capture command, and a tail that ends.
-    std::filesystem::create_directory(path + "/bin");
-    WriteScript(path + "/bin/vrkt_wlan_udi_log", "cat " + QuoteForShell(path + "/session.udi"));
-    WriteScript(path + "/bin/adb", "[ \"$1\" = exec-out ] && shift && exec \"$@\"");
-    WriteScript(path + "/bin/tail",
+// The shell commands of the README, and a directory where the programs that they
+// use are: the tool that is tested, and stand-ins for a phone.
+class ReadmeShell {
+ public:
+  ReadmeShell() {
+    std::filesystem::create_directory(bin());
+    WriteScript(bin() + "/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
+    WriteScript(bin() + "/vrkt_wlan_udi_log", "cat session.udi");
+    WriteScript(bin() + "/adb", "[ \"$1\" = exec-out ] && shift && exec \"$@\"");
+    // The README follows a file that grows; here it is complete.
+    WriteScript(bin() + "/tail",
                 "[ \"$3\" = -F ] && exec /usr/bin/tail \"$1\" \"$2\" \"$4\"\n"
                 "exec /usr/bin/tail \"$@\"");
-    WriteScript(path + "/bin/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
-    WriteFile(path + "/commands", "set -o pipefail\n" + recipe.commands);
-    const int status = std::system(("cd " + QuoteForShell(path) +
-                                    " && PATH=$PWD/bin:$PATH TZ=UTC0 "
-                                    "ASAN_OPTIONS=verify_asan_link_order=0 "
-                                    "bash commands >output 2>errors")
-                                       .c_str());
-    // diff tells differences by a status of 1.
-    EXPECT_LE(WEXITSTATUS(status), recipe.commands.starts_with("signals()") ? 1 : 0)
-        << recipe.commands << ReadFile(path + "/errors");
-    const std::string output = ReadFile(path + "/output");
-    if (recipe.tells_output) {
-      EXPECT_EQ(output, recipe.output) << recipe.commands;
-    } else {
-      EXPECT_NE(output, "") << recipe.commands;
+    for (const Recipe& recipe : ReadRecipes(ReadFile(kSource + "/README.md"))) {
+      if (recipe.commands.find("mktemp -d") != std::string::npos) {
+        setup_ = recipe.commands;
+      } else {
+        recipes_.push_back(recipe);
+      }
     }
+    const std::string_view kBuild = "PATH=$PWD/build/release:";
+    setup_.replace(setup_.find(kBuild), kBuild.size(), "PATH=" + QuoteForShell(bin()) + ":");
+  }
+
+  std::string bin() const { return directory_.path() + "/bin"; }
+  const std::string& directory() const { return directory_.path(); }
+  const std::vector<Recipe>& recipes() const { return recipes_; }
+  // The recipe that has this text.
+  const std::string& Find(std::string_view text) const {
+    for (const Recipe& recipe : recipes_) {
+      if (recipe.commands.find(text) != std::string::npos) return recipe.commands;
+    }
+    std::abort();
+  }
+
+  // A bash that sets a directory up as the cookbook says, runs the commands there
+  // and leaves their streams in `output` and `errors`.
+  std::string MakeCommand(const std::string& commands) const {
+    WriteFile(directory() + "/commands",
+              setup_ + "set -o pipefail\nexec >" + QuoteForShell(directory() + "/output") + " 2>" +
+                  QuoteForShell(directory() + "/errors") + "\n" + commands);
+    return "cd " + QuoteForShell(kSource) + " && export TMPDIR=" + QuoteForShell(directory()) +
+           " ASAN_OPTIONS=verify_asan_link_order=0 && exec bash " +
+           QuoteForShell(directory() + "/commands");
+  }
+
+ private:
+  TemporaryDirectory directory_;
+  std::string setup_;
+  std::vector<Recipe> recipes_;
+};
+
+bool IsInstalled(const char* program) {
+  return std::system((std::string("command -v ") + program + " >/dev/null 2>&1").c_str()) == 0;
+}
+
+TEST(Documents, TheCommandsOfTheReadme) {
+  const ReadmeShell shell;
+  EXPECT_GE(shell.recipes().size(), 20U);
+  std::vector<std::string> missing;
+  for (const char* program : {"tcpdump", "tshark", "pv", "gnuplot", "pkill"}) {
+    if (!IsInstalled(program)) missing.push_back(program);
+  }
+  for (const Recipe& recipe : shell.recipes()) {
+    const auto uses = [&](const std::string& program) {
+      return recipe.commands.find(program + ' ') != std::string::npos;
+    };
+    // Another test stops a live capture.
+    if (uses("pkill") || std::ranges::any_of(missing, uses)) continue;
+    const int status = std::system(shell.MakeCommand(recipe.commands).c_str());
+    // diff reports differences by a status of 1.
+    EXPECT_LE(WEXITSTATUS(status), uses("diff") ? 1 : 0)
+        << recipe.commands << ReadFile(shell.directory() + "/errors");
+    if (!recipe.tells_output) continue;
+    EXPECT_EQ(ReadFile(shell.directory() + "/output"), recipe.output) << recipe.commands;
+  }
+  for (const std::string& program : missing) {
+    EXPECT_EQ(std::getenv("CI"), nullptr) << program << " is not installed";
+  }
+}
+
+// Both ways to stop a live capture write everything that the capture sent.
+TEST(Documents, StoppingALiveCaptureLosesNothing) {
+  if (!IsInstalled("pkill")) GTEST_SKIP() << "pkill is not installed";
+  const ReadmeShell shell;
+  // A capture that sends the session and then waits for more.
+  WriteScript(shell.bin() + "/vrkt_wlan_udi_log",
+              "cat session.udi\nmkfifo never\n: >\"$TMPDIR/sent\"\nread line <never");
+  const auto interrupt_group = [](pid_t group) { kill(-group, SIGINT); };
+  const auto stop_capture = [&](pid_t /*group*/) {
+    // From a file: in an argument pkill would find the text, too.
+    const std::string file = shell.directory() + "/stop";
+    WriteFile(file, shell.Find("pkill"));
+    EXPECT_EQ(std::system(("sh " + QuoteForShell(file)).c_str()), 0);
+  };
+  const struct {
+    std::string commands;
+    std::function<void(pid_t)> stop;
+  } kCases[] = {
+      {shell.Find("trap '' INT"), interrupt_group},
+      {"vrkt_wlan_udi_log stdout | vrkt_wlan_udi_log_decode stdin --pcap >session.txt\n",
+       stop_capture},
+  };
+  for (const auto& c : kCases) {
+    const std::string sent = shell.directory() + "/sent";
+    std::filesystem::remove(sent);
+    const std::string command = shell.MakeCommand("pwd >\"$TMPDIR/where\"\n" + c.commands);
+    const pid_t process = fork();
+    ASSERT_GE(process, 0);
+    if (process == 0) {
+      setsid();
+      execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+      _exit(127);
+    }
+    for (int tries = 0; tries < 1000 && !std::filesystem::exists(sent); ++tries) usleep(10000);
+    c.stop(process);
+    waitpid(process, nullptr, 0);
+    std::string where = ReadFile(shell.directory() + "/where");
+    where.pop_back();
+    EXPECT_EQ(ReadFile(where + "/session.txt"), ReadFile(kSource + "/examples/session.txt"));
+    EXPECT_EQ(std::filesystem::file_size(where + "/udi_fapi.pcap"), 2528U) << c.commands;
   }
 }
 
