@@ -156,8 +156,9 @@ struct SignalLayout {
     dumps[dump_count++] = dump.name;
   }
   constexpr void SetMin(std::size_t row_min) {
-    if (row_min < kSignalHeaderSize || row_min > 255)
+    if (row_min < kSignalHeaderSize || row_min > 255) {
       throw "Min is outside the range of signal lengths, 10 to 255";
+    }
     min = row_min;
   }
 };
@@ -171,8 +172,9 @@ consteval SignalLayout Signal(SignalName name, unsigned id, HipVersionSet versio
   if (min.is_end_of_fields && min.min != row.end) {
     throw "Min is not the end of the last field: correct it, or write MinDiffersFromEnd";
   }
-  if (!min.is_end_of_fields && min.min == row.end)
+  if (!min.is_end_of_fields && min.min == row.end) {
     throw "MinDiffersFromEnd is the end of the last field: write Min";
+  }
   return row;
 }
 

@@ -31,7 +31,7 @@ std::span<const CompiledLabel> ListLabels(std::uint8_t enum_index);
 
 // All names and labels, each once. A fixed size lets callers address the text
 // directly; a pointer to it would have to be relocated and loaded.
-inline constexpr std::size_t kVocabularyTextCapacity = 48 * 1024;
+inline constexpr std::size_t kVocabularyTextCapacity = std::size_t{48} * 1024;
 extern const std::array<char, kVocabularyTextCapacity> kVocabularyText;
 
 inline PaddedText GetText(TextRange range) {

@@ -73,7 +73,7 @@ std::uint32_t QenWifiDriverLogReadUint32(std::FILE* stream) {
   return LoadU32(word.data());
 }
 
-void PrintDriverLine(RunState& state, std::int32_t time, std::string_view line) {
+void PrintDriverLine(const RunState& state, std::int32_t time, std::string_view line) {
   PrintLineStamp(state.timeBase, time);
   PrintPiece(line);
 }
