@@ -213,15 +213,8 @@ std::uint32_t ReadLogFileHeader(std::FILE* stream) {
   return header.hip_version;
 }
 
-RecordsOutcome ReadRecords(RunState& state) {
-  for (;;) {
-    switch (ReadRecord(state)) {
-      case RecordOutcome::kNextRecord:
-        break;
-      case RecordOutcome::kNewEpoch:
-        return RecordsOutcome::kNewEpoch;
-      case RecordOutcome::kOrderlyEnd:
-        return RecordsOutcome::kOrderlyEnd;
-    }
-  }
+bool ReadRecords(RunState& state) {
+  RecordOutcome outcome = RecordOutcome::kNextRecord;
+  while (outcome == RecordOutcome::kNextRecord) outcome = ReadRecord(state);
+  return outcome == RecordOutcome::kNewEpoch;
 }

@@ -12,12 +12,9 @@
 // the process with status -1, after a report, if the header is not acceptable.
 std::uint32_t ReadLogFileHeader(std::FILE* stream);
 
-enum class RecordsOutcome {
-  kNewEpoch,    // the next epoch's header follows in the stream
-  kOrderlyEnd,  // the run ends with status 0
-};
-
-// Reads and handles the records of an epoch until one of the outcomes.
-RecordsOutcome ReadRecords(RunState& state);
+// Reads and handles the records of an epoch. Returns true if a reload of the driver
+// ended the epoch, so the next header follows in the stream, and false if the run
+// ends with status 0.
+bool ReadRecords(RunState& state);
 
 #endif  // VRKT_INTAKE_LOG_STREAM_H_

@@ -83,7 +83,7 @@ void DecodeEpochs(RunState& state) {
     if (state.pcap != nullptr) {
       WritePcapGlobalHeader(state.pcap, state.hipCursor->pcap_link_type);
     }
-  } while (ReadRecords(state) == RecordsOutcome::kNewEpoch);
+  } while (ReadRecords(state));
 }
 
 void CloseStreams(const RunState& state) {
