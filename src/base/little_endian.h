@@ -3,10 +3,10 @@
 
 #include <cstdint>
 
-// All integers of the log, of its signals and of the capture file are
-// little-endian and unaligned. These functions assemble them byte by byte, so the
-// host's byte order and alignment rules do not matter; compilers turn each of them
-// into one load or store where the host allows it.
+// All integers in the log, in its signals and in the capture file are little-endian
+// and unaligned. These functions work byte by byte, so the host's byte order and
+// alignment rules do not matter. Compilers turn each function into one load or store
+// where the host allows it.
 
 constexpr std::uint16_t LoadU16(const std::uint8_t* bytes) {
   return static_cast<std::uint16_t>(bytes[0] | (bytes[1] << 8));

@@ -4,12 +4,13 @@
 #include <cstddef>
 #include <string_view>
 
-// How many bytes can be read from the start of any PaddedText.
+// The number of bytes that can be read from the start of any PaddedText.
 inline constexpr std::size_t kPaddedTextSize = 64;
 
-// A short constant text that is followed by other bytes, so kPaddedTextSize bytes
-// can be copied from its start whatever its length. A copy of fixed size is a few
-// moves, a copy of variable size is a call, and half of all output is such texts.
+// A short constant text that is followed by other bytes, so that kPaddedTextSize
+// bytes can be copied from its start, whatever its length. A copy of fixed size
+// compiles to a few moves, a copy of variable size to a call. All field names and
+// labels are printed this way.
 struct PaddedText {
   const char* data = nullptr;
   std::size_t size = 0;

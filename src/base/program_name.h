@@ -1,9 +1,9 @@
 #ifndef VRKT_BASE_PROGRAM_NAME_H_
 #define VRKT_BASE_PROGRAM_NAME_H_
 
-// The tool's name as the usage text and every report print it. Set once, at
-// start, before anything is reported. It is global because the log's read
-// primitive ends the process from any depth and reports under this name.
+// The tool's name in the usage text and in every report. Set once at start, before
+// the first report. It is global because the function that reads a word of the log
+// can report a failure and end the process at any depth of calls.
 // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): see above
 inline const char* programName = "vrkt_wlan_udi_log_decode";
 

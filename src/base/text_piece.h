@@ -42,14 +42,15 @@ inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = MakeHexPairs()
 
 }  // namespace text_piece_tables
 
-// A piece of an output line, for instance a field with its value: assembled here
-// and printed by one call of the stream library. Whole lines are never assembled.
+// A piece of an output line, for instance a field with its value. It is assembled
+// here and printed by one call of the stream library. Whole lines are never
+// assembled.
 //
-// `kCapacity` is the size of the longest piece; the appending functions do not
-// check it. They may write up to kPaddedTextSize bytes after what they append.
+// `kCapacity` is the size of the longest piece. The Append functions do not check
+// it. They may write up to kPaddedTextSize bytes after the text they append.
 //
-// Values are written without a branch for each digit: their lengths follow no
-// pattern, and a mispredicted branch costs more than all the digits.
+// Numbers are written without a branch per digit: their lengths are unpredictable,
+// and a mispredicted branch costs more than writing all digits.
 template <std::size_t kCapacity>
 class TextPiece {
  public:
@@ -65,7 +66,7 @@ class TextPiece {
     size_ += text.size;
   }
 
-  // In decimal, as by %u.
+  // In decimal, like printf's %u.
   void AppendDecimal(std::uint32_t value) {
     constexpr std::uint32_t kEightDigits = 100000000;
     if (value >= kEightDigits) {
@@ -76,7 +77,7 @@ class TextPiece {
       AppendUpToEightDigits(value);
     }
   }
-  // As by %d.
+  // Like printf's %d.
   void AppendSigned(std::int32_t value) {
     auto magnitude = static_cast<std::uint32_t>(value);
     if (value < 0) {
@@ -86,8 +87,7 @@ class TextPiece {
     AppendDecimal(magnitude);
   }
 
-  // Zero-filled to the given number of digits, as by %02d and its kin; `value`
-  // is not negative.
+  // Zero-filled to kDigits digits, like printf's %02d. `value` must not be negative.
   template <std::size_t kDigits>
   void AppendZeroFilled(int value) {
     char* const digits = end();
@@ -97,7 +97,7 @@ class TextPiece {
     size_ += kDigits;
   }
 
-  // Zero-filled to four or eight lower-case digits, as by %.4x or %.8x.
+  // Four or eight lower-case digits, like printf's %.4x or %.8x.
   void AppendHex(std::uint16_t value) {
     AppendHex(static_cast<std::uint8_t>(value >> 8U));
     AppendHex(static_cast<std::uint8_t>(value));
@@ -106,14 +106,14 @@ class TextPiece {
     AppendHex(static_cast<std::uint16_t>(value >> 16U));
     AppendHex(static_cast<std::uint16_t>(value));
   }
-  // Two lower-case digits, as by %.2x.
+  // Two lower-case digits, like printf's %.2x.
   void AppendHex(std::uint8_t value) {
     WriteHexPair(value, end());
     size_ += 2;
   }
-  // Two lower-case digits per byte, in stored order. The compiler turns the first
-  // loop into vector code, because its count is a multiple of the vector's size;
-  // the remaining bytes take two digits at a time from a table.
+  // Two lower-case digits per byte, in stored order. The compiler vectorises the
+  // first loop, because its count is a multiple of the vector size. The remaining
+  // bytes use a table.
   void AppendHex(const std::uint8_t* bytes, std::size_t count) {
     constexpr std::size_t kVector = 16;
     const std::size_t in_vectors = count / kVector * kVector;
@@ -139,15 +139,15 @@ class TextPiece {
     StoreU64(FormatEightDigits(value) >> (64 - 8 * count), EndBytes());
     size_ += count;
   }
-  // Of a value of 1 to 8 digits.
+  // `value` is below 100,000,000.
   static unsigned CountDigits(std::uint32_t value) {
-    // 1233 / 4096 approximates the decimal logarithm of 2. Zero has a digit too,
-    // so one bit is always set.
+    // 1233 / 4096 approximates the decimal logarithm of 2. Setting bit 0 gives zero
+    // its one digit.
     const unsigned estimate = static_cast<unsigned>(std::bit_width(value | 1U)) * 1233 >> 12;
     return estimate +
            static_cast<unsigned>(value >= text_piece_tables::kSmallestWithDigits[estimate]);
   }
-  // The eight digits of a value below 100,000,000, the first in the low byte.
+  // The eight digits of a value below 100,000,000, the first digit in the low byte.
   static std::uint64_t FormatEightDigits(std::uint32_t value) {
     using text_piece_tables::kDecimalPairs;
     const std::uint32_t high = value / 10000;
@@ -162,7 +162,7 @@ class TextPiece {
     std::memcpy(digits, text_piece_tables::kHexPairs[value].data(), 2);
   }
 
-  // Not initialised: only what was appended is printed.
+  // Not initialised, because only appended bytes are printed.
   std::array<char, kCapacity + kPaddedTextSize> text_;
   std::size_t size_ = 0;
 };

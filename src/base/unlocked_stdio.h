@@ -5,12 +5,12 @@
 #include <cstdio>
 #include <string_view>
 
-// The stream library's calls without its locks. The process has one thread, so
-// the locks protect nothing, and they would cost more than most of the pieces
-// printed here. CMake finds out which of the unlocked calls the platform has; the
-// standard ones replace those it lacks.
+// The stream library's calls without its locks. The process has one thread, so the
+// locks protect nothing, and locking costs more than printing most pieces. CMake
+// checks which unlocked calls the platform has. The standard calls replace missing
+// ones.
 
-// As std::fread with an item size of 1.
+// Like std::fread with an item size of 1.
 inline std::size_t ReadBytes(void* bytes, std::size_t size, std::FILE* stream) {
 #ifdef VRKT_HAVE_FREAD_UNLOCKED
   return ::fread_unlocked(bytes, 1, size, stream);
@@ -19,7 +19,7 @@ inline std::size_t ReadBytes(void* bytes, std::size_t size, std::FILE* stream) {
 #endif
 }
 
-// As std::getc.
+// Like std::getc.
 inline int ReadByte(std::FILE* stream) {
 #ifdef VRKT_HAVE_GETC_UNLOCKED
   return getc_unlocked(stream);
@@ -28,8 +28,8 @@ inline int ReadByte(std::FILE* stream) {
 #endif
 }
 
-// As std::fwrite with an item size of 1. The result is ignored on purpose: a full
-// disk or a closed output does not change the run.
+// Like std::fwrite with an item size of 1. The result is ignored on purpose: a full
+// disk or a closed output does not end the run.
 inline void WriteBytes(const void* bytes, std::size_t size, std::FILE* stream) {
 #ifdef VRKT_HAVE_FWRITE_UNLOCKED
   static_cast<void>(::fwrite_unlocked(bytes, 1, size, stream));
@@ -38,10 +38,10 @@ inline void WriteBytes(const void* bytes, std::size_t size, std::FILE* stream) {
 #endif
 }
 
-// One piece of an output line, to standard output.
+// Prints a piece of an output line to standard output.
 inline void PrintPiece(std::string_view piece) { WriteBytes(piece.data(), piece.size(), stdout); }
 
-// The end of an output line. As std::putc, so that a terminal shows the line.
+// Ends an output line. Like std::putc, so that a terminal shows the line at once.
 inline void PrintLineEnd() {
 #ifdef VRKT_HAVE_PUTC_UNLOCKED
   putc_unlocked('\n', stdout);

@@ -7,13 +7,13 @@
 
 namespace {
 
-// The numbers of a classic pcap file's header.
+// The fields of a classic pcap file's global header.
 constexpr std::uint32_t kMagic = 0xA1B2C3D4;
 constexpr std::uint16_t kMajorVersion = 2;
 constexpr std::uint16_t kMinorVersion = 4;
 constexpr std::uint32_t kTimeZoneCorrection = 0;
 constexpr std::uint32_t kTimestampAccuracy = 0;
-constexpr std::uint32_t kSnapshotLength = 65535;  // longer records are whole nevertheless
+constexpr std::uint32_t kSnapshotLength = 65535;  // not applied: longer records are complete
 
 void WriteU16(std::uint16_t value, std::FILE* pcap) {
   std::array<std::uint8_t, 2> bytes{};
@@ -41,8 +41,8 @@ void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type) {
 
 void WritePcapRecord(std::FILE* pcap, std::uint32_t timeBase, std::int32_t time_word,
                      std::uint32_t length, const std::uint8_t* payload) {
-  // Both are truncated toward zero and have the sign of the time word: a negative
-  // time has negative microseconds, unlike the fraction of the line stamp.
+  // Both are truncated toward zero and have the sign of the time word. So a negative
+  // time word gives negative microseconds, unlike the fraction of the line stamp.
   const std::int32_t seconds = time_word / 1000;
   const std::int32_t milliseconds = time_word % 1000;
   WriteU32(timeBase + static_cast<std::uint32_t>(seconds), pcap);

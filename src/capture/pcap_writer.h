@@ -4,15 +4,17 @@
 #include <cstdint>
 #include <cstdio>
 
-// A classic pcap file, version 2.4, little-endian. A failed write changes nothing:
-// the file ends where the disk was full, and decoding continues.
+// A classic pcap file, version 2.4, little-endian. Failed writes are ignored: if the
+// disk is full, the file is incomplete and decoding continues.
 
-// Writes the 24 bytes of the global header, once for each epoch of the log, in the
-// middle of the file too, because each epoch has its own link type.
+// Writes the 24 bytes of the global header. The caller writes one per epoch of the
+// log, because an epoch can have its own link type. The pcap format has only one
+// global header, at the start of the file: a reader takes any later one for record
+// data.
 void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type);
 
-// Writes a record header and all `length` bytes of the payload. `timeBase` is
-// in seconds, `time_word` in milliseconds from it.
+// Writes a record header and all `length` bytes of the payload. `timeBase` is in
+// seconds, `time_word` in milliseconds relative to it.
 void WritePcapRecord(std::FILE* pcap, std::uint32_t timeBase, std::int32_t time_word,
                      std::uint32_t length, const std::uint8_t* payload);
 

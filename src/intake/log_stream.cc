@@ -24,7 +24,8 @@ struct LogFileHeader {
   std::uint32_t hip_version;
 };
 
-// The first four words of any record. The magic decides what the last two mean.
+// The first four words of any record. The meaning of the last two depends on the
+// magic.
 struct LogRecord {
   std::uint32_t magic;
   std::int32_t time;  // milliseconds from the time base
@@ -34,14 +35,14 @@ struct LogRecord {
 
 struct DriverEvent {
   std::int32_t time;   // milliseconds from the time base
-  std::uint32_t type;  // a DriverEventType, or one that this tool does not know
+  std::uint32_t type;  // a DriverEventType or an unknown value
   std::uint32_t size;  // bytes of payload that follow
 };
 
 struct SignalRecord {
   std::int32_t time;            // milliseconds from the time base
   std::uint32_t length;         // bytes of payload that follow
-  std::uint32_t signal_length;  // how many of them are the signal; the rest is bulk
+  std::uint32_t signal_length;  // bytes of the signal; the rest of the payload is bulk
 };
 
 enum DriverEventType : std::uint32_t { kTimeRef = 0, kLoad = 1, kUnload = 2 };
@@ -56,9 +57,9 @@ struct FreeBlock {
 // overstated length only reserves address space.
 using PayloadBlock = std::unique_ptr<std::uint8_t[], FreeBlock>;
 
-// Reads one little-endian word. At the end of the stream, in the middle of a word
-// too, ends the process with status 0; this is how the tool normally ends. On a
-// read failure, reports it and ends the process with status -1.
+// Reads one little-endian word. At the end of the stream, also within a word, ends
+// the process with status 0. This is the normal end of the tool. On a read failure,
+// reports it and ends the process with status -1.
 std::uint32_t QenWifiDriverLogReadUint32(std::FILE* stream) {
   std::array<std::uint8_t, 4> word{};
   for (std::uint8_t& byte : word) {
@@ -129,7 +130,7 @@ RecordOutcome HandleDriverEvent(RunState& state, const DriverEvent& event) {
       return HandleUnload(state, event);
     default:
       // The size of an unknown event is not trusted: the next record is expected
-      // right here.
+      // directly after the four words.
       return RecordOutcome::kNextRecord;
   }
 }
@@ -157,7 +158,8 @@ RecordOutcome HandleSignalRecord(RunState& state, const SignalRecord& record) {
   return RecordOutcome::kNextRecord;
 }
 
-// All four words are read before the magic is checked.
+// Reads all four words before the magic is checked, so a log that ends within them
+// ends without a report.
 LogRecord ReadRecordWords(std::FILE* stream) {
   LogRecord record{};
   record.magic = QenWifiDriverLogReadUint32(stream);
@@ -186,8 +188,8 @@ RecordOutcome ReadRecord(RunState& state) {
 }  // namespace
 
 std::uint32_t ReadLogFileHeader(std::FILE* stream) {
-  // The format version is checked before the magic, and before the last word is
-  // read: the order decides which report a damaged header gets.
+  // An old format version is reported before the magic is checked and before the
+  // last word is read. The order decides which report a damaged header gets.
   LogFileHeader header{};
   header.magic = QenWifiDriverLogReadUint32(stream);
   header.format_version = QenWifiDriverLogReadUint32(stream);

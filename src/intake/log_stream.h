@@ -6,15 +6,16 @@
 
 #include "intake/run_state.h"
 
-// The log: epochs of a 12-byte header and records, read strictly forward.
+// Reads the log strictly forward, so that it can be a pipe. A log has one or more
+// epochs; an epoch is a 12-byte header followed by records.
 
-// Reads the header that opens an epoch and returns its packed HIP version. Ends
-// the process with status -1, after a report, if the header is not acceptable.
+// Reads an epoch's header and returns its packed HIP version. If the header is not
+// valid, reports that and ends the process with status -1.
 std::uint32_t ReadLogFileHeader(std::FILE* stream);
 
-// Reads and handles the records of an epoch. Returns true if a reload of the driver
-// ended the epoch, so the next header follows in the stream, and false if the run
-// ends with status 0.
+// Reads and handles the records of an epoch. Returns true if a driver reload ended the
+// epoch, so that the next header follows in the stream. Returns false if the run ends
+// with status 0. The end of the log within a word ends the process instead.
 bool ReadRecords(RunState& state);
 
 #endif  // VRKT_INTAKE_LOG_STREAM_H_

@@ -51,7 +51,7 @@ bool OpenInput(RunState& state, const char* argument) {
   return false;
 }
 
-// The run goes on without a capture file if none can be opened.
+// If no capture file can be opened, the run continues without one.
 void OpenPcap(RunState& state) {
   state.pcap = std::fopen("udi_fapi.pcap", "w");
   if (state.pcap == nullptr) state.pcap = std::fopen("/sdcard/udi_fapi.pcap", "w");
@@ -61,7 +61,7 @@ void OpenPcap(RunState& state) {
   }
 }
 
-// The exit status if the arguments end the run, nothing if it goes on.
+// Returns the exit status if the arguments end the run.
 std::optional<int> ReadArguments(int argc, const char* const* argv, RunState& state) {
   if (argc < 2) {
     PrintUsage();

@@ -1,15 +1,15 @@
 #ifndef VRKT_INTAKE_RUN_CONTROL_H_
 #define VRKT_INTAKE_RUN_CONTROL_H_
 
-// The name used in reports, from the first entry of the argument vector: what
-// follows its last "/", which may be nothing. The tool's own name if the entry is
-// null.
+// Returns the name used in reports. `argument` is the first entry of the argument
+// vector; the name is the part after its last "/", which may be empty. If `argument`
+// is null, the name is that of the tool.
 const char* ResolveProgramName(const char* argument);
 
-// The whole run, which starts with the banner. Takes the argument vector and
-// returns the process's exit status: 0 at the end of the log, 1 for a run without
-// arguments, -1 for wrong arguments or a log that cannot be opened. The end of the
-// log in a word and a rejected header end the process from within.
+// Runs the tool with this argument vector and returns the exit status: 0 if the log
+// ended or is damaged, 1 if there are no arguments, -1 if the arguments are wrong or the
+// log cannot be opened. In most runs it does not return, because the end of the log, a
+// read failure or a rejected header ends the process (see log_stream.h).
 int RunLogDecoder(int argc, const char* const* argv);
 
 #endif  // VRKT_INTAKE_RUN_CONTROL_H_

@@ -6,17 +6,16 @@
 
 #include "hip/hip_versions.h"
 
-// The state of one run. (programName belongs to the process, see
-// base/program_name.h.)
+// The state of one run, except programName, which is global.
 struct RunState {
   std::FILE* input = nullptr;
   const char* input_argument = nullptr;  // "stdin" or the path of the log
-  std::FILE* pcap = nullptr;             // null: no capture file is written
+  std::FILE* pcap = nullptr;             // null if no capture file is written
 
-  // The row of the epoch's HIP version. Never moves backward.
+  // The row of the epoch's HIP version. It only moves forward.
   const HipVersionEntry* hipCursor = HipVersionTable.data();
 
-  std::uint32_t timeBase = 0;  // seconds of the last TimeRef; kept over epochs
+  std::uint32_t timeBase = 0;  // seconds of the last TimeRef; kept across epochs
   bool driverUnloaded = false;
 };
 

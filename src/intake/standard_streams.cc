@@ -9,7 +9,7 @@ void OccupyClosedStandardStreams() {
   // In ascending order, because a new descriptor is always the lowest free one.
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
     if (::fcntl(descriptor, F_GETFD) != -1) continue;
-    // In the opposite direction, so reads and writes fail.
+    // Opened in the opposite direction, so reads and writes fail.
     static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
   }
 }
