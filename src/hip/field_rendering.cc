@@ -13,13 +13,13 @@ constexpr std::size_t kCharsPerWord = 7;  // as in "0x0001 "
 constexpr std::size_t kMaxValue = std::max(kPaddedTextSize, 1 + kMaxWords * kCharsPerWord);
 using FieldPiece = TextPiece<kPaddedTextSize + kMaxValue>;
 
-// In versions A to C a field with an unlabelled value has no blank before its
-// name, so it follows the field before it directly.
+// In versions A to C an enumerated field whose value has no label prints without the
+// blank before its name. Intended.
 constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
   return version >= HipVersionTag::D;
 }
 
-// `prefix` has been appended already.
+// Appends the value. The caller has appended `prefix`.
 void AppendEnumerated(FieldPiece& piece, PaddedText prefix, const CompiledField& field,
                       std::uint16_t value, HipVersionTag version) {
   const PaddedText label = FindLabel(field.enum_index, value, version);
@@ -41,7 +41,7 @@ void AppendMac(FieldPiece& piece, const std::uint8_t* address) {
   }
 }
 
-// The last word too is followed by a blank.
+// A blank follows each word, also the last. Intended.
 void AppendWords(FieldPiece& piece, const std::uint8_t* words, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
     piece.Append("0x");

@@ -8,14 +8,13 @@
 #include "fapi/hip_version_tags.h"
 #include "hip/hip_signal.h"
 
-// Both print to standard output and check no length: the caller makes sure that
-// the bytes are readable.
+// These functions print to standard output and do not check lengths.
 
-// Prints a dump: `prefix`, as in " data:{", the region's bytes in stored order
-// and the closing brace. An empty region prints too.
+// Prints a dump: `prefix`, as in " data:{", the region's bytes in stored order and the
+// closing brace. An empty region prints as "{}".
 void PrintDump(PaddedText prefix, SignalSpan region);
 
-// Prints one field of `signal`, which is readable up to the field's end.
+// Prints one field. `signal` must be readable up to the field's end.
 void PrintField(const CompiledField& field, const std::uint8_t* signal, HipVersionTag version);
 
 #endif  // VRKT_HIP_FIELD_RENDERING_H_

@@ -11,9 +11,9 @@ struct SignalSpan {
 };
 
 // The three parts of a payload, in this order and without gaps. An empty bulk may
-// also have a null address.
+// have a null address.
 struct HipSignal {
-  SignalSpan signal;  // from the id on
+  SignalSpan signal;  // starts at the id
   SignalSpan bulk1;
   SignalSpan bulk2;
 };

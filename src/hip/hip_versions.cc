@@ -24,7 +24,7 @@ consteval std::uint32_t ParseNumber(const char*& text, std::uint32_t limit) {
   return number;
 }
 
-// The packed form of a dotted version, as a log's header carries it.
+// Packs a dotted version as in a log's header.
 consteval std::uint32_t PackVersion(const char* name) {
   std::uint32_t version = ParseNumber(name, 0xFF) << 24U;
   if (*name++ != '.') throw "a version is three numbers with dots between them";

@@ -13,19 +13,18 @@ struct HipVersionEntry {
   std::uint32_t version;  // packed: first number << 24 | second << 16 | third
   HipDecoder decoder;     // the version's entry point
 
-  // For the capture file's global header. The interface lets each version have a
-  // link type of its own; so far all versions have the same one.
+  // For the capture file's global header. The interface allows each version its own
+  // link type. All versions so far have the same one.
   std::uint32_t pcap_link_type;
 };
 
-// One row for each version, in ascending order.
+// One row per version, in ascending order.
 extern const std::array<HipVersionEntry, kHipVersionCount> HipVersionTable;
 
-// Moves `hipCursor` forward to the row of exactly this packed version and reports
-// on standard error that it was detected. The search starts at the row of the last
-// epoch: after a reload of the driver a log may stay at its version or move up,
-// never down. If there is no such row, reports that and ends the process with
-// status -1.
+// Moves `hipCursor` forward to the row of exactly this packed version and reports the
+// version on standard error. The search starts at the row of the previous epoch: after
+// a driver reload the version may stay the same or increase, but not decrease. If
+// there is no such row, reports that and ends the process with status -1.
 void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor);
 
 #endif  // VRKT_HIP_HIP_VERSIONS_H_

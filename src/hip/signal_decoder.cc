@@ -13,8 +13,8 @@
 
 namespace {
 
-// The number of bytes that can be read from the signal's first byte on: the fields
-// of a short signal extend into the bulk that follows it.
+// Returns how many bytes are readable from the start of the signal. They include the
+// bulk that directly follows, because the fields of a short signal extend into it.
 std::size_t CountReadableBytes(const HipSignal& signal) {
   std::size_t readable = signal.signal.length;
   for (const SignalSpan& bulk : {signal.bulk1, signal.bulk2}) {
@@ -25,8 +25,8 @@ std::size_t CountReadableBytes(const HipSignal& signal) {
   return readable;
 }
 
-// The first bytes of a signal, followed by zeros, for signals that end before
-// their fields do.
+// The first bytes of a signal followed by zeros, for signals that end before their
+// last field.
 using PaddedSignal = std::array<std::uint8_t, 256>;
 
 PaddedSignal PadSignal(const std::uint8_t* bytes, std::size_t readable) {
@@ -43,8 +43,8 @@ void PrintUnknownSignal(std::uint16_t id) {
   piece.Print();
 }
 
-// The bytes that the dumps show. Without bulk they start at Min, also where the
-// fields end elsewhere.
+// Returns the bytes that the dumps show: the bulk, or without bulk the bytes from Min
+// on. Min is not always the end of the fields.
 SignalSpan SelectDumpRegion(const CompiledSignal& layout, const HipSignal& signal) {
   if (signal.bulk1.length != 0) return signal.bulk1;
   return {signal.signal.length - layout.min, signal.signal.bytes + layout.min};

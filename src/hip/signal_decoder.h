@@ -6,17 +6,17 @@
 #include "fapi/hip_version_tags.h"
 #include "hip/hip_signal.h"
 
-// A version's decoder: prints the rest of the line of one signal, from the
-// signal's name to the line end, to standard output.
+// The decoder of one version. It prints the rest of a signal's line to standard
+// output, from the signal's name to the line end.
 //
-// Takes a HipSignal as six arguments, the signature that the interface fixes for
-// decoders; no version shows bulk 2. Returns 1 if it printed a signal line.
-// Returns 0 if the version does not know the id, and prints a line that says so.
-// Returns 0 and prints nothing if the signal is too short for its layout: the line
-// that the caller began stays open.
+// Takes a HipSignal as six arguments, because the interface fixes this signature. No
+// version dumps bulk 2.
 //
-// A field beyond the end of the signal shows the bytes of the bulk, and zeros
-// after the last byte of all.
+// Returns 1 if it printed a signal line. Returns 0 if the version does not have the
+// id, after printing a line that says so. Returns 0 and prints nothing if the signal
+// is too short for its layout: the line that the caller began has no end.
+//
+// Fields beyond the end of the signal show the bytes of the bulk, then zeros.
 using HipDecoder = std::uint32_t (*)(std::uint32_t signal_length, const std::uint8_t* signal,
                                      std::uint32_t bulk1_length, const std::uint8_t* bulk1,
                                      std::uint32_t bulk2_length, const std::uint8_t* bulk2);

@@ -11,8 +11,8 @@
 
 namespace {
 
-// The used parts of the signal header. Versions below 12.0 have the bulk lengths
-// in it, later versions in the log's record.
+// Offsets in the payload. The bulk lengths are there only in versions below 12.0;
+// later versions have a signal length in the log's record instead.
 constexpr std::size_t kIdOffset = 0;
 constexpr std::size_t kSecondWordOffset = 2;
 constexpr std::size_t kBulk1LengthOffset = 8;
@@ -46,8 +46,8 @@ std::optional<HipSignal> ReportInvalidLength() {
   return std::nullopt;
 }
 
-// No version in the table is below 12.0; the interface keeps this split for logs
-// of such versions.
+// For versions below 12.0. The version table has none, but the interface keeps this
+// split.
 std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
   const std::uint32_t bulk1_length = ReadU16(payload, kBulk1LengthOffset);
   const std::uint32_t bulk2_length = ReadU16(payload, kBulk2LengthOffset);
@@ -59,8 +59,8 @@ std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
 }
 
 std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t signal_length) {
-  // If the signal claims to be longer than the payload, this wraps to a value
-  // above the payload's length.
+  // If signal_length exceeds the payload's length, this wraps around to a value above
+  // the payload's length.
   const std::uint32_t bulk1_length = payload.length - signal_length;
   if (bulk1_length > payload.length) return ReportInvalidLength();
   return HipSignal{
@@ -72,8 +72,8 @@ std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t s
 std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded) {
   driverUnloaded = false;
   const std::uint16_t id = ReadU16(payload, kIdOffset);
-  // The interface assigns these five ids to the driver, but they are in the range
-  // that RouteSignal sends to the HIP side, so none of them arrives here.
+  // The interface assigns these five ids to the driver side, but RouteSignal sends
+  // their range to the HIP side, so no log reaches their cases. Intended.
   switch (id) {
     case 0x8010:
       driverUnloaded = true;
