@@ -7,15 +7,14 @@
 
 #include "fapi/hip_version_tags.h"
 
-// The form of the vocabulary that decoders read. vocabulary.cc makes it, at
-// compile time, from the rows of src/fapi/signals/ and the labels of
-// src/fapi/enumerations/. It holds offsets and indices instead of pointers, so
-// the loader has nothing to relocate.
+// The vocabulary as decoders read it. vocabulary.cc makes it at compile time from the
+// rows in src/fapi/signals/ and the labels in src/fapi/enumerations/. It has offsets
+// and indices instead of pointers, so there is nothing to relocate when the tool
+// starts.
 
-// The forms in which a field prints. The comments tell which bytes are read at
-// the field's offset and what follows the field's name. Integers are
-// little-endian. kSpares is three kU32 fields; nearly every signal ends in them,
-// so they print as one piece.
+// How a field prints. The comments give the bytes at the field's offset and the text
+// after the field's name. Integers are little-endian. kSpares is three kU32 fields,
+// with which nearly every signal ends. They print as one piece.
 enum class FieldRenderer : std::uint8_t {
   kU8,          // 1 byte                             ":%u"
   kU16,         // 2 bytes                            ":%u"
@@ -29,12 +28,12 @@ enum class FieldRenderer : std::uint8_t {
   kHex8,        // 8 bytes in stored order            ":0x%.2x%.2x%.2x%.2x%.2x%.2x%.2x%.2x"
   kWords,       // a fixed number of 2-byte words     ":[", "0x%.4x " for each, "]"
   kEnum16,      // 2 bytes                            ":" and a label, or the version's default form
-  kSpares,      // 3 times 4 bytes                    " spare_1:%u spare_2:%u spare_3:%u"
+  kSpares,      // 3 times 4 bytes                    ":%u spare_2:%u spare_3:%u"
 };
 
-inline constexpr std::size_t kMaxWords = 16;  // of a kWords field
+inline constexpr std::size_t kMaxWords = 16;  // in a kWords field
 
-// A part of the vocabulary's text, in bytes.
+// A part of the vocabulary's text; both numbers are in bytes.
 struct TextRange {
   std::uint16_t start;
   std::uint8_t length;
@@ -42,11 +41,11 @@ struct TextRange {
 
 // One field.
 struct CompiledField {
-  TextRange prefix;  // the text before the value, as in " vif:", " host_tag:0x", " debug_words:["
-  std::uint8_t offset;  // from byte 0 of the signal
+  TextRange prefix;     // the text before the value, as in " vif:" or " host_tag:0x"
+  std::uint8_t offset;  // from byte 0 of the signal, in bytes
   FieldRenderer renderer;
-  std::uint8_t words;       // kWords only, else 0
-  std::uint8_t enum_index;  // kEnum16 only, else 0; see FindLabel
+  std::uint8_t words;       // the number of words for kWords, else 0
+  std::uint8_t enum_index;  // the argument of FindLabel for kEnum16, else 0
 };
 static_assert(sizeof(CompiledField) == 8);
 
@@ -59,11 +58,11 @@ struct CompiledLabel {
 
 inline constexpr std::size_t kMaxDumps = 2;
 
-// One signal of one or several versions.
+// A signal's layout, which one or more versions share.
 struct CompiledSignal {
   TextRange name;
-  std::uint8_t min;         // the least length, in bytes, of a signal without bulk
-  std::uint8_t end;         // where the last of the fixed fields ends
+  std::uint8_t min;         // the minimum length, in bytes, of a signal without bulk
+  std::uint8_t end;         // the end of the last field, in bytes
   std::uint8_t dump_count;  // dumps print before the fields
   std::uint8_t field_count;
   std::uint16_t first_field;                       // see GetFields

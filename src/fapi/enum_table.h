@@ -9,17 +9,16 @@
 #include "base/padded_text.h"
 #include "fapi/hip_version_tags.h"
 
-// The labels of enumerated fields, as the files in enumerations/ write them.
+// The tables of labels in enumerations/.
 //
-// One row is one label with the versions that have it. A label that was reworded
-// is a second row, so a reader sees side by side what the versions call a value.
-// Only the compiler reads these tables; vocabulary.cc makes of them what decoders
-// use.
+// One row is one label with the versions that have it. If the label of a value changes
+// between versions, each wording is a row, next to the others. These tables exist
+// only at compile time: vocabulary.cc makes the tables that decoders use from them.
 
 inline constexpr std::size_t kMaxLabelLength = kPaddedTextSize;
 
-// One label of one value, valid in `versions`. `line` is the row's line in the
-// source, for the compiler's messages.
+// One label of one value in some versions. `line` is the row's line in the source, for
+// the compiler's messages.
 struct EnumLabel {
   std::uint16_t value;
   HipVersionSet versions;
@@ -27,8 +26,8 @@ struct EnumLabel {
   std::string_view text;
 };
 
-// A row of a table. (A function, because g++ gives a bare brace the line on which
-// the whole table ends.)
+// Makes a row of a table. It is a function because for a row in plain braces g++
+// reports the line on which the whole table ends.
 consteval EnumLabel Label(unsigned value, const char* text, HipVersionSet versions,
                           int line = __builtin_LINE()) {
   if (value > 0xFFFF) throw "an enumerated value has 16 bits";
@@ -36,15 +35,15 @@ consteval EnumLabel Label(unsigned value, const char* text, HipVersionSet versio
   if (label.empty()) throw "a label must have a text";
   if (label.size() > kMaxLabelLength) throw "a label is too long: raise kMaxLabelLength";
   for (const char c : label) {
-    if (c < ' ' || c > '~') throw "a label is printable ASCII";
+    if (c < ' ' || c > '~') throw "a label must be printable ASCII";
   }
   return {static_cast<std::uint16_t>(value), versions, line, label};
 }
 
-// The labels of one enumerated field, or of several fields that share them. A row
-// of a signal names its table; the table's address identifies it.
+// The labels of one enumerated field, or of several fields that share them. Its
+// address identifies the table.
 struct EnumTable {
-  // Unchecked; see MakeEnumTable.
+  // Does not check the labels; use MakeEnumTable.
   explicit consteval EnumTable(std::span<const EnumLabel> table_labels) : labels(table_labels) {
     for (const EnumLabel& label : labels) versions.Add(label.versions);
   }
@@ -52,16 +51,16 @@ struct EnumTable {
   EnumTable& operator=(const EnumTable&) = delete;
 
   std::span<const EnumLabel> labels;
-  HipVersionSet versions;  // those that have any label
+  HipVersionSet versions;  // the versions that have any label
 };
 
-// The checks of a table. The template arguments say what is wrong and where; both
-// compilers print them with the message.
+// The checks of a table. g++ and clang print the template arguments with the message;
+// they show the value and the line.
 namespace enum_table_checks {
 
 template <unsigned kValue, int kLine>
 consteval void LabelIsSortedByValue() {
-  static_assert(kLine == 0, "labels are sorted by value: see the label on line kLine");
+  static_assert(kLine == 0, "labels must be sorted by value: see the label on line kLine");
 }
 
 template <unsigned kValue, int kLine, int kOtherLine>
@@ -96,7 +95,7 @@ consteval LabelFault FindSecondLabel(std::span<const EnumLabel> labels) {
 
 }  // namespace enum_table_checks
 
-// The table of `kLabels`, an array of EnumLabel in order of value, then of first
+// Makes the table of `kLabels`, an array of EnumLabel sorted by value, then by first
 // version.
 template <const auto& kLabels>
 consteval EnumTable MakeEnumTable() {

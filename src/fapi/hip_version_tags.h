@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// The versions of the host interface protocol, one letter each, in ascending
-// order. The rows of the vocabulary name their versions by these letters. A letter
-// is never printed; src/hip/hip_versions.cc has the number of each.
+// The versions of the host interface protocol, one letter per version, in ascending
+// order. The rows of the vocabulary use these letters. The tool never prints them.
+// src/hip/hip_versions.cc has the version number of each letter.
 enum class HipVersionTag : std::uint8_t {
   A,  // 13.1.0
   B,  // 13.2.0
@@ -27,14 +27,14 @@ inline constexpr std::size_t kHipVersionCount = static_cast<std::size_t>(kLastHi
 
 constexpr char GetTagLetter(std::size_t version) { return static_cast<char>('A' + version); }
 
-// A set of versions, written in the tables as in "A-D,F,H-": single tags and
-// ranges, ascending, joined by commas. A range without an end includes the last
-// version and all later ones, so a new version starts as a copy of the one before
-// it. A text of any other form does not compile.
+// A set of versions. Tables write it as in "A-D,F,H-": single tags and ranges in
+// ascending order, separated by commas. A range without an end includes the last
+// version, so a new version starts as a copy of the one before it. Any other text does
+// not compile.
 class HipVersionSet {
  public:
   constexpr HipVersionSet() = default;
-  // Not explicit: a table's row names its versions by the bare text.
+  // Not explicit, so that a row can give its versions as a string literal.
   // cppcheck-suppress noExplicitConstructor
   consteval HipVersionSet(const char* text) {  // NOLINT(google-explicit-constructor)
     std::size_t next_allowed = 0;
@@ -54,7 +54,7 @@ class HipVersionSet {
       for (std::size_t version = first; version <= last; ++version) bits_ |= Bit(version);
       next_allowed = last + 1;
       if (*text == '\0') return;
-      if (*text++ != ',') throw "version tags are single letters and ranges, joined by commas";
+      if (*text++ != ',') throw "version tags are single letters and ranges, separated by commas";
     }
   }
 

@@ -12,27 +12,27 @@
 #include "fapi/enum_table.h"
 #include "fapi/hip_version_tags.h"
 
-// The form of a catalogue row:
+// A catalogue row:
 //
 //   Signal("ma_unitdata_req", 0x1000, "A-C", Min(32), Dump("data"), U16("vif"),
 //          X16("host_tag"), Enum("priority", kUserPriority), ..., Spares()),
 //
-// name, id, the versions in which the row holds, the least length of a signal
-// without bulk, then the fields in print order. A name has one row for each
-// distinct layout. Each field follows the one before it, the first one starts at
-// byte 10, after the signal header. `.At(12)` puts a field at byte 12 and skips
-// the bytes before it, which belong to the signal and never print.
+// It has the name, the id, the versions, the minimum length of a signal without bulk,
+// and the fields in print order. A name has one row per distinct layout. The first
+// field starts at byte 10, after the signal header, and each other field directly
+// after the one before it. `.At(12)` puts a field at byte 12 and skips the bytes
+// before it, which never print.
 //
-// Only the compiler reads the rows: a row that cannot be right does not compile,
-// and vocabulary.cc makes of all rows the small tables that decoders use. (If
-// decoders used the rows themselves, each row would take the space of the widest
-// signal and a relocated pointer for each name.)
+// The rows exist only at compile time. A row that breaks a rule does not compile.
+// vocabulary.cc makes the small tables that decoders use from the rows. Decoders do not
+// use the rows themselves, because each row takes the space of the signal with the
+// most fields and has a pointer to relocate for each name.
 
 inline constexpr std::size_t kSignalHeaderSize = 10;
 inline constexpr std::size_t kMaxFields = 16;
 inline constexpr std::size_t kMaxNameLength = 48;
 static_assert(kMaxNameLength + 4 <= kPaddedTextSize,
-              "a name with what surrounds it is a PaddedText");
+              "a name with the text around it is a PaddedText");
 
 constexpr bool IsFieldOrSignalName(std::string_view name) {
   if (name.empty() || name.size() > kMaxNameLength) return false;
@@ -41,11 +41,11 @@ constexpr bool IsFieldOrSignalName(std::string_view name) {
   });
 }
 
-// A field as a row names it. `offset` stays unset until the row places it.
+// A field in a row. `offset` is unset until At() or SignalLayout::Add sets it.
 struct FieldToken {
-  static constexpr std::size_t kUnset = 0;  // a byte of the signal header, where no field is
+  static constexpr std::size_t kUnset = 0;  // in the signal header, where no field is
 
-  // Puts the field at this byte of the signal.
+  // Puts the field at this byte of the signal, counted from 0.
   consteval FieldToken At(std::size_t byte) const {
     if (byte < kSignalHeaderSize) throw "bytes 0 to 9 are the signal header and hold no field";
     FieldToken placed = *this;
@@ -62,7 +62,9 @@ struct FieldToken {
 
 consteval FieldToken MakeField(const char* name, FieldRenderer renderer, std::size_t size,
                                const EnumTable* labels = nullptr) {
-  if (!IsFieldOrSignalName(name)) throw "a field's name is of a-z, 0-9 and _";
+  if (!IsFieldOrSignalName(name)) {
+    throw "a field's name is 1 to kMaxNameLength characters of a-z, 0-9 and _";
+  }
   return {.name = name, .renderer = renderer, .size = size, .labels = labels};
 }
 
@@ -79,28 +81,30 @@ consteval FieldToken X16NoSpace(const char* name) {
   return MakeField(name, FieldRenderer::kX16NoSpace, 2);
 }
 consteval FieldToken Words(const char* name, std::size_t count) {
-  if (count > kMaxWords) throw "an array has 16 words at most: raise kMaxWords";
+  if (count > kMaxWords) throw "too many words for an array: raise kMaxWords";
   return MakeField(name, FieldRenderer::kWords, 2 * count);
 }
 consteval FieldToken Enum(const char* name, const EnumTable& labels) {
   return MakeField(name, FieldRenderer::kEnum16, 2, &labels);
 }
 
-// A field that shows the bulk, or the signal's tail where there is no bulk.
+// A field that shows the bulk or, without bulk, the signal's bytes from Min on.
 struct DumpToken {
   std::string_view name;
 };
 consteval DumpToken Dump(const char* name) {
-  if (!IsFieldOrSignalName(name)) throw "a dump's name is of a-z, 0-9 and _";
+  if (!IsFieldOrSignalName(name)) {
+    throw "a dump's name is 1 to kMaxNameLength characters of a-z, 0-9 and _";
+  }
   return {name};
 }
 
-// spare_1, spare_2 and spare_3 of 4 bytes each. Nearly every signal ends in them.
+// spare_1, spare_2 and spare_3, 4 bytes each. Nearly every signal ends with them.
 consteval FieldToken Spares() { return MakeField("spare_1", FieldRenderer::kSpares, 12); }
 
-// The least length of a signal without bulk. It nearly always is the end of the
-// last field, and Min requires that: so a lost field or one of a wrong width does
-// not compile. MinDiffersFromEnd marks the rows where it is elsewhere.
+// The minimum length of a signal without bulk, in bytes. It is nearly always the end
+// of the last field. Min requires that, so a row with a missing field or a wrong width
+// does not compile. MinDiffersFromEnd is for the other rows.
 struct MinToken {
   std::size_t min;
   bool is_end_of_fields;
@@ -108,15 +112,17 @@ struct MinToken {
 consteval MinToken Min(std::size_t min) { return {min, true}; }
 consteval MinToken MinDiffersFromEnd(std::size_t min) { return {min, false}; }
 
-// A signal's name, and the line of its row for the compiler's messages.
+// A signal's name and the line of its row, for the compiler's messages.
 struct SignalName {
   constexpr SignalName() = default;
-  // Not explicit: a row begins with the bare text.
+  // Not explicit, so that a row can begin with a string literal.
   // cppcheck-suppress noExplicitConstructor
   consteval SignalName(const char* name,  // NOLINT(google-explicit-constructor)
                        int source_line = __builtin_LINE())
       : text(name), line(source_line) {
-    if (!IsFieldOrSignalName(name)) throw "a signal's name is of a-z, 0-9 and _";
+    if (!IsFieldOrSignalName(name)) {
+      throw "a signal's name is 1 to kMaxNameLength characters of a-z, 0-9 and _";
+    }
   }
 
   std::string_view text;
@@ -152,7 +158,7 @@ struct SignalLayout {
     fields[field_count++] = field;
   }
   constexpr void Add(DumpToken dump) {
-    if (dump_count == kMaxDumps) throw "a signal has two dumps at most";
+    if (dump_count == kMaxDumps) throw "a signal has at most two dumps";
     dumps[dump_count++] = dump.name;
   }
   constexpr void SetMin(std::size_t row_min) {
@@ -173,7 +179,7 @@ consteval SignalLayout Signal(SignalName name, unsigned id, HipVersionSet versio
     throw "Min is not the end of the last field: correct it, or write MinDiffersFromEnd";
   }
   if (!min.is_end_of_fields && min.min == row.end) {
-    throw "MinDiffersFromEnd is the end of the last field: write Min";
+    throw "Min is the end of the last field: write Min instead of MinDiffersFromEnd";
   }
   return row;
 }

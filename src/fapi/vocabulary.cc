@@ -1,10 +1,10 @@
-// Compiles the catalogue: checks all rows of all families against each other, and
-// makes of rows and labels the constant tables that decoders use. All of it
-// happens in the compiler, so the tool has nothing to build when it starts.
+// Compiles the catalogue: checks all rows of all families against each other and
+// converts rows and labels to the constant tables that decoders use. All of this
+// happens at compile time, so the tool builds nothing when it starts.
 //
-// Each constant text that precedes a value (" vif:", " data:{") and each label is
-// stored once, whichever signals share it. A field takes 8 bytes, and the texts
-// that a session uses stay in the processor's nearest cache.
+// The tables are small, so that the part in use stays in the processor's cache. Each
+// label and each constant text before a value (" vif:", " data:{") is stored once,
+// even if many signals share it. A field takes 8 bytes.
 
 #include "fapi/vocabulary.h"
 
@@ -72,7 +72,7 @@ consteval std::size_t CountDumps() {
 constexpr std::size_t kDumpCount = CountDumps();
 
 // ---------------------------------------------------------------------------
-// The enumerations that any field uses.
+// The enumerations that fields use.
 
 struct EnumList {
   std::array<const EnumTable*, 256> tables{};  // CompiledField has one byte for the index
@@ -109,7 +109,7 @@ constexpr std::size_t kLabelCount = CountLabels();
 // ---------------------------------------------------------------------------
 // The text.
 
-// A name, a label or the prefix of a value, in parts.
+// A signal name, a label or the text before a value, in up to three parts.
 struct ConstantText {
   std::array<std::string_view, 3> parts{};
 
@@ -139,10 +139,10 @@ constexpr ConstantText MakeFieldPrefix(const FieldToken& field) {
     case FieldRenderer::kSpares:
       return {{" ", field.name, ":"}};
   }
-  throw "a form without a case";
+  throw "a FieldRenderer without a case";
 }
 
-// FNV-1a, without its upper 16 bits. Two texts with the same hash do not compile.
+// FNV-1a without its upper 16 bits. Two different texts with one hash do not compile.
 constexpr std::uint64_t ComputeHash(const ConstantText& text) {
   std::uint64_t hash = 0xCBF29CE484222325U;
   for (const std::string_view part : text.parts) {
@@ -153,14 +153,14 @@ constexpr std::uint64_t ComputeHash(const ConstantText& text) {
   return hash & 0xFFFFFFFFFFFFU;
 }
 
-// A key of 48 bits above an index of 16 bits. Sorting such words instead of the
-// things themselves takes the compiler a tenth of the steps.
+// A key of 48 bits above an index of 16 bits. Sorting such words takes the compiler
+// about a tenth of the steps of sorting the structures.
 constexpr std::uint64_t PackKey(std::uint64_t key, std::size_t index) { return key << 16U | index; }
 constexpr std::uint64_t GetKey(std::uint64_t packed) { return packed >> 16U; }
 constexpr std::size_t GetIndex(std::uint64_t packed) { return packed & 0xFFFFU; }
 
 constexpr std::size_t kTextCount = kRowCount + kDumpCount + kFieldCount + kLabelCount;
-static_assert(kTextCount <= 0xFFFF, "more texts than PackKey has indices");
+static_assert(kTextCount <= 0xFFFF, "too many texts for PackKey's 16-bit index");
 
 consteval std::array<ConstantText, kTextCount> CollectTexts() {
   std::array<ConstantText, kTextCount> texts{};
@@ -184,9 +184,9 @@ consteval std::array<ConstantText, kTextCount> CollectTexts() {
 }
 constexpr std::array<ConstantText, kTextCount> kAllTexts = CollectTexts();
 
-// The distinct texts by their hashes, and where each starts.
+// The distinct texts, sorted by hash, and the start of each.
 struct TextIndex {
-  std::array<std::uint64_t, kTextCount> sorted{};  // hashes above indices of kAllTexts
+  std::array<std::uint64_t, kTextCount> sorted{};  // PackKey of a hash and an index of kAllTexts
   std::array<std::size_t, kTextCount> starts{};
   std::size_t count = 0;
   std::size_t size = 0;  // of all texts, in bytes
@@ -212,7 +212,7 @@ consteval TextIndex MakeTextIndex() {
   return index;
 }
 constexpr TextIndex kTextIndex = MakeTextIndex();
-// Every text is a PaddedText.
+// The padding makes the last text a PaddedText too.
 static_assert(kTextIndex.size + kPaddedTextSize <= kVocabularyTextCapacity,
               "the text is too long: raise kVocabularyTextCapacity");
 static_assert(kVocabularyTextCapacity <= 0x10000, "TextRange has 16 bits for the start");
@@ -237,8 +237,8 @@ consteval std::array<char, kVocabularyTextCapacity> JoinTexts() {
 }
 
 // ---------------------------------------------------------------------------
-// The checks. The template arguments say what is wrong and where; both compilers
-// print them with the message.
+// The checks. g++ and clang print the template arguments with the message; they show
+// the version, the tables and the lines.
 
 template <char kVersion, unsigned kId, const SignalTable* kTable, int kLine,
           const SignalTable* kOtherTable, int kOtherLine>
@@ -266,8 +266,8 @@ struct RowFault {
   int other_line = 0;
 };
 
-// Finds two rows that share a version and a key. Sorting brings rows with equal
-// keys together: comparing all pairs would take the compiler minutes.
+// Finds two rows that have the same key in one version. Sorting puts rows with equal
+// keys next to each other. Comparing all pairs would take the compiler minutes.
 template <typename KeyFunction>
 consteval RowFault FindTwoRowsWithOneKey(KeyFunction get_key) {
   std::array<std::uint64_t, kRowCount> sorted{};
@@ -329,10 +329,10 @@ consteval bool CheckCatalogue() {
 static_assert(CheckCatalogue());
 
 // ---------------------------------------------------------------------------
-// The signals, the labels, and the tables that find them.
+// The signals, the labels and their look-up tables.
 
 static_assert(kFieldCount <= 0xFFFF && kLabelCount <= 0xFFFF && kRowCount < 0xFFFF,
-              "the vocabulary has outgrown its indices");
+              "too many fields, labels or rows for 16-bit indices");
 
 consteval std::array<CompiledField, kFieldCount> CompileFields() {
   std::array<CompiledField, kFieldCount> fields{};
@@ -375,9 +375,9 @@ consteval std::array<CompiledSignal, kRowCount> CompileSignals() {
 }
 constexpr std::array<CompiledSignal, kRowCount> kSignals = CompileSignals();
 
-// Ids come in a few dense blocks, one for each high byte in use. A block has one
-// slot for each low byte from 0 to the highest in use; a slot holds the index of
-// the signal plus 1, or 0.
+// Ids form a few dense blocks, one per high byte in use. A block has one slot per low
+// byte, from 0 to the highest in use. A slot contains the index of the signal plus 1,
+// or 0 if no signal has the id.
 struct IdBlock {
   std::uint16_t first_slot = 0;
   std::uint16_t slot_count = 0;
@@ -432,8 +432,8 @@ constexpr std::array<CompiledLabel, kLabelCount> kLabels = CompileLabels();
 struct CompiledEnum {
   std::uint16_t first_label = 0;
   std::uint16_t label_count = 0;
-  // The first labels have the values 0, 1, 2 and so on up to here. Nearly all
-  // values that occur are among them and need no search.
+  // The first labels with the values 0, 1, 2 and so on, without a gap. Most values in a
+  // log are among them and need no search.
   std::uint16_t dense_count = 0;
 };
 
@@ -452,8 +452,8 @@ consteval std::array<CompiledEnum, kEnums.count> CompileEnums() {
 }
 constexpr std::array<CompiledEnum, kEnums.count> kCompiledEnums = CompileEnums();
 
-// The first label whose value is not below `value`. The result of the comparison
-// is a factor and not a branch, which the processor could not predict.
+// Returns the index of the first label whose value is not below `value`. The
+// comparison is a factor, because the processor cannot predict a branch on it.
 std::size_t FindFirstNotBelow(std::span<const CompiledLabel> labels, std::uint16_t value) {
   std::size_t first = 0;
   std::size_t count = labels.size();

@@ -7,7 +7,7 @@
 
 // The enumerated fields of the data plane.
 
-// The QoS user priority of a frame; "contention" stands outside of the eight.
+// The priority of a frame: one of the eight QoS user priorities, or "contention".
 inline constexpr EnumLabel kUserPriorityLabels[] = {
     Label(0x0000, "qos_up0",    "A-"),
     Label(0x0001, "qos_up1",    "A-"),
@@ -21,7 +21,7 @@ inline constexpr EnumLabel kUserPriorityLabels[] = {
 };
 inline constexpr EnumTable kUserPriority = MakeEnumTable<kUserPriorityLabels>();
 
-// The form of the data unit in the bulk.
+// The format of the data unit in the bulk.
 inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
     Label(0x0000, "ieee802_11_frame", "A-"),
     Label(0x0001, "ieee802_3_frame",  "A-"),
@@ -31,14 +31,15 @@ inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
 };
 inline constexpr EnumTable kDataUnitDescriptor = MakeEnumTable<kDataUnitDescriptorLabels>();
 
-// Where the bulk lies.
+// Where the bulk data is stored.
 inline constexpr EnumLabel kBulkDataDescriptorLabels[] = {
     Label(0x0000, "inline",  "D-"),
     Label(0x0001, "smapper", "D-"),
 };
 inline constexpr EnumTable kBulkDataDescriptor = MakeEnumTable<kBulkDataDescriptorLabels>();
 
-// How a transmission ended. Not the codes of result_code: 6 here is 1 there.
+// The result of a transmission. The values are not those of result_code:
+// unspecified_failure is 6 here and 1 there.
 inline constexpr EnumLabel kTransmissionStatusLabels[] = {
     Label(0x0000, "successful",              "A-"),
     Label(0x0001, "retry_limit",             "A-"),
@@ -50,7 +51,7 @@ inline constexpr EnumLabel kTransmissionStatusLabels[] = {
 };
 inline constexpr EnumTable kTransmissionStatus = MakeEnumTable<kTransmissionStatusLabels>();
 
-// The kind of frame that the host hands over for transmission.
+// The type of a frame that the host sends.
 inline constexpr EnumLabel kMessageTypeLabels[] = {
     Label(0x0001, "eap_message",        "A-"),
     Label(0x0002, "eapol_key_m123",     "A-"),
@@ -66,7 +67,7 @@ inline constexpr EnumLabel kMessageTypeLabels[] = {
 };
 inline constexpr EnumTable kMessageType = MakeEnumTable<kMessageTypeLabels>();
 
-// Which way a flow runs. 2 never had a meaning.
+// The direction of a flow.
 inline constexpr EnumLabel kDirectionLabels[] = {
     Label(0x0000, "transmit", "A-"),
     Label(0x0001, "receive",  "A-"),
@@ -74,7 +75,7 @@ inline constexpr EnumLabel kDirectionLabels[] = {
 };
 inline constexpr EnumTable kDirection = MakeEnumTable<kDirectionLabels>();
 
-// What a data plane control request asks for.
+// The type of a data plane control request.
 inline constexpr EnumLabel kControlRequestTypeLabels[] = {
     Label(0x0000, "smapper_rx_config", "D,G"),
 };

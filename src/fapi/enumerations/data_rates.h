@@ -5,15 +5,14 @@
 
 // clang-format off
 
-// The data rates of the radio test.
-
-// The PHY rate of a test frame. The value is packed (class in bits 15 to 13, then
-// width, streams, guard interval, index) and yet only ever looked up whole: what
-// the packing would allow and no row names has no label.
+// The PHY rate of a frame in the radio test. The value is a packed word: for 11n, 11ac
+// and 11ax, bits 15 to 13 are the class, bits 11 and 10 the bandwidth, bit 7 the number
+// of streams, and the lower bits guard interval and MCS index. Labels belong to whole
+// values; not every combination has one.
 //
-// The rates are the texts that the firmware's makers wrote down: some are cut off
-// behind the first decimal instead of rounded, and 0x88A4 lacked its last letter
-// up to J.
+// The labels are spelled as in the interface; do not correct them. Some 11ax rates are
+// cut off after the first decimal instead of rounded, and up to J the label of 0x88A4
+// lacks the "s" of "bps".
 inline constexpr EnumLabel kRateLabels[] = {
     Label(0x0000, "none", "L-"),
     Label(0x0001, "11b20_1mbps", "A-"),

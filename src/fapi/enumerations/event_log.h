@@ -5,10 +5,8 @@
 
 // clang-format off
 
-// The events of the firmware's event log and of NAN.
-
-// What the firmware logged. The table only ever grew. "anouncement" is what it
-// prints.
+// An event in the firmware's event log, or of neighbour awareness networking (NAN).
+// "anouncement" is spelled as in the interface; do not correct.
 inline constexpr EnumLabel kEventLabels[] = {
     Label(0x0000, "wifi_event_association_requested",                 "C-"),
     Label(0x0001, "wifi_event_auth_complete",                         "C-"),

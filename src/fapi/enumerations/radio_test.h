@@ -5,11 +5,11 @@
 
 // clang-format off
 
-// The enumerated fields of the radio test, and those of other signals that name a
-// band, a domain or the like. Looked up whole, the bit sets too.
+// The enumerated fields of the radio test, and fields of other signals that select a
+// band, a regulatory domain or the like. Bit sets have labels for single bits only.
 
-// Bandwidth and place of a test channel: the bandwidth in the high byte, the place
-// in the low one. All rows are literals, those too that no channel can have.
+// The bandwidth of a test channel in the high byte, its position in the low byte. The
+// table has every combination, also those that no channel can have.
 inline constexpr EnumLabel kChannelInformationLabels[] = {
     Label(0x0000, "bandwidth_20mhzp0",              "A-"),
     Label(0x0001, "bandwidth_20mhzp1",              "A-"),
@@ -50,8 +50,8 @@ inline constexpr EnumLabel kChannelInformationLabels[] = {
 };
 inline constexpr EnumTable kChannelInformation = MakeEnumTable<kChannelInformationLabels>();
 
-// flags of wlanlite_cw_start_req. The four tables of a field of this name share
-// labels and not values.
+// flags of wlanlite_cw_start_req. Four signals have a field of this name, each with its
+// own table: the same label can have different values.
 inline constexpr EnumLabel kCwStartFlagsLabels[] = {
     Label(0x0000, "none",         "A-"),
     Label(0x0001, "scan_channel", "A-"),
@@ -103,13 +103,13 @@ inline constexpr EnumLabel kTxSetParamsFlagsLabels[] = {
 };
 inline constexpr EnumTable kTxSetParamsFlags = MakeEnumTable<kTxSetParamsFlagsLabels>();
 
-// A continuation of flags, of which no bit has a label yet.
+// flags2 of wlanlite_tx_set_params_req. No bit has a label yet.
 inline constexpr EnumLabel kFlags2Labels[] = {
     Label(0x0000, "none", "J-"),
 };
 inline constexpr EnumTable kFlags2 = MakeEnumTable<kFlags2Labels>();
 
-// The form of an 802.11ax test frame.
+// The format of an 802.11ax test frame.
 inline constexpr EnumLabel kHeModeLabels[] = {
     Label(0x0000, "he_su",               "J-"),
     Label(0x0001, "he_er_su",            "J-"),
@@ -119,7 +119,7 @@ inline constexpr EnumLabel kHeModeLabels[] = {
 };
 inline constexpr EnumTable kHeMode = MakeEnumTable<kHeModeLabels>();
 
-// What a device under test is doing.
+// The state of the device under test.
 inline constexpr EnumLabel kDeviceStateLabels[] = {
     Label(0x0000, "idle",         "A-"),
     Label(0x0001, "rx_running",   "A-"),
@@ -129,7 +129,7 @@ inline constexpr EnumLabel kDeviceStateLabels[] = {
 };
 inline constexpr EnumTable kDeviceState = MakeEnumTable<kDeviceStateLabels>();
 
-// The wave form of a continuous wave.
+// The waveform of the continuous wave test.
 inline constexpr EnumLabel kCwWaveTypeLabels[] = {
     Label(0x0000, "sine",     "A-"),
     Label(0x0001, "ramp",     "A-"),
@@ -139,7 +139,7 @@ inline constexpr EnumLabel kCwWaveTypeLabels[] = {
 };
 inline constexpr EnumTable kCwWaveType = MakeEnumTable<kCwWaveTypeLabels>();
 
-// What test frames are filled with.
+// The contents of test frames.
 inline constexpr EnumLabel kDataTypeLabels[] = {
     Label(0x0000, "data_word",   "A-"),
     Label(0x0001, "data_random", "A-"),
@@ -147,14 +147,14 @@ inline constexpr EnumLabel kDataTypeLabels[] = {
 };
 inline constexpr EnumTable kDataType = MakeEnumTable<kDataTypeLabels>();
 
-// Which radios are used. Both together have no label.
+// The radios to use.
 inline constexpr EnumLabel kRadioBitmapLabels[] = {
     Label(0x0001, "radio_0", "D-"),
     Label(0x0002, "radio_1", "D-"),
 };
 inline constexpr EnumTable kRadioBitmap = MakeEnumTable<kRadioBitmapLabels>();
 
-// Whose rules hold: regulatory_domain and dfs_regulatory_domain.
+// regulatory_domain and dfs_regulatory_domain.
 inline constexpr EnumLabel kRegulatoryDomainLabels[] = {
     Label(0x0000, "unknown", "E-"),
     Label(0x0001, "fcc",     "E-"),
@@ -173,7 +173,7 @@ inline constexpr EnumLabel kBandLabels[] = {
 };
 inline constexpr EnumTable kBand = MakeEnumTable<kBandLabels>();
 
-// The number of receive streams, less one.
+// The number of receive streams minus one.
 inline constexpr EnumLabel kRxNssLabels[] = {
     Label(0x0000, "nss_one_stream",    "F"),
     Label(0x0001, "nss_two_streams",   "F"),
@@ -186,7 +186,7 @@ inline constexpr EnumLabel kRxNssLabels[] = {
 };
 inline constexpr EnumTable kRxNss = MakeEnumTable<kRxNssLabels>();
 
-// A statistics area of the firmware's memory.
+// The memory statistics that test_pmalloc_req selects.
 inline constexpr EnumLabel kAllocAreaLabels[] = {
     Label(0x0000, "pmalloc_stats",     "B-"),
     Label(0x0001, "pmalloc_fsm_stats", "B-"),

@@ -5,14 +5,12 @@
 
 // clang-format off
 
-// How things ended.
-
-// The outcome of a request. Below 0x8000 these are status codes of IEEE 802.11,
-// from 0x8000 the interface's own, from 0x9000 those of NAN and its data paths.
+// The result of a request. Values below 0x8000 are status codes of IEEE 802.11. The
+// others belong to the interface; those from 0x9000 on are for neighbour awareness
+// networking (NAN) and its data paths.
 //
-// The table never moved a label, it only reworded and dropped some: the misspelt
-// "subscbe" of D and the blank at the end of a label of E are what those versions
-// print.
+// "subscbe" in D and the blank at the end of a label in E are spelled as in the
+// interface; do not correct.
 inline constexpr EnumLabel kResultCodeLabels[] = {
     Label(0x0000, "success",                           "A-"),
     Label(0x0001, "unspecified_failure",               "A-"),
@@ -62,10 +60,11 @@ inline constexpr EnumLabel kResultCodeLabels[] = {
 };
 inline constexpr EnumTable kResultCode = MakeEnumTable<kResultCodeLabels>();
 
-// Why something ended (reason_code), or why beacon reporting did (abort_reason).
-// Below 0x8000 these are reason codes of IEEE 802.11, from 0x8003 the
-// interface's own, from 0x9001 those of NAN and its data paths. The blank inside
-// "group_ handshake" is printed.
+// The values of reason_code and abort_reason. Values below 0x8000 are reason codes of
+// IEEE 802.11, except 0x0014, 0x0028, 0x0029 and 0x0049, which differ from it. The
+// others belong to the interface; those from 0x9001 on are for NAN and its data paths.
+//
+// The blank in "group_ handshake" is spelled as in the interface; do not correct.
 inline constexpr EnumLabel kReasonCodeLabels[] = {
     Label(0x0000, "reserved",                                      "C-"),
     Label(0x0001, "unspecified_reason",                            "A-"),

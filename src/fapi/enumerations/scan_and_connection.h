@@ -5,12 +5,11 @@
 
 // clang-format off
 
-// The enumerated fields of scans, connections and the small switches of management
-// traffic.
+// The enumerated fields of scans, connections, management settings and the host
+// interface tester.
 
-// The kind of scan. Each generation put rows in, so that one label stands at
-// different values: a value says nothing without its version. The last row from B
-// on is one beyond the last real scan type.
+// The type of a scan. A label can have different values in different versions.
+// "first_illegal" is one above the last scan type of the version.
 inline constexpr EnumLabel kScanTypeLabels[] = {
     Label(0x0001, "initial_scan",                "A-"),
     Label(0x0002, "full_scan",                   "A-"),
@@ -50,8 +49,7 @@ inline constexpr EnumLabel kScanTypeLabels[] = {
 };
 inline constexpr EnumTable kScanType = MakeEnumTable<kScanTypeLabels>();
 
-// When scan results are reported. A row for each single bit; combinations have
-// none.
+// When scan results are reported. Each bit has a label; combinations have none.
 inline constexpr EnumLabel kReportModeBitmapLabels[] = {
     Label(0x0001, "buffer_full",       "A-D,G"),
     Label(0x0001, "reserved",          "E-F,H-"),
@@ -61,7 +59,7 @@ inline constexpr EnumLabel kReportModeBitmapLabels[] = {
 };
 inline constexpr EnumTable kReportModeBitmap = MakeEnumTable<kReportModeBitmapLabels>();
 
-// What the firmware has started.
+// The procedure that the firmware has started.
 inline constexpr EnumLabel kProcedureTypeLabels[] = {
     Label(0x0000, "unknown",            "A-"),
     Label(0x0001, "connection_started", "A-"),
@@ -70,8 +68,8 @@ inline constexpr EnumLabel kProcedureTypeLabels[] = {
 };
 inline constexpr EnumTable kProcedureType = MakeEnumTable<kProcedureTypeLabels>();
 
-// How a station authenticates. The values above shared_key are not those of
-// IEEE 802.11.
+// How a station authenticates. The values are authentication algorithm numbers of
+// IEEE 802.11, except 0x0080, which is not in the standard.
 inline constexpr EnumLabel kAuthenticationTypeLabels[] = {
     Label(0x0000, "open_system", "A-"),
     Label(0x0001, "shared_key",  "A-"),
@@ -80,7 +78,7 @@ inline constexpr EnumLabel kAuthenticationTypeLabels[] = {
 };
 inline constexpr EnumTable kAuthenticationType = MakeEnumTable<kAuthenticationTypeLabels>();
 
-// What a key is for. igtk moved at D.
+// The purpose of a key. The value of igtk changes in D.
 inline constexpr EnumLabel kKeyTypeLabels[] = {
     Label(0x0000, "group",         "A-"),
     Label(0x0001, "pairwise",      "A-"),
@@ -95,7 +93,7 @@ inline constexpr EnumLabel kKeyTypeLabels[] = {
 };
 inline constexpr EnumTable kKeyType = MakeEnumTable<kKeyTypeLabels>();
 
-// What a virtual interface is.
+// The type of a virtual interface.
 inline constexpr EnumLabel kVirtualInterfaceTypeLabels[] = {
     Label(0x0000, "unsynchronised", "A-"),
     Label(0x0001, "adhoc",          "A-B"),
@@ -128,7 +126,7 @@ inline constexpr EnumLabel kHiddenSsidLabels[] = {
 };
 inline constexpr EnumTable kHiddenSsid = MakeEnumTable<kHiddenSsidLabels>();
 
-// Protection of management frames.
+// Whether management frames are protected.
 inline constexpr EnumLabel kPmfControlLabels[] = {
     Label(0x0000, "disabled",  "A-C"),
     Label(0x0001, "optional",  "A-C"),
@@ -136,14 +134,14 @@ inline constexpr EnumLabel kPmfControlLabels[] = {
 };
 inline constexpr EnumTable kPmfControl = MakeEnumTable<kPmfControlLabels>();
 
-// Whom an access control list lets in.
+// The type of an access control list.
 inline constexpr EnumLabel kAclPolicyLabels[] = {
     Label(0x0000, "blacklist", "A-"),
     Label(0x0001, "whitelist", "A-"),
 };
 inline constexpr EnumTable kAclPolicy = MakeEnumTable<kAclPolicyLabels>();
 
-// What the host asks of a direct link.
+// The action that the host requests for a direct (TDLS) link.
 inline constexpr EnumLabel kTdlsActionLabels[] = {
     Label(0x0000, "discovery",      "A-"),
     Label(0x0001, "setup",          "A-"),
@@ -152,7 +150,7 @@ inline constexpr EnumLabel kTdlsActionLabels[] = {
 };
 inline constexpr EnumTable kTdlsAction = MakeEnumTable<kTdlsActionLabels>();
 
-// What happened to a direct link.
+// An event of a direct (TDLS) link.
 inline constexpr EnumLabel kTdlsEventLabels[] = {
     Label(0x0001, "connected",    "A-"),
     Label(0x0002, "disconnected", "A-"),
@@ -167,7 +165,7 @@ inline constexpr EnumLabel kRoamingTypeLabels[] = {
 };
 inline constexpr EnumTable kRoamingType = MakeEnumTable<kRoamingTypeLabels>();
 
-// What the host is doing. From G on the same field prints as a plain number.
+// The state of the host. From G on, host_state prints as a plain number.
 inline constexpr EnumLabel kHostStateLabels[] = {
     Label(0x0001, "lcd_active",         "C-F"),
     Label(0x0002, "cellular_active",    "C-F"),
@@ -177,7 +175,7 @@ inline constexpr EnumLabel kHostStateLabels[] = {
 };
 inline constexpr EnumTable kHostState = MakeEnumTable<kHostStateLabels>();
 
-// What a packet filter program does. F has no label at 0.
+// The mode of a packet filter program.
 inline constexpr EnumLabel kFilterModeLabels[] = {
     Label(0x0000, "disabled", "H-"),
     Label(0x0001, "suspend",  "F,H-"),
@@ -185,14 +183,14 @@ inline constexpr EnumLabel kFilterModeLabels[] = {
 };
 inline constexpr EnumTable kFilterMode = MakeEnumTable<kFilterModeLabels>();
 
-// Stops or starts something: arp_detect_action and wips_action.
+// arp_detect_action and wips_action.
 inline constexpr EnumLabel kStopStartLabels[] = {
     Label(0x0000, "stop",  "F-"),
     Label(0x0001, "start", "F-"),
 };
 inline constexpr EnumTable kStopStart = MakeEnumTable<kStopStartLabels>();
 
-// Which ranging results are indicated. A row for each single bit.
+// Which ranging results are indicated. Each bit has a label; combinations have none.
 inline constexpr EnumLabel kRangingIndicationTypeLabels[] = {
     Label(0x0001, "continuous_indication", "H-"),
     Label(0x0002, "ingress",               "H-"),
@@ -208,22 +206,21 @@ inline constexpr EnumLabel kHipTesterModeLabels[] = {
 };
 inline constexpr EnumTable kHipTesterMode = MakeEnumTable<kHipTesterModeLabels>();
 
-// Where the tester's stream ends. Other signals have a plain number of the same
-// name.
+// The end point of the tester's stream. end_point of other signals is a plain number.
 inline constexpr EnumLabel kHipTesterEndPointLabels[] = {
     Label(0x0001, "hostio", "D-"),
     Label(0x0002, "dplp",   "D-"),
 };
 inline constexpr EnumTable kHipTesterEndPoint = MakeEnumTable<kHipTesterEndPointLabels>();
 
-// What the tester's stream runs over.
+// The transport protocol of the tester's stream.
 inline constexpr EnumLabel kHipTesterProtocolLabels[] = {
     Label(0x0001, "udp", "D-"),
     Label(0x0002, "tcp", "D-"),
 };
 inline constexpr EnumTable kHipTesterProtocol = MakeEnumTable<kHipTesterProtocolLabels>();
 
-// The fields that are true or false. Any other value has no label: 2 is not true.
+// Fields that are true or false. Values above 1 have no label.
 inline constexpr EnumLabel kTrueFalseLabels[] = {
     Label(0x0000, "false", "A-"),
     Label(0x0001, "true",  "A-"),

@@ -6,9 +6,9 @@
 #include "fapi/enumerations/scan_and_connection.h"
 #include "fapi/signal_layout.h"
 
-// The mlme_ signals of a link's life: connecting, roaming and leaving.
+// The mlme_ signals for connecting, roaming and disconnecting.
 //
-// The Min of mlme_connect_res in A counts two bytes more than it has.
+// Intended oddity: the Min of mlme_connect_res in A is 2 above the end of its fields.
 
 inline constexpr SignalLayout kConnectionRows[] = {
     Signal("mlme_channel_switch_cfm", 0x2122, "A-", Min(26), U16("vif"),

@@ -5,11 +5,11 @@
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/signal_layout.h"
 
-// The signals of the data path, the ma_ family.
+// The ma_ signals, which carry the data path.
 //
-// "proprieraty" is what all versions print. G follows D here rather than its
-// neighbours. ma_tx_failure_ind of A keeps a Min that counts a field of two bytes
-// less than it has.
+// "proprieraty" is spelled as in the interface; do not correct. Intended oddities: G has
+// the signals of D, not those of F and H; the Min of ma_tx_failure_ind in A is 2 below
+// the end of its fields.
 
 inline constexpr SignalLayout kDataPlaneRows[] = {
     Signal("ma_blockack_ind", 0x1301, "A-H", Min(38), U16("vif"), Mac("peer_qsta_address"),

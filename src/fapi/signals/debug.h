@@ -7,9 +7,10 @@
 
 // The debug_ signals.
 //
-// In A the whole family has ids of its own block, and some layouts have holes
-// that B closed: debug_pkt_gen_start_req puts its spares on odd bytes. Up to C,
-// Min does not count an array of words. "recieved_octets" is what A and B print.
+// "recieved_octets" in A and B is spelled as in the interface; do not correct. Intended
+// oddities: in A, some layouts have gaps, so that the spares of
+// debug_pkt_gen_start_req are at odd offsets; up to C, Min does not count arrays of
+// words.
 
 inline constexpr SignalLayout kDebugRows[] = {
     Signal("debug_fault_ind", 0x8302, "A", Min(40), U16("faultid").At(12), U16("count"),

@@ -9,12 +9,12 @@
 
 // The mlme_ signals with which the host configures the firmware.
 //
-// The bulk of many went through the same change, here and in the other families:
-// A to D dump it as "data", E dumps it twice, as "data" and under a name of its
-// own, F and H to L under that name alone, and G has no dump at all. Where E dumps
-// a bulk, its Min is 4 above the end of the last field, in most signals.
+// In many signals of this and other families, the dump changes in the same way: A to D
+// dump the bulk as "data"; E dumps it twice, as "data" and under a specific name; F and
+// H to L dump it under the specific name; G has no dump. In most signals with a dump
+// in E, Min is 4 above the end of the last field there. All of this is intended.
 //
-// "minimun_data_rate" is what A prints.
+// "minimun_data_rate" in A is spelled as in the interface; do not correct.
 
 inline constexpr SignalLayout kManagementRows[] = {
     Signal("mlme_ac_priority_update_ind", 0x2313, "A-", Min(26), U16("vif"), U16("ac_priority"),

@@ -9,9 +9,8 @@
 // The mlme_ signals of neighbour awareness networking (NAN) and its data paths
 // (NDP).
 //
-// The data path's signals of E and F gave their ids to others in H, and an
-// identifier often changed its name while its bytes stayed: a row holds for its
-// own versions and says nothing of others.
+// From H on, most ids of the NDP signals of E and F belong to other signals. Between
+// versions, identifier fields often change their name but not their offset.
 
 inline constexpr SignalLayout kNanRows[] = {
     Signal("mlme_nan_add_range_cfm", 0x2138, "E-F", Min(28), U16("vif"),

@@ -6,10 +6,10 @@
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/signal_layout.h"
 
-// The wlanlite_ signals, with which a host drives the firmware's radio test.
+// The wlanlite_ signals, with which the host controls the firmware's radio test.
 //
-// "power" prints without the blank before its name. Layouts kept their lengths
-// while later fields took over the bytes of earlier ones.
+// "power" prints without the blank before its name. Intended. New fields replace old
+// ones of the same total size, so Min stays the same when a layout changes.
 
 inline constexpr SignalLayout kRadioTestRows[] = {
     Signal("wlanlite_cw_start_cfm", 0x9101, "A-", Min(24), Enum("result_code", kResultCode),

@@ -8,7 +8,8 @@
 
 // The mlme_ signals that search for networks and measure the radio environment.
 //
-// Scan signals have no vif: the two bytes in its place are not printed.
+// Signals without vif skip its two bytes. Intended oddity: the Min of
+// mlme_monitor_rssi_req in A is 2 below the end of its fields.
 
 inline constexpr SignalLayout kScanRows[] = {
     Signal("mlme_add_range_cfm", 0x2129, "C-", Min(28), U16("vif"),

@@ -6,11 +6,11 @@
 #include "fapi/enumerations/scan_and_connection.h"
 #include "fapi/signal_layout.h"
 
-// The mlme_ signals of keys, single frames, direct links and multicast.
+// The mlme_ signals for keys, single frames, direct links and multicast.
 //
-// Up to C, Min does not count an array of words, so that the tail of a signal
-// without bulk begins inside of its fields. mlme_tdls_action_req of A leaves its
-// spares out as well. Keys print as they are.
+// Keys are printed in clear. Intended oddities: up to C, Min does not count arrays of
+// words, so without bulk a dump starts within the fields; the Min of
+// mlme_tdls_action_req in A does not count the spares.
 
 inline constexpr SignalLayout kSecurityRows[] = {
     Signal("mlme_frame_transmission_ind", 0x230C, "A-D,G", Min(28), U16("vif"), X16("host_tag"),

@@ -4,14 +4,14 @@
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/signal_layout.h"
 
-// The ids that no function uses yet.
+// The ids reserved for future signals.
 //
-// The NAME_spare_signal1 to 3 of a block have the three highest ids of that
-// block, so each new signal of the block moves them up. The NAME_spareN signals
+// FAMILY_spare_signal1 to 3 have the three highest ids of their block (the ids with the
+// same high byte), so each new signal in the block moves them up. FAMILY_spareN signals
 // keep their ids.
 //
-// ma_spare_signalN_res of A has a Min two bytes above the end of its fields, as
-// has every signal of E with a dump, four bytes above.
+// Intended oddities: the Min of ma_spare_signalN_res in A is 2 above the end of its
+// fields; in E, the Min of signals with a dump is 4 above it.
 
 inline constexpr SignalLayout kSpareRows[] = {
     Signal("debug_spare1_cfm", 0x8100, "E-F,H-", Min(26), U16("vif"),

@@ -6,11 +6,10 @@
 #include "fapi/enumerations/scan_and_connection.h"
 #include "fapi/signal_layout.h"
 
-// The test_ signals, and the captures of radio data and of events of the physical
-// layer.
+// The test_ signals, and the signals that log radio data and PHY events.
 //
-// Four confirms have no result_code, unlike their neighbours. radio_logging_ind of
-// E prints one bulk twice under one name.
+// Intended oddities: four confirms have no result_code; radio_logging_ind in E dumps its
+// bulk twice under the same name.
 
 inline constexpr SignalLayout kTestRows[] = {
     Signal("phy_event_logging_cfm", 0x911A, "K-", Min(24), Enum("result_code", kResultCode),
