@@ -1,5 +1,5 @@
-// Any signal under any version: byte 0 of the input is the version, bytes 1 and
-// 2 the length of the bulk at the end, the rest the payload.
+// Decodes any signal with any version. Byte 0 of the input is the version, bytes 1 and 2
+// are the length of the bulk, the rest is the payload.
 
 #include <cstdint>
 #include <cstdlib>
@@ -14,7 +14,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 3) return 0;
   const HipDecoder decoder = HipVersionTable[data[0] % kHipVersionCount].decoder;
-  // A block exactly as long as the payload: a read behind it is seen.
+  // A block exactly as long as the payload, so that a read past its end is detected.
   const std::vector<std::uint8_t> payload(data + 3, data + size);
   const auto length = static_cast<std::uint32_t>(payload.size());
   const std::uint32_t bulk = LoadU16(data + 1) % (length + 1);
@@ -36,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Expect(result == 0, "no result", text);
     Expect(text.empty() || (text.size() == kUnknown.size() + 5 && text.starts_with(kUnknown) &&
                             text.back() == '\n'),
-           "neither silent nor unknown", text);
+           "neither empty nor an unknown signal", text);
     Expect(!text.empty() || bulk == 0, "a signal with bulk prints nothing", text);
   }
   Expect(CaptureStandardOutput(decode) == text, "the second line differs", text);

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-// If `holds` is false, reports it and aborts, so the fuzzer keeps the input.
+// If `holds` is false, prints `what` and `text` and aborts, so the fuzzer keeps the input.
 inline void Expect(bool holds, const char* what, const std::string& text) {
   if (holds) return;
   std::fprintf(stderr, "%s: \"%s\"\n", what, text.c_str());

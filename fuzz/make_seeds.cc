@@ -1,5 +1,5 @@
-// Writes seeds for the fuzz targets: signals and fields of all versions, and for
-// the tool the example log and a short log per version.
+// Writes seeds for the fuzzers: signals and fields of all versions, and for the fuzzers
+// of the whole tool the example log and a short log per version.
 //
 // usage: make_seeds DIRECTORY
 

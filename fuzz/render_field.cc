@@ -1,6 +1,5 @@
-// Any field and any dump of the vocabulary, on any bytes: bytes 0 and 1 of the
-// input choose a layout, byte 2 a field, byte 3 a version, the rest is the
-// signal.
+// Prints any field and any dump of the vocabulary with any bytes. Bytes 0 and 1 of the
+// input select a layout, byte 2 a field, byte 3 a version; the rest is the signal.
 
 #include <cstdint>
 #include <cstdlib>
@@ -27,11 +26,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string head(GetText(layout.dump_prefixes[0]).text());
     const std::string text =
         CaptureStandardOutput([&] { PrintDump(GetText(layout.dump_prefixes[0]), span); });
-    Expect(text.size() == head.size() + 2 * region.size() + 1, "a dump of another length", text);
+    Expect(text.size() == head.size() + 2 * region.size() + 1, "wrong length of a dump", text);
     Expect(text.starts_with(head) && text.back() == '}', "no dump", text);
     for (std::size_t i = 0; i < region.size(); ++i) {
       const std::string digits = text.substr(head.size() + 2 * i, 2);
-      Expect(std::strtoul(digits.c_str(), nullptr, 16) == region[i], "another byte", text);
+      Expect(std::strtoul(digits.c_str(), nullptr, 16) == region[i], "wrong byte", text);
     }
   }
 
@@ -46,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   for (const char c : text) Expect(c >= ' ' && c <= '~', "not printable", text);
   if (field.renderer == FieldRenderer::kU32) {
     Expect(text.substr(head.size()) == std::to_string(LoadU32(region.data() + field.offset)),
-           "another number", text);
+           "wrong number", text);
   }
   Expect(CaptureStandardOutput(print) == text, "the second text differs", text);
   return 0;

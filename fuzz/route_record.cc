@@ -1,6 +1,6 @@
-// Any record: byte 0 of the input is the version (or one from before the bulk
-// lengths left the signal header), bytes 1 to 4 the record's signal length, the
-// rest the payload.
+// Routes any record. Byte 0 of the input is the version; from 0xF0 on, a version below
+// 12.0, which has the bulk lengths in the signal header. Bytes 1 to 4 are the record's
+// signal length, the rest is the payload.
 
 #include <cstdint>
 #include <cstdlib>
@@ -24,14 +24,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   bool unloaded = true;
   const auto route = [&] {
     std::FILE* const kept = stderr;
-    stderr = kNowhere;  // where the reports go
+    stderr = kNowhere;  // discards the reports
     RouteSignal(span, signal_length, version, unloaded);
     stderr = kept;
   };
   const std::string text = CaptureStandardOutput(route);
   Expect(text.empty() || text.find('\n') == text.size() - 1, "not one line", text);
   const bool is_of_driver = text.starts_with("Unknown Driver Signal : 0x");
-  Expect(unloaded != is_of_driver, "the driver's state does not follow the routing", text);
+  Expect(unloaded != is_of_driver, "driverUnloaded does not match the routing", text);
   const std::uint16_t id = static_cast<std::uint16_t>((payload.empty() ? 0U : payload[0]) |
                                                       (payload.size() < 2 ? 0U : payload[1]) << 8);
   Expect(is_of_driver == (id < 0x65 || id > 0x9FFF), "routed to the wrong side", text);

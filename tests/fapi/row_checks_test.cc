@@ -1,5 +1,5 @@
-// The mistakes in a row that do not compile, each beside a row without it. The
-// compiler runs these tests.
+// Tests at compile time that mistakes in versions, labels and rows do not compile, and
+// that correct ones do.
 
 #include <array>
 #include <cstddef>
@@ -102,7 +102,7 @@ ACCEPT(Signal("a", 0, "A", Min(10), Dump("b"), Dump("c")));
 REFUSE(Signal("a", 0, "A", Min(12 + 2 * kMaxWords), Words("b", kMaxWords + 1)));
 REFUSE(Signal("a", 0, "A", Min(10), Dump("b"), Dump("c"), Dump("d")));
 
-// Enumerations: this one has no labels before D.
+// Enumerations. kBulkDataDescriptor has no labels before D.
 ACCEPT(Signal("a", 0, "D-", Min(12), Enum("b", kBulkDataDescriptor)));
 REFUSE(Signal("a", 0, "C-", Min(12), Enum("b", kBulkDataDescriptor)));
 

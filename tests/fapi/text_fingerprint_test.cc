@@ -1,5 +1,5 @@
-// Pins the text of every version: the names, the ids, the forms and offsets of
-// the fields, the least lengths and the labels.
+// Detects any change of a version's text: names, ids, forms and offsets of fields,
+// minimum lengths and labels.
 //
 // A table of expected lines would be a second copy of the catalogue. One hash per
 // version detects the same mistakes, and `./dev text-diff` shows the lines that
@@ -40,8 +40,8 @@ constexpr struct {
 };
 // clang-format on
 
-// The reference text of one version: what a log's header says, then each record
-// with its id and its lengths.
+// The reference text of one version: its name and packed number, then each record with
+// its id and lengths.
 std::string PrintReferenceText(HipVersionTag tag) {
   const HipVersionEntry& version = HipVersionTable[static_cast<std::size_t>(tag)];
   const std::vector<ReferenceRecord> records = MakeReferenceRecords(tag);

@@ -1,5 +1,5 @@
-// Rules that every row of every version keeps. They name the row that breaks
-// one; text_fingerprint_test.cc detects all other mistakes in rows and labels.
+// Rules for every row of every version. A failure names the row that breaks a rule.
+// text_fingerprint_test.cc detects all other mistakes in rows and labels.
 
 #include "fapi/vocabulary.h"
 
@@ -86,8 +86,8 @@ TEST(Vocabulary, SignalsHaveTheShapeOfTheirVersion) {
   }
 }
 
-// FindLabel skips the search for values that count up from zero, and searches the
-// others by halves. Each value must find what a plain walk over the labels finds.
+// FindLabel uses an index for values without a gap from zero and a binary search for
+// the others. The result must be that of a linear search.
 TEST(Vocabulary, LookUpFindsEachLabel) {
   std::set<std::uint8_t> enums;
   for (const KnownSignal& signal : FindKnownSignals()) {

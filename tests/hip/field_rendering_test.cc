@@ -11,8 +11,8 @@
 
 namespace {
 
-// An enumerated field of the vocabulary, " direction:" of ma_blockack_ind. The
-// tests borrow its prefix and its labels for all forms.
+// An enumerated field of the vocabulary, " direction:" of ma_blockack_ind. The tests use
+// its prefix and its labels for all forms.
 CompiledField FindDirection() {
   for (const CompiledField& field : GetFields(*FindSignal(HipVersionTag::L, 0x1301))) {
     if (GetText(field.prefix).text() == " direction:") return field;
@@ -22,7 +22,7 @@ CompiledField FindDirection() {
 
 std::string Render(FieldRenderer renderer, const std::string& value, std::uint8_t words = 0,
                    HipVersionTag version = HipVersionTag::L) {
-  // Put at an odd offset, with bytes around it that must not matter.
+  // The field is at an odd offset. The bytes around it must have no effect.
   std::string bytes(1, '\xEE');
   bytes.append(value).append(1, '\xEE');
   CompiledField field = FindDirection();
@@ -91,7 +91,7 @@ TEST(FieldRendering, WordsEndInABlank) {
   EXPECT_EQ(Render(FieldRenderer::kWords, FromHex("0100 0200 ffff"), 1), "0x0001 ]");
 }
 
-TEST(FieldRendering, DumpsOfAnyLengthAreWhole) {
+TEST(FieldRendering, DumpsOfAnyLength) {
   const std::string padded = " data:{" + std::string(kPaddedTextSize, '?');
   const PaddedText kHead{padded.data(), 7};
   for (const std::size_t length : {0U, 1U, 15U, 16U, 17U, 511U, 512U, 513U, 1024U, 1025U, 70000U}) {

@@ -21,8 +21,8 @@ void PrintTo(const Decoded& decoded, std::ostream* out) {
   *out << decoded.result << " \"" << decoded.text << '"';
 }
 
-// Decodes in a block exactly as long as the payload, for the sanitizers to see
-// what is read behind it.
+// Decodes a block exactly as long as the payload, so that the sanitizers detect reads
+// past its end.
 Decoded Decode(char version, const Fapi& signal) {
   const std::string payload = signal.signal() + signal.bulk();
   const std::vector<std::uint8_t> block(payload.begin(), payload.end());
@@ -49,9 +49,9 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
     const char* what;
     const char* versions;
     Fapi signal;
-    std::string line;  // nothing if the signal is too short
+    std::string line;  // empty if the signal is too short
   } kCases[] = {
-      {"tail behind Min", "DFHIJKL", UnitdataReq().Bytes("aabbcc"),
+      {"tail after Min", "DFHIJKL", UnitdataReq().Bytes("aabbcc"),
        "ma_unitdata_req data:{aabbcc}" + kUnitdataReqFields},
       {"bulk instead of the tail", "DFHIJKL", UnitdataReq().Bytes("aabbcc").Bulk("0102"),
        "ma_unitdata_req data:{0102}" + kUnitdataReqFields},
@@ -61,17 +61,17 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
       {"E skips four bytes before the tail", "E", UnitdataReq().Bytes("11223344 aa"),
        "ma_unitdata_req data:{aa} data:{aa}" + kUnitdataReqFields},
       {"one byte below Min", "DFGHIJKL", UnitdataReq().PadTo(33), ""},
-      {"below the Min of E alone", "E", UnitdataReq().PadTo(37), ""},
-      {"a short signal with bulk reads on into it", "L", UnitdataReq().PadTo(32).Bulk("ffff0102"),
+      {"below the Min of E only", "E", UnitdataReq().PadTo(37), ""},
+      {"fields that extend into the bulk", "L", UnitdataReq().PadTo(32).Bulk("ffff0102"),
        "ma_unitdata_req data:{ffff0102}" + kUnitdataReqFields},
-      {"unlabelled values stick to the field before in A to C", "A",
+      {"no blank before fields without a label in A to C", "A",
        Fapi(0x1000).U16(1, 2, 8, 3, 4).Spares(),
        "ma_unitdata_req data:{} vif:1 host_tag:0x0002priority:8 "
        "peer_index:3data_unit_descriptor:4 spare_1:0 spare_2:0 spare_3:0\n"},
-      {"B knows the label that A does not", "BC", Fapi(0x1000).U16(1, 2, 0x8000, 3, 4).Spares(),
+      {"a label that A does not have", "BC", Fapi(0x1000).U16(1, 2, 0x8000, 3, 4).Spares(),
        "ma_unitdata_req data:{} vif:1 host_tag:0x0002 priority:contention peer_index:3 "
        "data_unit_descriptor:tcp_ack spare_1:0 spare_2:0 spare_3:0\n"},
-      {"cfm of E has one dump and no surplus", "ABCDE",
+      {"one dump in E, Min at the end of the fields", "ABCDE",
        Fapi(0x1100).U16(1, 6, 9, 10, 11).Spares().Bytes("77"),
        "ma_unitdata_cfm data:{77} vif:1 transmission_status:unspecified_failure host_tag:0x0009 "
        "sequence_number:10 peer_index:11 spare_1:0 spare_2:0 spare_3:0\n"},
@@ -80,8 +80,8 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
        "ma_blockack_ind frame:{} vif:1 peer_qsta_address:00:0a:0b:0c:0d:0e sequence_number:2 "
        "reason_code:ndp_response_timeout blockack_parameter_set:3 direction:3 spare_1:0 spare_2:0 "
        "spare_3:0\n"},
-      {"no such id", "EFHIJKL", Fapi(0x1001).U16(1, 0).Spares(), "Unknown Hip Signal : 0x1001\n"},
-      {"a known id of the driver side is none here", "ABCDEFGHIJKL", Fapi(0x8011).PadTo(40),
+      {"unknown id", "EFHIJKL", Fapi(0x1001).U16(1, 0).Spares(), "Unknown Hip Signal : 0x1001\n"},
+      {"an id of the driver side is unknown here", "ABCDEFGHIJKL", Fapi(0x8011).PadTo(40),
        "Unknown Hip Signal : 0x8011\n"},
   };
   for (const auto& c : kCases) {
@@ -93,7 +93,7 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
   }
 }
 
-// Ids, names and labels that moved between versions.
+// Ids, names, labels and layouts that differ between versions.
 TEST(SignalDecoder, LinesThatDependOnTheVersion) {
   const std::string kSpares = " spare_1:0 spare_2:0 spare_3:0\n";
   const auto scan = [](unsigned type) {
@@ -229,23 +229,23 @@ TEST(SignalDecoder, LinesThatDependOnTheVersion) {
   }
 }
 
-TEST(SignalDecoder, TheIdIsReadAsIfZerosStoodBehind) {
+TEST(SignalDecoder, MissingIdBytesReadAsZero) {
   EXPECT_EQ(Decode('L', Fapi(0x1000).PadTo(0)), (Decoded{0, "Unknown Hip Signal : 0x0000\n"}));
   EXPECT_EQ(Decode('L', Fapi(0x1077).PadTo(1)), (Decoded{0, "Unknown Hip Signal : 0x0077\n"}));
   EXPECT_EQ(Decode('L', Fapi(0x1000).PadTo(1).Bulk("20")),
             (Decoded{0, "Unknown Hip Signal : 0x2000\n"}));
 }
 
-TEST(SignalDecoder, Bulk2IsNeitherShownNorCounted) {
+TEST(SignalDecoder, Bulk2IsNotDumpedOrCounted) {
   const std::string payload = UnitdataReq().PadTo(33).signal() + "\x7F";
   const auto* const bytes = reinterpret_cast<const std::uint8_t*>(payload.data());
   const HipDecoder decoder = HipVersionTable.back().decoder;
   EXPECT_EQ(CaptureStandardOutput([&] { decoder(33, bytes, 0, bytes + 33, 1, bytes + 33); }), "");
-  // Fields of a short signal reach it all the same, since it lies behind bulk 1.
+  // Fields of a short signal extend into it, because it directly follows bulk 1.
   EXPECT_EQ(CaptureStandardOutput([&] { decoder(32, bytes, 1, bytes + 32, 1, bytes + 33); }),
             "ma_unitdata_req data:{ff}" +
                 kUnitdataReqFields.substr(0, kUnitdataReqFields.size() - 11) + "2147483647\n");
-  // Also if bulk 1 is empty and has no address.
+  // Also if bulk 1 is empty and its address is null.
   const std::string words =
       Fapi(0x9013).U16(0xEEEE, 1, 2, 3, 4, 5, 6).signal() + FromHex("0700 0800");
   const auto* const word_bytes = reinterpret_cast<const std::uint8_t*>(words.data());

@@ -16,7 +16,7 @@ SignalSpan SpanOf(const std::string& bytes) {
           reinterpret_cast<const std::uint8_t*>(bytes.data())};
 }
 
-// Versions below 12.0 have no row in the table, so that no log reaches this.
+// Versions below 12.0 have no row in the table, so no log reaches this split.
 TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
   const struct {
     const char* what;
@@ -27,8 +27,8 @@ TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
   } kCases[] = {
       {"both", 40, 6, 4, true},
       {"none", 40, 0, 0, true},
-      {"all of it", 40, 30, 10, true},
-      {"one too many", 40, 30, 11, false},
+      {"the whole payload is bulk", 40, 30, 10, true},
+      {"one byte too many", 40, 30, 11, false},
       {"a sum above 16 bits", 40, 0xFFFF, 0xFFFF, false},
   };
   for (const auto& c : kCases) {
@@ -60,8 +60,7 @@ TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
   EXPECT_EQ(split->signal.length, 30U);
 }
 
-// The routing hands none of the five known ids over, so that no log reaches
-// this either.
+// RouteSignal sends the five known ids to the HIP side, so no log reaches their lines.
 TEST(SignalRouting, DriverSignals) {
   const struct {
     const char* bytes;

@@ -16,7 +16,7 @@ TEST(LineStamp, Arithmetic) {
     std::int32_t time;
     const char* stamp;
   } kCases[] = {
-      // -1 is a second like any other, also as the first one of a process.
+      // The first second is -1, which must not mean "none yet".
       {0, -1000, "1969/12/31-23:59:59.000 "},          {1000, 0, "1970/01/01-00:16:40.000 "},
       {1000, 1500, "1970/01/01-00:16:41.500 "},        {1000, 999, "1970/01/01-00:16:40.999 "},
       {1000, -1, "1970/01/01-00:16:40.999 "},          {1000, -1000, "1970/01/01-00:16:39.000 "},

@@ -14,9 +14,9 @@
 
 namespace {
 
-// The tool ends its process by exit. The linker sends that call to __wrap_exit, so
-// a test can run the tool a few thousand times without starting a process. A jump
-// and no exception: exit is declared as a function that does not throw.
+// The tool ends its process by exit. The linker redirects that call to __wrap_exit, so
+// a test can run the tool a few thousand times without starting a process. __wrap_exit
+// jumps and does not throw, because exit is declared noexcept.
 bool exit_is_caught = false;
 int exit_status = 0;
 std::jmp_buf exit_called;
@@ -43,7 +43,7 @@ int RunUntilExit() {
   return exit_status & 0xFF;
 }
 
-// Runs the tool on standard input. `pcap` of the result is empty.
+// Runs the tool on standard input. The result has no `pcap`.
 ToolResult Decode(std::string log) {
   ToolResult result;
   std::FILE* const kept_input = stdin;
@@ -56,7 +56,7 @@ ToolResult Decode(std::string log) {
   return result;
 }
 
-// A log that is cut short decodes up to its last complete record, without a report.
+// A truncated log decodes up to its last complete record, without a report.
 TEST(LogStream, CutAtEachByte) {
   ::setenv("TZ", "UTC0", 1);
   const Log log = SessionLog();

@@ -10,7 +10,7 @@
 
 namespace {
 
-// No shell can start a process like these two.
+// A shell cannot start a process with such argument vectors.
 TEST(RunControl, AbsentArguments) {
   EXPECT_STREQ(ResolveProgramName(nullptr), "vrkt_wlan_udi_log_decode");
   const char* const kEmptyVector[] = {nullptr};

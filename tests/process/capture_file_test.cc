@@ -12,7 +12,7 @@ namespace {
 
 const std::string kGlobalHeader = FromHex("d4c3b2a1 0200 0400 00000000 00000000 ffff0000 93000000");
 
-TEST(CaptureFile, HoldsEveryCompleteRecordAndNothingElse) {
+TEST(CaptureFile, ContainsAllCompleteRecords) {
   const Fapi confirm = Fapi(0x1100).U16(1).PadTo(32);
   const Fapi unknown = Fapi(0xFFFF);
   const Log log = Log()
@@ -41,7 +41,7 @@ TEST(CaptureFile, HoldsEveryCompleteRecordAndNothingElse) {
   EXPECT_EQ(result.pcap, expected);
 }
 
-TEST(CaptureFile, LongRecordsAreWhole) {
+TEST(CaptureFile, LongRecordsAreComplete) {
   const std::string bulk(70000, 'x');
   const Fapi signal = Fapi(0x1000).PadTo(34).BulkBytes(bulk);
   const ToolResult result = RunTool({.arguments = {"stdin", "--pcap"},
@@ -50,7 +50,7 @@ TEST(CaptureFile, LongRecordsAreWhole) {
                              signal.signal() + bulk);
 }
 
-TEST(CaptureFile, IsEmptyWithoutAnAcceptedHeader) {
+TEST(CaptureFile, IsEmptyWithoutAValidHeader) {
   for (const Log& log : {Log(), Log().Words({Log::kHeaderMagic, 6, 0})}) {
     const TemporaryDirectory directory;
     WriteFile(directory.path() + "/udi_fapi.pcap", "from a run before");
@@ -60,7 +60,7 @@ TEST(CaptureFile, IsEmptyWithoutAnAcceptedHeader) {
   }
 }
 
-TEST(CaptureFile, ThatCannotBeOpenedIsNoReasonToStop) {
+TEST(CaptureFile, RunContinuesIfItCannotBeOpened) {
   if (std::filesystem::exists("/sdcard")) GTEST_SKIP() << "there is a /sdcard here";
   const TemporaryDirectory directory;
   std::filesystem::create_directory(directory.path() + "/udi_fapi.pcap");
@@ -90,7 +90,7 @@ TEST(CaptureFile, OpensInTcpdump) {
                             .c_str()),
             0);
   const std::string read = ReadFile(directory.path() + "/text");
-  // Newer tcpdumps give the link type's name, older ones its number.
+  // Newer versions of tcpdump print the link type's name, older ones its number.
   EXPECT_TRUE(read.find("USER0") != std::string::npos ||
               read.find("link-type 147") != std::string::npos)
       << read;

@@ -27,7 +27,7 @@ std::string Usage(const std::string& name) {
   return text;
 }
 
-// The tool has no version but that of its last HIP version.
+// The banner's version is the last HIP version and a 1; the package has the same.
 TEST(CommandLine, BannerHasTheVersionOfThePackage) {
   EXPECT_EQ(kBanner, "Decode Tool version:" VRKT_VERSION "\n");
 }
@@ -63,12 +63,12 @@ TEST(CommandLine, Refusals) {
     EXPECT_EQ(result.out, kBanner);
     EXPECT_EQ(result.err, c.err);
     EXPECT_EQ(result.status, c.status);
-    // The input is opened first: a run without one leaves no capture file.
+    // The input is opened first, so a run without input creates no capture file.
     EXPECT_TRUE(std::filesystem::is_empty(directory.path())) << c.err;
   }
 }
 
-TEST(CommandLine, WhereTheLogComesFromAndWhetherItIsCaptured) {
+TEST(CommandLine, InputAndCapture) {
   const struct {
     std::vector<std::string> arguments;
     bool reads_file;

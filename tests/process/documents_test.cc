@@ -1,5 +1,5 @@
-// The README's commands do what they say, and docs/log-format.md tells the truth
-// about the bytes of the example log.
+// Runs the README's commands, and compares the dump in docs/log-format.md with the
+// example log.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -23,7 +23,7 @@ namespace {
 
 const std::string kSource = VRKT_SOURCE;
 
-// A block of shell commands, and the whole output that follows it in the text.
+// A block of shell commands and the output block that follows it, if any.
 struct Recipe {
   std::string commands;
   std::string output;
@@ -58,8 +58,8 @@ void WriteScript(const std::string& path, const std::string& commands) {
   ASSERT_EQ(chmod(path.c_str(), 0755), 0);
 }
 
-// The shell commands of the README, and a directory where the programs that they
-// use are: the tool that is tested, and stand-ins for a phone.
+// The shell commands of the README, and a directory with programs that they use: the
+// tested tool, and scripts that replace a phone.
 class ReadmeShell {
  public:
   ReadmeShell() {
@@ -67,7 +67,7 @@ class ReadmeShell {
     WriteScript(bin() + "/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
     WriteScript(bin() + "/vrkt_wlan_udi_log", "cat session.udi");
     WriteScript(bin() + "/adb", "[ \"$1\" = exec-out ] && shift && exec \"$@\"");
-    // The README follows a file that grows; here it is complete.
+    // The README follows a growing file with `tail -F`, which never ends.
     WriteScript(bin() + "/tail",
                 "[ \"$3\" = -F ] && exec /usr/bin/tail \"$1\" \"$2\" \"$4\"\n"
                 "exec /usr/bin/tail \"$@\"");
@@ -85,7 +85,7 @@ class ReadmeShell {
   std::string bin() const { return directory_.path() + "/bin"; }
   const std::string& directory() const { return directory_.path(); }
   const std::vector<Recipe>& recipes() const { return recipes_; }
-  // The recipe that has this text.
+  // Returns the commands of the recipe that contains this text.
   const std::string& Find(std::string_view text) const {
     for (const Recipe& recipe : recipes_) {
       if (recipe.commands.find(text) != std::string::npos) return recipe.commands;
@@ -93,8 +93,8 @@ class ReadmeShell {
     std::abort();
   }
 
-  // A bash that sets a directory up as the cookbook says, runs the commands there
-  // and leaves their streams in `output` and `errors`.
+  // Returns a command that sets up a directory as in the cookbook and runs the commands
+  // there, with their output in the files `output` and `errors`.
   std::string MakeCommand(const std::string& commands) const {
     WriteFile(directory() + "/commands",
               setup_ + "set -o pipefail\nexec >" + QuoteForShell(directory() + "/output") + " 2>" +
@@ -128,7 +128,7 @@ TEST(Documents, TheCommandsOfTheReadme) {
     // Another test stops a live capture.
     if (uses("pkill") || std::ranges::any_of(missing, uses)) continue;
     const int status = std::system(shell.MakeCommand(recipe.commands).c_str());
-    // diff reports differences by a status of 1.
+    // diff ends with status 1 if there are differences.
     EXPECT_LE(WEXITSTATUS(status), uses("diff") ? 1 : 0)
         << recipe.commands << ReadFile(shell.directory() + "/errors");
     if (!recipe.tells_output) continue;
@@ -148,7 +148,7 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
               "cat session.udi\nmkfifo never\n: >\"$TMPDIR/sent\"\nread line <never");
   const auto interrupt_group = [](pid_t group) { kill(-group, SIGINT); };
   const auto stop_capture = [&](pid_t /*group*/) {
-    // From a file: in an argument pkill would find the text, too.
+    // From a file, because pkill would match the text in an argument.
     const std::string file = shell.directory() + "/stop";
     WriteFile(file, shell.Find("pkill"));
     EXPECT_EQ(std::system(("sh " + QuoteForShell(file)).c_str()), 0);
@@ -182,8 +182,8 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
   }
 }
 
-// The dump's lines read "OFFSET  BYTES  meaning"; together they are the log's
-// beginning, each byte once.
+// The dump's lines have the form "OFFSET  BYTES  meaning". They must cover the start of
+// the log without gaps.
 TEST(Documents, TheDumpOfTheLogFormat) {
   const std::string text = ReadFile(kSource + "/docs/log-format.md");
   const std::size_t first = text.find("```dump\n");

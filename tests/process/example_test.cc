@@ -11,9 +11,9 @@ std::string Example(const char* name) {
   return ReadFile(std::string(VRKT_SOURCE "/examples/") + name);
 }
 
-TEST(Example, IsWhatItsSourceMakes) { EXPECT_EQ(SessionLog().bytes(), Example("session.udi")); }
+TEST(Example, LogMatchesItsSource) { EXPECT_EQ(SessionLog().bytes(), Example("session.udi")); }
 
-TEST(Example, ReadsAsItsText) {
+TEST(Example, TextMatchesItsLog) {
   const ToolResult result = RunTool({.arguments = {VRKT_SOURCE "/examples/session.udi"}});
   EXPECT_EQ(result.out, Example("session.txt"));
   EXPECT_EQ(result.err,

@@ -32,7 +32,7 @@ TEST(LogStream, Headers) {
       {Log().Words({kGood, 6}), "", 0},
       {Log().Words({kGood, 6}).Bytes("abc"), "", 0},
       {Log().Words({kGood, 6, kL}), kDetected, 0},
-      // The format version is judged first, and before the last word is read.
+      // An old format version is reported first, before the last word is read.
       {Log().Words({0xDEADBEEF, 5}), "decode: Log File Format Version 5 detected. Not Supported.\n",
        255},
       {Log().Words({kGood, 0, kL}), "decode: Log File Format Version 0 detected. Not Supported.\n",
@@ -71,7 +71,7 @@ TEST(LogStream, Headers) {
   }
 }
 
-// What stands behind the header and behind the banner, in a run that ends with
+// The records after the header and the text after the banner, in runs that end with
 // status 0.
 TEST(LogStream, Records) {
   const Fapi driver_side = Fapi(0).PadTo(2).Bytes("3412");
@@ -84,40 +84,40 @@ TEST(LogStream, Records) {
     std::string err;
   } kCases[] = {
       {"TimeRef of size 4 prints nothing", Log().TimeRef(1000), "", ""},
-      {"it moves all later stamps", Log().TimeRef(1000).Load(1500ms).TimeRef(5).Load(-1ms),
+      {"TimeRef changes all later stamps", Log().TimeRef(1000).Load(1500ms).TimeRef(5).Load(-1ms),
        "1970/01/01-00:16:41.500 Driver: Loaded\n1970/01/01-00:00:05.999 Driver: Loaded\n", ""},
-      {"TimeRef of size 8 is stamped with its own base",
+      {"TimeRef of size 8 has a stamp with its own base",
        Log().TimeRef(1000, 0xFFFFFFFF, 250ms).TimeRef(1000, 77, 0ms),
        "1970/01/01-00:16:40.250 Driver: Uptime: -1 seconds\n"
        "1970/01/01-00:16:40.000 Driver: Uptime: 77 seconds\n",
        ""},
-      {"TimeRef of another size", Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}).Load(0ms), "",
+      {"TimeRef of wrong size", Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}).Load(0ms), "",
        "decode: size(12) detected in TimeRef log entry. Expected size == 4 || Expected size == "
        "8\n"},
-      {"Load of another size", Log().Words({Log::kEventMagic, 0, 1, 0xFFFFFFFF}), "",
+      {"Load of wrong size", Log().Words({Log::kEventMagic, 0, 1, 0xFFFFFFFF}), "",
        "decode: size(-1) detected in Driver Load log entry. Expected size == 0\n"},
-      {"Unload of another size", Log().Words({Log::kEventMagic, 0, 2, 4, 0}), "",
+      {"Unload of wrong size", Log().Words({Log::kEventMagic, 0, 2, 4, 0}), "",
        "decode: size(4 detected in Driver Unload log entry. Expected size == 0\n"},
-      {"events of unknown type are passed over", Log().Words({Log::kEventMagic, 0, 3, 0}).Load(0ms),
+      {"an event of unknown type is skipped", Log().Words({Log::kEventMagic, 0, 3, 0}).Load(0ms),
        "1970/01/01-00:00:00.000 Driver: Loaded\n", ""},
-      {"but not their payload", Log().Words({Log::kEventMagic, 0, 3, 4, 0xABCD}).Load(0ms), "",
-       "decode: Bad Magic number detected in log. magic:0x0000ABCD\n"},
-      {"a bad magic costs four words", Log().Words({0, 1, 2}).Bytes("abc"), "", ""},
-      {"and no more", Log().Words({0, 1, 2, 3}), "",
+      {"payload of an unknown event", Log().Words({Log::kEventMagic, 0, 3, 4, 0xABCD}).Load(0ms),
+       "", "decode: Bad Magic number detected in log. magic:0x0000ABCD\n"},
+      {"a bad magic in less than four words", Log().Words({0, 1, 2}).Bytes("abc"), "", ""},
+      {"a bad magic is reported after four words", Log().Words({0, 1, 2, 3}), "",
        "decode: Bad Magic number detected in log. magic:0x00000000\n"},
-      {"a header in a record's place", Log().Header("14.5.12").Load(0ms), "",
+      {"a header instead of a record", Log().Header("14.5.12").Load(0ms), "",
        "decode: Bad Magic number detected in log. magic:0x1289ABEF\n"},
-      {"a record of no length is of the driver side", Log().Record(0ms, "", 0).Load(0ms),
+      {"a record of length 0 goes to the driver side", Log().Record(0ms, "", 0).Load(0ms),
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0000\n"
        "1970/01/01-00:00:00.000 Driver: Loaded\n",
        "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
-      {"words behind the last byte read as zero",
+      {"bytes after the payload read as zero",
        Log().Record(0ms, "\x12", 0).Record(0ms, "\x13\xA0\x56", 3),
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0012\n"
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0xa013\n",
        "decode: Decode Error: Unknown Signal 0x0000::0x0012\n"
        "decode: Decode Error: Unknown Signal 0x0056::0xA013\n"},
-      {"the ids on either side of the routing's borders",
+      {"the ids around the limits of the routing",
        Log()
            .Signal(0ms, Fapi(0x0064).PadTo(4))
            .Signal(1ms, Fapi(0x0065))
@@ -136,34 +136,34 @@ TEST(LogStream, Records) {
        "1970/01/01-00:00:00.001 decode: Invalid length in data reference\n"
        "1970/01/01-00:00:00.002 Driver: Loaded\n",
        ""},
-      {"is no matter on the driver side", Log().Record(1ms, FromHex("0000 0000"), 0xFFFFFFFF),
+      {"the same on the driver side", Log().Record(1ms, FromHex("0000 0000"), 0xFFFFFFFF),
        "1970/01/01-00:00:00.001 Unknown Driver Signal : 0x0000\n",
        "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
-      {"a short signal leaves its line open", Log().Signal(1ms, Fapi(0x1000).PadTo(33)).Load(2ms),
+      {"the line of a short signal has no end", Log().Signal(1ms, Fapi(0x1000).PadTo(33)).Load(2ms),
        "1970/01/01-00:00:00.001 1970/01/01-00:00:00.002 Driver: Loaded\n", ""},
-      {"a signal length of 0: all of it is bulk",
+      {"signal length 0: the whole payload is bulk",
        Log().Record(0ms, Fapi(0x1100).U16(7).PadTo(12).signal(), 0),
        "1970/01/01-00:00:00.000 ma_unitdata_cfm vif:7 transmission_status:successful "
        "host_tag:0x0000 sequence_number:0 peer_index:0 spare_1:0 spare_2:0 spare_3:0\n",
        ""},
-      {"Load opens an epoch only after Unload, and only once",
+      {"Load starts an epoch only after Unload, and only once",
        Log().Load(0ms).Unload(1ms).Load(2ms).Header("14.5.12").Load(3ms).Load(4ms),
        "1970/01/01-00:00:00.000 Driver: Loaded\n1970/01/01-00:00:00.001 Driver: Unloaded\n"
        "1970/01/01-00:00:00.002 Driver: Loaded\n1970/01/01-00:00:00.003 Driver: Loaded\n"
        "1970/01/01-00:00:00.004 Driver: Loaded\n",
        kDetected},
-      {"a driver-side signal in between takes that back",
+      {"a driver-side signal after Unload cancels the new epoch",
        Log().Unload(1ms).Signal(2ms, driver_side).Load(3ms).Header("14.5.12").Load(4ms),
        "1970/01/01-00:00:00.001 Driver: Unloaded\n1970/01/01-00:00:00.002 " + kDriverSideText +
            "1970/01/01-00:00:00.003 Driver: Loaded\n",
        kDriverSideReport + "decode: Bad Magic number detected in log. magic:0x1289ABEF\n"},
-      {"one of the HIP side does not",
+      {"a HIP-side signal after Unload does not",
        Log().Unload(1ms).Signal(2ms, Fapi(0x8010)).Load(3ms).Header("14.5.12"),
        "1970/01/01-00:00:00.001 Driver: Unloaded\n"
        "1970/01/01-00:00:00.002 Unknown Hip Signal : 0x8010\n"
        "1970/01/01-00:00:00.003 Driver: Loaded\n",
        kDetected},
-      {"the time base outlives an epoch",
+      {"the time base is kept across epochs",
        Log().TimeRef(60).Unload(0ms).Load(0ms).Header("14.5.12").Load(0ms),
        "1970/01/01-00:01:00.000 Driver: Unloaded\n1970/01/01-00:01:00.000 Driver: Loaded\n"
        "1970/01/01-00:01:00.000 Driver: Loaded\n",
@@ -178,7 +178,7 @@ TEST(LogStream, Records) {
   }
 }
 
-TEST(LogStream, VersionsMoveUpAndNeverDown) {
+TEST(LogStream, VersionsMayNotDecrease) {
   const auto epochs = [](std::initializer_list<const char*> versions) {
     Log log;
     for (const char* version : versions) log.Header(version).Unload(0ms).Load(0ms);
@@ -208,13 +208,13 @@ TEST(LogStream, StampsAreInLocalTime) {
     std::uint32_t seconds;
     const char* stamp;
   } kCases[] = {
-      {"Australia/Lord_Howe", 1601739000, "2020/10/04-02:30:00"},  // half an hour of summer time
+      {"Australia/Lord_Howe", 1601739000, "2020/10/04-02:30:00"},  // summer time is half an hour
       {"Australia/Lord_Howe", 1601738999, "2020/10/04-01:59:59"},
       {"America/St_Johns", 1583645400, "2020/03/08-03:00:00"},
       {"America/St_Johns", 1583645399, "2020/03/08-01:59:59"},
-      {"Pacific/Apia", 1325239200, "2011/12/31-00:00:00"},  // a day that was left out
+      {"Pacific/Apia", 1325239200, "2011/12/31-00:00:00"},  // 2011-12-30 was skipped
       {"Pacific/Apia", 1325239199, "2011/12/29-23:59:59"},
-      {"Africa/Monrovia", 63593070, "1972/01/07-00:44:30"},  // off by 44 minutes and 30 seconds
+      {"Africa/Monrovia", 63593070, "1972/01/07-00:44:30"},  // from UTC-00:44:30 to UTC
       {"Africa/Monrovia", 63593069, "1972/01/06-23:59:59"},
       {"Asia/Kathmandu", 0, "1970/01/01-05:30:00"},
       {"UTC-5:45", 0, "1970/01/01-05:45:00"},

@@ -1,4 +1,4 @@
-// The tool on streams that are live, fail, or lie about what follows.
+// The tool with live streams, failing streams and wrong lengths.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -17,7 +17,7 @@
 
 namespace {
 
-// Reads until `text` has arrived, or nothing has for ten seconds.
+// Reads until `text` has arrived, or until nothing arrives for ten seconds.
 std::string ReadUntil(int descriptor, const std::string& text) {
   std::string seen;
   while (seen.find(text) == std::string::npos) {
@@ -31,7 +31,7 @@ std::string ReadUntil(int descriptor, const std::string& text) {
   return seen;
 }
 
-// A terminal that passes all bytes as they are.
+// A terminal that does not change the output.
 struct Terminal {
   int controller = -1;
   int line = -1;
@@ -51,7 +51,7 @@ Terminal OpenTerminal() {
   return terminal;
 }
 
-TEST(Streams, ALiveRecordShowsOnATerminalOnceItsLastByteIsThere) {
+TEST(Streams, TerminalShowsEachCompleteRecord) {
   const Terminal terminal = OpenTerminal();
   int input[2];
   ASSERT_EQ(pipe2(input, O_CLOEXEC), 0);
@@ -78,15 +78,15 @@ TEST(Streams, ALiveRecordShowsOnATerminalOnceItsLastByteIsThere) {
   close(terminal.controller);
 }
 
-TEST(Streams, AReadErrorIsNoEnd) {
+TEST(Streams, ReadErrorAtTheStart) {
   const ToolResult result = RunTool({.arguments = {"."}});
   EXPECT_EQ(result.out, kBanner);
   EXPECT_EQ(result.err, "decode: QenWifiDriverLogReadUint32() not enough bytes read\n");
   EXPECT_EQ(result.status, 255);
 }
 
-// Reads from a terminal fail, one after the other, once its other end is closed.
-TEST(Streams, AReadErrorInTheMiddle) {
+// After the other end of a terminal is closed, every read from it fails.
+TEST(Streams, ReadErrorAfterARecord) {
   const Log log = Log().Header("14.5.12").Load(0ms);
   const struct {
     std::string bytes;
@@ -110,7 +110,7 @@ TEST(Streams, AReadErrorInTheMiddle) {
   }
 }
 
-// A file that the tool opens must not take the place of a closed stream.
+// A file that the tool opens must not get the descriptor of a closed stream.
 TEST(Streams, ClosedStandardStreams) {
   const std::string log = Log().Header("14.5.12").Signal(0ms, Fapi(0x1100).PadTo(32)).bytes();
   for (const int closed : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -128,7 +128,7 @@ TEST(Streams, ClosedStandardStreams) {
   }
 }
 
-TEST(Streams, AReaderThatGoesAwayEndsTheTool) {
+TEST(Streams, ClosedOutputPipeEndsTheTool) {
   int output[2];
   ASSERT_EQ(pipe2(output, O_CLOEXEC), 0);
   close(output[0]);
@@ -140,7 +140,7 @@ TEST(Streams, AReaderThatGoesAwayEndsTheTool) {
   EXPECT_EQ(WaitForTool(process), 128 + SIGPIPE);
 }
 
-TEST(Streams, AFullDiskChangesNothing) {
+TEST(Streams, FullDiskIsIgnored) {
   std::string input = Log().Header("14.5.12").bytes();
   for (int i = 0; i < 1000; ++i) input += Log().Signal(0ms, Fapi(0x1100).PadTo(32)).bytes();
   const TemporaryDirectory directory;
@@ -168,7 +168,7 @@ TEST(Streams, ALengthThatLiesCostsNothing) {
     EXPECT_EQ(result.status, 0);
   }
 #if !defined(VRKT_SANITIZED) && !defined(VRKT_TEST_EMULATOR)
-  // The sanitizers and emulators take more address space than this themselves.
+  // Sanitizers and emulators need more address space than this limit.
   const ToolResult result = RunTool({.input = cut, .before_exec = [] {
                                        const rlimit limit{300 << 20, 300 << 20};
                                        setrlimit(RLIMIT_AS, &limit);

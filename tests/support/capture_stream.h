@@ -6,8 +6,9 @@
 #include <functional>
 #include <string>
 
-// What `print` writes to a stream of this process. glibc lets a standard stream be
-// replaced, here by one in memory; tests and fuzzers need glibc.
+// Returns what `print` writes to a stream of this process. It replaces the stream by one
+// in memory, which only glibc allows for standard streams. So tests and fuzzers need
+// glibc.
 inline std::string CaptureStream(std::FILE*& stream, const std::function<void()>& print) {
   char* text = nullptr;
   std::size_t size = 0;

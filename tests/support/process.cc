@@ -24,7 +24,7 @@ int OpenOrFail(const std::string& path, int flags) {
   return descriptor;
 }
 
-// A file without a name.
+// An unnamed file in memory.
 class MemoryFile {
  public:
   explicit MemoryFile(std::string_view bytes = {})
@@ -51,8 +51,8 @@ class MemoryFile {
   int descriptor_;
 };
 
-// A path to the tool that ends in the given name: under valgrind, argument 0 is
-// the path whatever one asks for.
+// Returns a path to the tool that ends in the given name, because valgrind replaces
+// argument 0 by the path.
 std::string PathNamed(const std::string& name) {
   static const TemporaryDirectory links;
   const std::string base = name.substr(name.rfind('/') + 1);

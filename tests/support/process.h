@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-// Runs the built tool as a user does.
+// Runs the built tool in a process of its own.
 
 struct ToolRun {
   std::vector<std::string> arguments = {"stdin"};
@@ -15,27 +15,27 @@ struct ToolRun {
   std::string time_zone = "UTC0";       // TZ
   std::string directory{};              // the working directory; a new one if empty
   std::string name = "decode";          // argument 0
-  std::string output_path{};            // where standard output goes; it is caught if empty
+  std::string output_path{};            // file for standard output; if empty, it is captured
   std::function<void()> before_exec{};  // in the child, after its streams are set up
 };
 
 struct ToolResult {
-  int status = 0;  // of the exit; 128 plus the signal's number if one ended the tool
+  int status = 0;  // exit status, or 128 plus the number of the signal that ended the tool
   std::string out{};
   std::string err{};
-  std::string pcap{};  // what udi_fapi.pcap in the working directory holds
+  std::string pcap{};  // the contents of udi_fapi.pcap in the working directory
 };
 
 ToolResult RunTool(const ToolRun& run);
 
-// A path or argument as a word for a shell, whatever characters it has.
+// Quotes a path or an argument for a shell.
 std::string QuoteForShell(const std::string& word);
 
-// The tool as a command for a shell.
+// The tool as a shell command.
 std::string ToolCommand();
 
-// The banner that opens every standard output, and the versions that usage text
-// and reports list.
+// The first line of every run's standard output, and the versions in the usage text and
+// in reports.
 inline constexpr std::string_view kBanner = "Decode Tool version:14.5.12.1\n";
 // clang-format off
 inline constexpr const char* kHipVersions[] = {
@@ -54,7 +54,7 @@ inline constexpr const char* kHipVersions[] = {
 };
 // clang-format on
 
-// A directory that goes away with everything in it.
+// A directory that is removed with its contents.
 class TemporaryDirectory {
  public:
   TemporaryDirectory();
@@ -71,10 +71,10 @@ class TemporaryDirectory {
 std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, std::string_view bytes);
 
-// Starts the tool with these streams and returns its process; for tests that
-// talk to it while it runs.
+// Starts the tool with these streams and returns its process id, for tests that
+// exchange data with it while it runs.
 int StartTool(const ToolRun& run, int input, int output, int error);
-// Its exit status, as in ToolResult.
+// Waits for the tool to end and returns its status, as in ToolResult.
 int WaitForTool(int process);
 
 #endif  // VRKT_TESTS_SUPPORT_PROCESS_H_

@@ -26,11 +26,10 @@ std::vector<KnownSignal> FindKnownSignals(HipVersionTag version) {
   return signals;
 }
 
-// A way to print 16 bits: by the labels of this enumeration, or as a number.
+// A way to print 16 bits: an enumeration's index or, for a plain number, kNumber.
 using Printer = int;
 constexpr Printer kNumber = -1;
 
-// The enumeration of a field.
 Printer GetPrinter(const CompiledField& field) {
   return field.renderer == FieldRenderer::kEnum16 ? field.enum_index : kNumber;
 }
@@ -39,7 +38,7 @@ bool IsSixteenBitNumber(const CompiledField& field) {
   return field.renderer == FieldRenderer::kU16 || field.renderer == FieldRenderer::kEnum16;
 }
 
-// Finds values that tell each way to print 16 bits from all others.
+// Finds values whose text differs between each way to print 16 bits and all others.
 class ValueChooser {
  public:
   ValueChooser(HipVersionTag version, const std::vector<Printer>& printers)
@@ -52,7 +51,7 @@ class ValueChooser {
     for (const Printer printer : printers) choices_[printer] = Choose(printer);
   }
 
-  // The labelled values of a table in this version, ascending.
+  // The labelled values of a table in this version.
   std::vector<std::uint16_t> LabelledValues(Printer printer) const {
     std::vector<std::uint16_t> values;
     if (printer == kNumber) return values;
@@ -139,7 +138,7 @@ class RecordMaker {
     return printers;
   }
 
-  // Every byte is its offset, or the complement of it.
+  // Makes a signal in which every byte is its offset or the complement of its offset.
   static std::string MakeSignal(const KnownSignal& signal, std::size_t length, TopBit top_bit) {
     std::string bytes(length, '\0');
     for (std::size_t i = 0; i < length; ++i) {

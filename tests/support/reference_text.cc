@@ -1,10 +1,10 @@
-// The work behind `./dev text` and `./dev text-diff`.
+// Implements `./dev text` and `./dev text-diff`.
 //
 // usage: reference_text logs DIR [OLD_DIR]
-//          writes the reference log of each version to DIR/VERSION.udi, followed
-//          by those records of the logs in OLD_DIR that it lacks
+//          writes the reference log of each version to DIR/VERSION.udi, and appends
+//          the records that only the logs in OLD_DIR have
 //        reference_text show DIR
-//          prints what a tool decoded, DIR/VERSION.txt, by version and id
+//          prints the decoded text in DIR/VERSION.txt by version and id
 //        reference_text diff DIR OLD_DIR
 //          prints the lines that differ between DIR/VERSION.txt and
 //          OLD_DIR/VERSION.txt, both decoded from DIR/VERSION.udi
@@ -33,7 +33,7 @@ std::uint32_t LoadWord(std::string_view bytes, std::size_t at) {
   return LoadU32(reinterpret_cast<const std::uint8_t*>(bytes.data()) + at);
 }
 
-// A record of a log, and what a tool printed for it after the stamp.
+// A record of a log and the text that a tool printed for it after the stamp.
 struct Record {
   std::string payload;
   std::uint32_t signal_length;
@@ -62,8 +62,8 @@ std::string MakeStamp(std::size_t number) {
   return stamp;
 }
 
-// The text of each record of a log; none if the tool refused the log. A signal
-// that is too short leaves its line open, so lines are found by their stamps.
+// Returns the records of a log with their text, or nothing if the tool rejected the log.
+// The line of a too short signal has no end, so lines are found by their stamps.
 std::vector<Record> ReadText(const std::string& log_path, const std::string& text_path) {
   const std::string text = ReadFile(text_path);
   std::vector<Record> records = ReadLog(log_path);
@@ -140,8 +140,8 @@ std::string JoinNames(const std::vector<std::string>& words) {
 
 using Change = std::pair<std::string, std::string>;
 
-// The changes that turn one line into the other: names, and values under the same
-// name. If a name was added or dropped, that alone.
+// Returns the differences between two lines: names, and values of fields with the same
+// name. If the number of fields differs, returns only the two lists of names.
 std::vector<Change> FindChanges(const std::string& before, const std::string& now) {
   const std::vector<std::string> old_words = SplitWords(before);
   const std::vector<std::string> new_words = SplitWords(now);
@@ -165,8 +165,8 @@ struct Difference {
   std::vector<Change> changes;
 };
 
-// Prints each change of a signal once, in the first line that has it, with all
-// versions that have it.
+// Prints each change of a signal once: the first line that has it, with all versions
+// that have it.
 void ShowSignal(unsigned id, const std::vector<Difference>& differences) {
   std::map<Change, std::set<std::size_t>> versions;
   for (const Difference& difference : differences) {
