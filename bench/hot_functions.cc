@@ -1,4 +1,4 @@
-// The functions that a record's time goes to, each alone.
+// Measures each function that takes a large part of a record's time.
 
 #include <benchmark/benchmark.h>
 
@@ -79,8 +79,8 @@ BENCHMARK(WholeLine);
 
 }  // namespace
 
-// Standard output is what the functions print to: it goes away, and the report
-// to standard error.
+// The functions print to standard output, which is discarded. The report goes to
+// standard error.
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (std::freopen("/dev/null", "w", stdout) == nullptr) return 1;

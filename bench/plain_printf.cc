@@ -1,5 +1,6 @@
-// The decoder that one would write first: the same text, with a printf for each
-// field and a localtime for each line. Reads well-formed logs of one epoch.
+// A simple decoder, to compare the tool with. It prints the same text with a printf per
+// field and a localtime per line. It reads only well-formed logs of version 14.5.12 with
+// one epoch.
 //
 // usage: plain_printf LOG
 

@@ -61,7 +61,7 @@ class Generator {
     }
     const std::string signal = MakeSignal(id);
     const auto length = static_cast<std::uint32_t>(signal.size());
-    // About three records a millisecond, as in a busy second.
+    // Three records per millisecond, as in a busy second.
     const std::uint32_t time = name_ == "seconds" ? place * 1000 : place / 3;
     Words({0x13572468, time, length + bulk, length});
     log_ += signal;
@@ -100,7 +100,7 @@ class Generator {
     }
   }
 
-  // Mostly a labelled value, now and then another.
+  // A labelled value, or any value in 3 % of the calls.
   std::uint16_t PickValue(std::span<const CompiledLabel> labels) {
     if (Chance(3)) return static_cast<std::uint16_t>(random_());
     for (;;) {

@@ -10,13 +10,13 @@
 #include <utility>
 #include <vector>
 
-// Builds logs whose source reads like the log:
+// Builds logs in a short notation:
 //
 //   Log().Header("14.5.12").TimeRef(1000).Signal(1500ms, Fapi(0x1000).U16(1).Bulk("0102"))
 
 using std::chrono_literals::operator""ms;
 
-// The bytes that a text of hexadecimal digits stands for, blanks and colons aside.
+// Converts hexadecimal digits to bytes. Blanks and colons are ignored.
 inline std::string FromHex(std::string_view hex) {
   std::string digits(hex);
   std::erase_if(digits, [](char c) { return c == ' ' || c == ':'; });
@@ -34,8 +34,8 @@ inline std::string ToBytes(std::uint32_t value, std::size_t width) {
   return bytes;
 }
 
-// A signal from its id on, with the bulk behind it. Its header's other bytes are
-// filled with values that must never be printed.
+// A signal, starting with its id, and the bulk after it. The other header bytes have
+// values that no decoded line may show.
 class Fapi {
  public:
   explicit Fapi(std::uint16_t id) { U16(id).Bytes("ddccbbaa ddcc bbaa"); }
@@ -53,7 +53,7 @@ class Fapi {
   Fapi& Mac(std::string_view address) { return Bytes(address); }  // as in "00:0a:0b:0c:0d:0e"
   Fapi& Bytes(std::string_view hex) { return Append(FromHex(hex)); }
   Fapi& Spares() { return U32(0, 0, 0); }
-  Fapi& PadTo(std::size_t length, char byte = '\0') {  // cuts a longer signal off
+  Fapi& PadTo(std::size_t length, char byte = '\0') {  // truncates a longer signal
     signal_.resize(length, byte);
     return *this;
   }
@@ -108,7 +108,7 @@ class Log {
   Log& Signal(Time time, const Fapi& signal) {
     return Record(time, signal.signal() + signal.bulk(), signal.signal().size());
   }
-  // A record with a signal length of its own.
+  // A record with any signal length, also one that does not fit the payload.
   Log& Record(Time time, std::string_view payload, std::size_t signal_length) {
     Words({kSignalMagic, Word(time), static_cast<std::uint32_t>(payload.size()),
            static_cast<std::uint32_t>(signal_length)});
@@ -117,7 +117,7 @@ class Log {
   }
 
   const std::string& bytes() const { return bytes_; }
-  // Where each header and record so far ends.
+  // The end of each header and record so far, in bytes.
   const std::vector<std::size_t>& ends() const { return ends_; }
 
  private:

@@ -1,6 +1,6 @@
-// A session as an engineer meets it: a phone scans, connects with keys, passes
-// frames both ways, roams, loses the network and comes back, and has its firmware
-// reloaded into a later version of the protocol for a radio test.
+// A typical session: a phone scans, connects, sets keys, exchanges frames, roams, loses
+// the network and fails to reconnect. Then the driver is reloaded with a later HIP
+// version and runs a radio test.
 
 #include "session_log.h"
 
@@ -18,11 +18,11 @@ constexpr const char* kFirstAccessPoint = "0a:0b:0c:0d:0e:0f";
 constexpr const char* kSecondAccessPoint = "0a:0b:0c:0d:0e:1f";
 constexpr const char* kAnybody = "ff:ff:ff:ff:ff:ff";
 
-// In units of half a megahertz.
+// In units of 0.5 MHz.
 constexpr unsigned kChannel6 = 2 * 2437;
 constexpr unsigned kChannel11 = 2 * 2462;
 
-// Enumerated values, by what they print as.
+// Enumerated values, named after their labels.
 constexpr unsigned kSuccess = 0;
 constexpr unsigned kFullScan = 2;
 constexpr unsigned kRealTime = 4;
@@ -45,8 +45,8 @@ constexpr unsigned kHostRequestFailed = 0x800C;
 
 constexpr std::uint32_t kCcmp = 0x000FAC04;  // a cipher suite of IEEE 802.11
 
-// The beginning of a beacon, an EAPOL key frame, an ARP request with its answer,
-// and a ping's first bytes.
+// The first bytes of a beacon, of an EAPOL key frame and of a ping, and an ARP request
+// with its reply.
 constexpr const char* kBeacon = "8000 0000 ffffffffffff 0a0b0c0d0e0f 0a0b0c0d0e0f 1000";
 constexpr const char* kSsid = "0004 686f6d65";  // the element of "home"
 constexpr const char* kEapolKey = "888e 0203 005f 02 008a 0010";
@@ -60,17 +60,17 @@ constexpr const char* kPing =
     "0a0b0c0d0e0f 001122334455 0800 4500 0054 0000 4000 40 01 b755 c0a80117 c0a80101 0800 f7ff "
     "0001 0001";
 
-// Most confirms: the interface and the outcome.
+// The layout of most confirms.
 Fapi Confirm(std::uint16_t id, unsigned result_code) {
   return Fapi(id).U16(kVif, result_code).Spares();
 }
 
-// Most answers to an indication: the interface.
+// The layout of most responses to an indication.
 Fapi Response(std::uint16_t id) { return Fapi(id).U16(kVif).Spares(); }
 
 Fapi AddVifReq() { return Fapi(0x2007).U16(kVif).Mac(kPhone).U16(kStation).Mac(kPhone).Spares(); }
 
-// Bytes 10 and 11 of the scan signals are not printed.
+// In these signals, bytes 10 and 11 are not printed.
 Fapi AddScanReq() {
   return Fapi(0x2005).U16(0, kScan, kFullScan).Mac(kAnybody).U16(kRealTime).Spares().Bulk(kSsid);
 }
@@ -141,7 +141,7 @@ Fapi EventLogInd(unsigned event, const char* timestamp) {
   return Fapi(0x2316).U16(kVif, event).Bytes(timestamp).Spares();
 }
 
-// As version 14.5.12 has them.
+// In the layouts of version 14.5.12.
 Fapi TxSetParamsReq() {
   return Fapi(0x9007)
       .U16(5180, 0x88A4, 0x0200, 0x0044, 1500)
@@ -162,7 +162,7 @@ Fapi TxReadCfm() {
       .U32(748)
       .Spares();
 }
-// The radio test's confirms have no interface.
+// The confirms of the radio test have no vif.
 Fapi TestConfirm(std::uint16_t id) { return Fapi(id).U16(kSuccess).Spares(); }
 
 }  // namespace
@@ -174,8 +174,8 @@ Log SessionLog() {
       .Load(12ms)
       .Signal(40ms, AddVifReq())
       .Signal(41ms, Confirm(0x2107, kSuccess))
-      // The phone looks for its network, hears it on two channels and takes the
-      // nearer one.
+      // The phone finds its network on two channels and connects to the stronger access
+      // point.
       .Signal(100ms, AddScanReq())
       .Signal(101ms, AddScanCfm())
       .Signal(180ms, ScanInd(kChannel6, -48))
@@ -203,7 +203,7 @@ Log SessionLog() {
       .Signal(2182ms, StartLinkStatisticsReq())
       .Signal(2183ms, Confirm(0x2124, kSuccess))
       .Signal(9000ms, RssiReportInd(kFirstAccessPoint, -77))
-      // It roams to the other access point and loses that one in the end.
+      // It roams to the other access point and later loses the connection.
       .Signal(9004ms, ProcedureStartedInd(kRoamingStarted))
       .Signal(9090ms, RoamedInd())
       .Signal(9091ms, Response(0x2203))
@@ -212,9 +212,9 @@ Log SessionLog() {
       .Signal(42000ms, DisconnectedInd(kSecondAccessPoint, kTimeout))
       .Signal(42010ms, ConnectReq(kSecondAccessPoint, kChannel11))
       .Signal(42011ms, Confirm(0x210B, kHostRequestFailed))
-      // Cut short by the firmware: its line stays open.
+      // Too short for its layout: its line has no end.
       .Signal(42200ms, UnitdataCfm(kSuccessful, 0x0103, 19).PadTo(20))
-      // An id that no version knows, and one that never was a signal at all.
+      // An id that no version has, and an unknown id of the driver side.
       .Signal(42250ms, Fapi(0x1077).PadTo(16))
       .Signal(42260ms, Fapi(0x0042).PadTo(12))
       .Unload(60000ms)

@@ -3,7 +3,7 @@
 
 #include "log_builder.h"
 
-// The log of examples/session.udi.
+// Makes the log in examples/session.udi.
 Log SessionLog();
 
 #endif  // VRKT_EXAMPLES_SESSION_LOG_H_
