@@ -1,4 +1,4 @@
-# What `cmake --install` and `./dev package` put where.
+# The files that `cmake --install` and `./dev package` install.
 include(GNUInstallDirs)
 set(package vrkt-wlan-udi-log-decode)
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
@@ -7,7 +7,8 @@ install(TARGETS vrkt_wlan_udi_log_decode RUNTIME DESTINATION ${CMAKE_INSTALL_BIN
 install(FILES README.md DESTINATION ${documents})
 install(FILES examples/session.udi examples/session.txt DESTINATION ${documents}/examples)
 
-# Debian wants these compressed, and without a time stamp inside.
+# Debian requires these files compressed. -n leaves out the time stamp, so that builds
+# are reproducible.
 find_program(GZIP gzip)
 function(install_compressed file name destination)
   if(NOT GZIP)
@@ -32,7 +33,7 @@ set(CPACK_PACKAGE_CONTACT "The authors of vrkt_wlan_udi_log_decode <udi-log-deco
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "decoder for the UDI log of a WLAN driver")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_SOURCE_DIR}/build/packages)
-# An archive for any host or phone of the processor.
+# The archive runs on any Linux host or phone with this processor.
 set(CPACK_ARCHIVE_FILE_NAME ${package}-${PROJECT_VERSION}-${CMAKE_SYSTEM_PROCESSOR}-static)
 set(CPACK_PACKAGE_FILE_NAME ${CPACK_ARCHIVE_FILE_NAME})
 
@@ -42,9 +43,9 @@ if(CPACK_GENERATOR STREQUAL "DEB")
   set(CPACK_DEBIAN_PACKAGE_SECTION net)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-    "Reads the debug log that a WLAN driver keeps of the signals between host
-and Wi-Fi firmware, from a file or live from a pipe, and prints one line
-a signal, with each field by name and enumerated values as labels.")
+    "Reads a WLAN driver's debug log of the signals between host and Wi-Fi
+firmware, from a file or live from a pipe, and prints one line of text per
+signal, with each field by name and enumerated values as labels.")
   install(FILES packaging/copyright DESTINATION ${documents})
   install_compressed(packaging/changelog changelog ${documents})
 endif()

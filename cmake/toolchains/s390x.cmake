@@ -1,4 +1,4 @@
-# Debian's cross compiler, and an emulator to run what it makes.
+# Debian's cross compiler, and an emulator that runs the tests.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR s390x)
 set(CMAKE_CXX_COMPILER s390x-linux-gnu-g++)
