@@ -1,9 +1,15 @@
-// Measures the tool on the workloads, beside the floor, a plain printf decoder
-// and, where it is installed, tcpdump on the tool's own capture file. The runs
-// alternate, all text goes to /dev/null, and what counts is CPU time: its median
-// over the runs, and the median of the ratios of neighbouring runs.
+// Measures the tool on each workload, relative to these programs:
 //
-// usage: compare DIRECTORY [RUNS], where DIRECTORY holds the built tools
+//   lines    bench/floor with one write per line: the bare cost of the bytes
+//   pieces   bench/floor with the tool's own writes: the least cost of printing piece
+//            by piece
+//   plain    bench/plain_printf, a decoder with a printf per field
+//   tcpdump  on the tool's capture file, if it is installed
+//
+// The runs alternate, and all text goes to /dev/null. Shown are the median of the CPU
+// time, the medians of the ratios of neighbouring runs, and the peak of memory.
+//
+// usage: compare DIRECTORY [RUNS], where DIRECTORY is the build directory
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -27,12 +33,8 @@ extern char** environ;
 
 namespace {
 
-struct Usage {
-  double seconds;
-  long peak_kibibytes;
-};
-
-Usage Run(std::vector<std::string> command, const char* output = "/dev/null") {
+// Runs a command and returns its CPU time in seconds.
+double Run(std::vector<std::string> command, const char* output = "/dev/null") {
   std::vector<char*> arguments;
   for (std::string& word : command) arguments.push_back(word.data());
   arguments.push_back(nullptr);
@@ -52,7 +54,7 @@ Usage Run(std::vector<std::string> command, const char* output = "/dev/null") {
   const auto seconds = [](const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
   };
-  return {seconds(usage.ru_utime) + seconds(usage.ru_stime), usage.ru_maxrss};
+  return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 // In a process of its own: a child's peak of memory counts what it shared with
@@ -74,21 +76,15 @@ double Median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-// Writes the lengths of a text's lines behind the banner, for the floor.
-void WriteLineLengths(const std::string& text_path, const std::string& path) {
-  std::ifstream text(text_path, std::ios::binary);
-  std::ofstream lengths(path, std::ios::binary);
-  std::string line;
-  std::getline(text, line);
-  while (std::getline(text, line)) {
-    const auto length = static_cast<std::uint32_t>(line.size() + 1);
-    lengths.write(reinterpret_cast<const char*>(&length), sizeof length);
-  }
-}
-
 std::string ReadAll(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void RequireEqual(bool equal, std::string_view workload, const char* what) {
+  if (equal) return;
+  std::fprintf(stderr, "%s: %s\n", std::string(workload).c_str(), what);
+  std::exit(1);
 }
 
 }  // namespace
@@ -101,52 +97,59 @@ int main(int argc, char** argv) {
   const std::string floor = tools / "bench/floor";
   const std::string plain = tools / "bench/plain_printf";
   const bool has_tcpdump = std::system("command -v tcpdump >/dev/null") == 0;
-  std::filesystem::path scratch = std::filesystem::temp_directory_path() / "udi_log_bench";
-  std::filesystem::create_directories(scratch);
+  std::string scratch = std::filesystem::temp_directory_path() / "udi_log_bench_XXXXXX";
+  if (mkdtemp(scratch.data()) == nullptr) return 1;
   std::filesystem::current_path(scratch);
 
-  std::printf("%-11s %9s %8s %8s %8s %8s %9s %9s %7s\n", "workload", "records", "tool", "/floor",
-              "plain/", "tcpdump/", "records/s", "text/s", "peak");
+  std::printf("%-11s %8s %6s %8s %8s %7s %9s %10s %9s %9s\n", "workload", "records", "tool",
+              "tool/", "tool/", "plain/", "tcpdump/", "records/s", "text/s", "peak");
+  std::printf("%-11s %8s %6s %8s %8s %7s %9s %10s %9s %9s\n", "", "", "", "lines", "pieces", "tool",
+              "tool", "", "", "");
   for (const std::string_view name : kWorkloads) {
     const std::size_t records = name == "frames" ? 60000 : 300000;
     const std::string log = std::string(name) + ".udi";
-    RunApart([&] { std::ofstream(log, std::ios::binary) << MakeWorkload(name, records); });
+    std::ofstream(log, std::ios::binary) << MakeWorkload(name, records);
     Run({tool, log, "--pcap"}, "text");
     Run({plain, log}, "plain_text");
-    RunApart([&] {
-      if (ReadAll("text") != ReadAll("plain_text")) {
-        std::printf("%s: the plain decoder prints another text\n", log.c_str());
-        std::fflush(stdout);
-        _exit(1);
-      }
-      WriteLineLengths("text", "lengths");
-    });
-    const auto text_size = static_cast<double>(std::filesystem::file_size("text"));
+    RequireEqual(ReadAll("text") == ReadAll("plain_text"), name,
+                 "the plain decoder prints a different text");
+    Run({tools / "bench/record_pieces", log});
+    const std::uintmax_t text_size = std::filesystem::file_size("text");
+    const std::uintmax_t banner_size = ReadAll("text").find('\n') + 1;
+    for (const char* lengths : {"lines", "pieces"}) {
+      Run({floor, log, lengths}, "floor_text");
+      RequireEqual(std::filesystem::file_size("floor_text") == text_size - banner_size, name,
+                   "the floor does not write as many bytes as the tool");
+    }
 
     std::vector<double> tool_times;
-    std::vector<double> floor_ratios;
+    std::vector<double> line_ratios;
+    std::vector<double> piece_ratios;
     std::vector<double> plain_ratios;
     std::vector<double> tcpdump_ratios;
     for (int run = 0; run < runs; ++run) {
-      tool_times.push_back(Run({tool, log}).seconds);
-      floor_ratios.push_back(tool_times.back() / Run({floor, log, "lengths"}).seconds);
-      if (run % 4 == 0) plain_ratios.push_back(Run({plain, log}).seconds / tool_times.back());
+      const double time = Run({tool, log});
+      tool_times.push_back(time);
+      line_ratios.push_back(time / Run({floor, log, "lines"}));
+      piece_ratios.push_back(time / Run({floor, log, "pieces"}));
+      if (run % 4 == 0) plain_ratios.push_back(Run({plain, log}) / time);
       if (run % 4 == 0 && has_tcpdump) {
-        tcpdump_ratios.push_back(Run({"tcpdump", "-r", "udi_fapi.pcap", "-x"}).seconds /
-                                 tool_times.back());
+        tcpdump_ratios.push_back(Run({"tcpdump", "-r", "udi_fapi.pcap", "-x"}) / time);
       }
     }
-    const long peak = Run({tool, log}).peak_kibibytes;
+    Run({tools / "bench/peak_memory", tool, log}, "peak");
     const double time = Median(tool_times);
-    std::printf("%-11s %9zu %6.0fms %8.2f %8.1f ", std::string(name).c_str(), records, time * 1e3,
-                Median(floor_ratios), Median(plain_ratios));
+    std::printf("%-11s %8zu %4.0fms %8.2f %8.2f %7.1f ", std::string(name).c_str(), records,
+                time * 1e3, Median(line_ratios), Median(piece_ratios), Median(plain_ratios));
     if (has_tcpdump) {
-      std::printf("%8.1f ", Median(tcpdump_ratios));
+      std::printf("%9.1f ", Median(tcpdump_ratios));
     } else {
-      std::printf("%8s ", "-");
+      std::printf("%9s ", "-");
     }
-    std::printf("%8.1fM %7.0fMB %4ldKiB\n", static_cast<double>(records) / time / 1e6,
-                text_size / time / 1e6, peak);
+    std::printf("%9.1fM %7.0fMB %6dKiB\n", static_cast<double>(records) / time / 1e6,
+                static_cast<double>(text_size) / time / 1e6, std::atoi(ReadAll("peak").c_str()));
+    std::fflush(stdout);
   }
+  std::filesystem::current_path("/");
   std::filesystem::remove_all(scratch);
 }

@@ -84,7 +84,7 @@ BENCHMARK(WholeLine);
 int main(int argc, char** argv) {
   benchmark::Initialize(&argc, argv);
   if (std::freopen("/dev/null", "w", stdout) == nullptr) return 1;
-  benchmark::ConsoleReporter reporter;
+  benchmark::ConsoleReporter reporter(benchmark::ConsoleReporter::OO_Tabular);  // no colours
   reporter.SetOutputStream(&std::cerr);
   reporter.SetErrorStream(&std::cerr);
   benchmark::RunSpecifiedBenchmarks(&reporter);
