@@ -37,6 +37,8 @@ local PSEUDO_HEADER_SIZE = 16
 local PSEUDO_HEADER_FORMAT = 1
 local RECORD_HEADER_SIZE = 16
 
+local HEADERS_SIZE = PSEUDO_HEADER_SIZE + RECORD_HEADER_SIZE
+
 local HEADER_MAGIC = 0x1289ABEF
 local FORMAT_VERSION = 6
 local EVENT_MAGIC = 0x13572467
@@ -45,7 +47,7 @@ local TIME_REF, LOAD, UNLOAD = 0, 1, 2
 
 -- The largest frame that Wireshark accepts. A longer record is cut to this size.
 local MAX_FRAME_SIZE = 262144
-local MAX_PAYLOAD_SIZE = MAX_FRAME_SIZE - PSEUDO_HEADER_SIZE - RECORD_HEADER_SIZE
+local MAX_PAYLOAD_SIZE = MAX_FRAME_SIZE - HEADERS_SIZE
 
 -- Ids in this range are signals of the firmware, all others of the driver.
 local FIRST_HIP_ID, LAST_HIP_ID = 0x0065, 0x9FFF
@@ -231,8 +233,8 @@ function Reader:read_signal(file, head)
   return payload
 end
 
--- Returns the next record that makes a frame, nil at the end of the log.
-function Reader:next_record(file)
+-- Moves to the next record that makes a frame. Returns nil at the end of the log.
+function Reader:advance(file)
   while true do
     if self.header_follows then
       self.header_follows = false
@@ -260,7 +262,8 @@ function Reader:next_record(file)
       self.position = position
     end
     if payload ~= true then
-      return {offset = offset, head = head, payload = payload, span = self.span}
+      self.offset, self.frame_span, self.head, self.payload = offset, self.span, head, payload
+      return true
     end
   end
 end
@@ -274,22 +277,21 @@ local function frame_time(clock, time_word)
   return NSTime.new(wrapped, (time - seconds * 1000) * 1000000)
 end
 
-function Reader:fill_frame(frame, record)
-  local span = record.span
+function Reader:fill_frame(frame, offset, span, head, payload)
   local pseudo_header = span.pseudo_header
-  if record.offset == self.last_offset then
+  if offset == self.last_offset then
     pseudo_header = char(PSEUDO_HEADER_FORMAT, self.end_reason) .. pseudo_header:sub(3, 12)
       .. u32_bytes(self.end_value)
   end
-  local data = concat({pseudo_header, record.head, record.payload})
+  local data = pseudo_header .. head .. payload
   local length = #data
-  if u32_at(record.head, 0) == SIGNAL_MAGIC then
-    length = PSEUDO_HEADER_SIZE + RECORD_HEADER_SIZE + u32_at(record.head, 8)
+  if u32_at(head, 0) == SIGNAL_MAGIC then
+    length = HEADERS_SIZE + u32_at(head, 8)
   end
   frame.encap = wtap_encaps.USER1
   frame.rec_type = wtap_rec_types.PACKET
   frame.flags = wtap_presence_flags.TS
-  frame.time = frame_time(span.clock, u32_at(record.head, 4))
+  frame.time = frame_time(span.clock, u32_at(head, 4))
   frame.captured_length = #data
   frame.original_length = min(length, 0xFFFFFFFF)
   frame.data = data
@@ -303,7 +305,7 @@ local function open_log(file)
     spans = {},
   }, Reader)
   if not reader:read_header(file) then return nil end
-  reader.next = reader:next_record(file)
+  reader.has_next = reader:advance(file)
   return reader
 end
 
@@ -332,14 +334,12 @@ end
 
 function log_reader.read(file, capture, frame)
   local reader = capture.private_table
-  local record = reader.next
-  if not record then return false end
-  reader.next = reader:next_record(file)
-  if not reader.next and reader.end_reason ~= LOG_GOES_ON then
-    reader.last_offset = record.offset
-  end
-  reader:fill_frame(frame, record)
-  return record.offset
+  if not reader.has_next then return false end
+  local offset, span, head, payload = reader.offset, reader.frame_span, reader.head, reader.payload
+  reader.has_next = reader:advance(file)
+  if not reader.has_next and reader.end_reason ~= LOG_GOES_ON then reader.last_offset = offset end
+  reader:fill_frame(frame, offset, span, head, payload)
+  return offset
 end
 
 function log_reader.seek_read(file, capture, frame, offset)
@@ -355,8 +355,7 @@ function log_reader.seek_read(file, capture, frame, offset)
   end
   local payload = size > 0 and file:read(size) or ""
   if not payload or #payload < size then return false end
-  reader:fill_frame(frame,
-    {offset = offset, head = head, payload = payload, span = span_at(reader.spans, offset)})
+  reader:fill_frame(frame, offset, span_at(reader.spans, offset), head, payload)
   return true
 end
 
@@ -519,31 +518,40 @@ end
 
 local make_reader = {}
 
-local function decimal(prefix, read)
+function make_reader.u8(prefix, offset)
   return function(bytes)
-    local value = read(bytes)
-    return value, prefix .. format("%d", value)
+    local value = byte(bytes, offset + 1)
+    return value, prefix .. value
   end
 end
 
-function make_reader.u8(prefix, offset)
-  return decimal(prefix, function(bytes) return byte(bytes, offset + 1) end)
-end
-
 function make_reader.u16(prefix, offset)
-  return decimal(prefix, function(bytes) return u16_at(bytes, offset) end)
+  return function(bytes)
+    local low, high = byte(bytes, offset + 1, offset + 2)
+    local value = low + high * 256
+    return value, prefix .. value
+  end
 end
 
 function make_reader.u32(prefix, offset)
-  return decimal(prefix, function(bytes) return u32_at(bytes, offset) end)
+  return function(bytes)
+    local value = u32_at(bytes, offset)
+    return value, prefix .. value
+  end
 end
 
 function make_reader.i16(prefix, offset)
-  return decimal(prefix, function(bytes) return to_signed(u16_at(bytes, offset), 16) end)
+  return function(bytes)
+    local value = to_signed(u16_at(bytes, offset), 16)
+    return value, prefix .. value
+  end
 end
 
 function make_reader.i32(prefix, offset)
-  return decimal(prefix, function(bytes) return to_signed(u32_at(bytes, offset), 32) end)
+  return function(bytes)
+    local value = to_signed(u32_at(bytes, offset), 32)
+    return value, prefix .. value
+  end
 end
 
 function make_reader.x16(prefix, offset)
@@ -608,7 +616,7 @@ function make_reader.enum16(prefix, offset, table_number, version)
     local value = u16_at(bytes, offset)
     local text = printed[value]
     if text then return value, text, label_of[value] end
-    return value, prefix .. format("%d", value)
+    return value, prefix .. value
   end
 end
 
@@ -705,7 +713,7 @@ function udi.init() forget_links() end
 
 local function link(plan, values, pinfo)
   local key = plan.exchange
-  for _, place in ipairs(plan.keys) do key = key .. "/" .. format("%d", values[place]) end
+  for _, place in ipairs(plan.keys) do key = key .. "/" .. values[place] end
   local queue = waiting[key]
   if plan.is_request then
     if not queue then
@@ -787,23 +795,32 @@ local function add_words(item, payload, field, bytes)
   end
 end
 
-local function add_dump(tree, payload, dump, region, digits)
-  local item = add_bytes(tree, dump.item, payload, region.offset, region.size)
-  item:set_text(dump.name .. ":{" .. digits .. "}")
-end
-
--- The bytes that the dumps of a signal show: the bulk, or what a signal without
--- bulk has after its least length.
-local function dump_region(plan, payload)
-  local offset = payload.signal_length
-  if payload.bulk_length == 0 then offset = plan.min end
-  return {offset = offset, size = payload.length - offset}
-end
-
-local function hex_digits(payload, region)
-  local size = min(region.size, payload.captured - region.offset)
+local function hex_digits(payload, offset, size)
+  size = min(size, payload.captured - offset)
   if size <= 0 then return "" end
-  return payload.tvb(payload.start + region.offset, size):bytes():tohex(true)
+  return payload.tvb(payload.start + offset, size):bytes():tohex(true)
+end
+
+-- The pieces of a line and the values of its fields, the same tables for all
+-- frames.
+local pieces, values = {}, {}
+
+-- Adds the dumps to the pieces and returns how many pieces there are. They show
+-- the bulk, or what a signal without bulk has after its least length.
+local function dissect_dumps(plan, payload, tree, detailed)
+  local offset = payload.bulk_length == 0 and plan.min or payload.signal_length
+  local size = payload.length - offset
+  local digits = hex_digits(payload, offset, size)
+  local count = 1
+  for _, dump in ipairs(plan.dumps) do
+    pieces[count + 1], pieces[count + 2], pieces[count + 3] = dump.head, digits, "}"
+    count = count + 3
+    if detailed then
+      add_bytes(tree, dump.item, payload, offset, size)
+        :set_text(dump.name .. ":{" .. digits .. "}")
+    end
+  end
+  return count
 end
 
 -- Returns the line of a known signal, and adds its fields if `detailed`.
@@ -811,24 +828,16 @@ local function dissect_fields(plan, payload, pinfo, tree, detailed)
   local bytes = payload.tvb:raw(payload.start, min(payload.captured, plan.finish))
   if #bytes < plan.finish then bytes = bytes .. ("\0"):rep(plan.finish - #bytes) end
 
-  local parts, size = {plan.name}, 1
-  if plan.dumps[1] then
-    local region = dump_region(plan, payload)
-    local digits = hex_digits(payload, region)
-    for _, dump in ipairs(plan.dumps) do
-      parts[size + 1], parts[size + 2], parts[size + 3] = dump.head, digits, "}"
-      size = size + 3
-      if detailed then add_dump(tree, payload, dump, region, digits) end
-    end
-  end
-
-  local values = {}
-  for i, field in ipairs(plan.fields) do
+  pieces[1] = plan.name
+  local count = plan.dumps[1] and dissect_dumps(plan, payload, tree, detailed) or 1
+  local plan_fields = plan.fields
+  for i = 1, #plan_fields do
+    local field = plan_fields[i]
     local value, text, label = field.read(bytes)
     values[i] = value
-    parts[size + 1] = not label and field.unlabelled_gap or field.gap
-    parts[size + 2] = text
-    size = size + 2
+    pieces[count + 1] = not label and field.unlabelled_gap or field.gap
+    pieces[count + 2] = text
+    count = count + 2
     local item = tree
     if detailed then
       item = add_field(tree, payload, field, value, text, label)
@@ -840,7 +849,7 @@ local function dissect_fields(plan, payload, pinfo, tree, detailed)
   end
 
   if plan.exchange and not pinfo.visited then link(plan, values, pinfo) end
-  return concat(parts)
+  return concat(pieces, "", 1, count)
 end
 
 -- Where a signal comes from and goes to, by the end of its name.
@@ -853,11 +862,12 @@ local DIRECTIONS = {
 
 local function set_columns(pinfo, line, name)
   local direction = name and DIRECTIONS[name:sub(-3)]
-  pinfo.cols.protocol = "UDI"
-  pinfo.cols.info = line
+  local columns = pinfo.cols
+  columns.protocol = "UDI"
+  columns.info = line
   if direction then
-    pinfo.cols.src = direction[1]
-    pinfo.cols.dst = direction[2]
+    columns.src = direction[1]
+    columns.dst = direction[2]
   end
 end
 
@@ -913,7 +923,7 @@ local function dissect_event(record, tree, detailed)
 end
 
 local function add_record(tree, tvb, record)
-  local header = tree:add(udi, tvb(0, PSEUDO_HEADER_SIZE + RECORD_HEADER_SIZE), "Record")
+  local header = tree:add(udi, tvb(0, HEADERS_SIZE), "Record")
   header:add(own.hip_version, tvb(4, 4), record.version.name)
   header:add(own.clock, tvb(8, 4), record.clock)
   header:add(own.time, tvb(20, 4), record.time)
@@ -932,32 +942,34 @@ local function add_end_of_log(tree, reason, value)
   end
 end
 
--- Returns what the pseudo-header and the record's header say, nil if they are not
--- ours.
-local function parse_frame(tvb)
-  local header_size = PSEUDO_HEADER_SIZE + RECORD_HEADER_SIZE
-  if tvb:len() < header_size then return nil end
-  local head = tvb:raw(0, header_size)
+-- Reads the pseudo-header and the record's header into `record`. Returns nil if
+-- they are not ours.
+local function parse_frame(tvb, record)
+  local size = tvb:len()
+  if size < HEADERS_SIZE then return nil end
+  local head = tvb:raw(0, HEADERS_SIZE)
   local version = version_of_packed[u32_at(head, 4)]
-  local magic = u32_at(head, PSEUDO_HEADER_SIZE)
   if byte(head, 1) ~= PSEUDO_HEADER_FORMAT or not version then return nil end
-  local record = {
-    version = version,
-    end_reason = byte(head, 2),
-    end_value = u32_at(head, 12),
-    clock = u32_at(head, 8),
-    time = to_signed(u32_at(head, 20), 32),
-    is_signal = magic == SIGNAL_MAGIC,
-  }
-  if record.is_signal then
-    record.length, record.signal_length = u32_at(head, 24), u32_at(head, 28)
-    return record
-  end
-  record.type = u32_at(head, 24)
-  if magic ~= EVENT_MAGIC or record.type > UNLOAD then return nil end
-  if record.type == TIME_REF then
-    if tvb:len() < header_size + 8 then return nil end
-    record.uptime = u32_at(tvb:raw(header_size + 4, 4), 0)
+  local magic = u32_at(head, PSEUDO_HEADER_SIZE)
+  local third, fourth = u32_at(head, 24), u32_at(head, 28)
+  record.version = version
+  record.end_reason = byte(head, 2)
+  record.end_value = u32_at(head, 12)
+  record.clock = u32_at(head, 8)
+  record.time = to_signed(u32_at(head, 20), 32)
+  record.is_signal = magic == SIGNAL_MAGIC
+  record.tvb = tvb
+  record.start = HEADERS_SIZE
+  record.captured = min(size - HEADERS_SIZE, third)
+  record.length = third
+  record.signal_length = fourth
+  record.bulk_length = third - fourth
+  if record.is_signal then return record end
+  record.type = third
+  if magic ~= EVENT_MAGIC or third > UNLOAD then return nil end
+  if third == TIME_REF then
+    if size < HEADERS_SIZE + 8 then return nil end
+    record.uptime = u32_at(tvb:raw(HEADERS_SIZE + 4, 4), 0)
   end
   return record
 end
@@ -965,31 +977,24 @@ end
 local function finish(pinfo, tree, detailed, line, name)
   set_columns(pinfo, line, name)
   if detailed then
+    if name then tree:append_text(", " .. name) end
     add_links(tree, pinfo.number)
     add_line(tree, line)
   end
 end
 
+local frame_record = {}  -- the same for all frames
+
 function udi.dissector(tvb, pinfo, root)
-  local record = parse_frame(tvb)
+  local record = parse_frame(tvb, frame_record)
   if not record then return 0 end
   local detailed = root:referenced(udi_handle)
   local tree = root:add(udi, tvb())
   if detailed then add_record(tree, tvb, record) end
   local line, name
   if record.is_signal then
-    local start = PSEUDO_HEADER_SIZE + RECORD_HEADER_SIZE
-    local payload = {
-      tvb = tvb,
-      version = record.version,
-      start = start,
-      captured = min(tvb:len() - start, record.length),
-      length = record.length,
-      signal_length = record.signal_length,
-      bulk_length = record.length - record.signal_length,
-    }
-    line, name = dissect_signal(payload, pinfo, tree, detailed)
-    if payload.captured < record.length then
+    line, name = dissect_signal(record, pinfo, tree, detailed)
+    if record.captured < record.length then
       tree:add_proto_expert_info(expert_fields.truncated)
     end
   else
@@ -997,8 +1002,10 @@ function udi.dissector(tvb, pinfo, root)
     if record.type == LOAD and not pinfo.visited then waiting = {} end
   end
   finish(pinfo, tree, detailed, line, name)
-  tree:append_text(name and ", " .. name or "")
-  add_end_of_log(tree, record.end_reason, record.end_value)
+  if record.end_reason ~= LOG_GOES_ON then
+    add_end_of_log(tree, record.end_reason, record.end_value)
+  end
+  record.tvb = nil
   return tvb:len()
 end
 
@@ -1018,7 +1025,6 @@ function udi_capture.dissector(tvb, pinfo, root)
     bulk_length = 0,
   }, pinfo, tree, detailed)
   finish(pinfo, tree, detailed, line, name)
-  tree:append_text(name and ", " .. name or "")
   return tvb:len()
 end
 
