@@ -1,7 +1,8 @@
 // Makes the Wireshark plugin: writes the vocabulary as a Lua table and the plugin's
-// logic after it. The table has the versions, the layouts, the label tables, and
-// the layout of each id in each version, so a new row, label or version needs no
-// change in the logic.
+// logic after it. The table has the versions, the layouts, the labels and the
+// signals of each version, so a new row, label or version needs no change in the
+// logic. Layouts and labels are texts, which the logic reads where it needs them: a
+// table for each field would be ten times as much for Lua to load and to keep.
 //
 // usage: generate_vocabulary LOGIC PLUGIN
 
@@ -9,14 +10,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "fapi/enum_table.h"
+#include "fapi/compiled_signal.h"
 #include "fapi/hip_version_tags.h"
-#include "fapi/signal_layout.h"
 #include "fapi/vocabulary.h"
 #include "hip/hip_versions.h"
 
@@ -55,101 +55,93 @@ const char* FormName(FieldRenderer renderer) {
   return "";
 }
 
-// The name in a field's or dump's head, as "vif" in " vif:".
-std::string NameIn(LayoutText head) {
-  std::string_view text = TextOf(head).text();
+// The name in a field's or dump's prefix, as "vif" in " vif:".
+std::string NameIn(TextRange prefix) {
+  std::string_view text = GetText(prefix).text();
   if (text.front() == ' ') text.remove_prefix(1);
   return std::string(text.substr(0, text.find(':')));
 }
 
-// The tables that the layouts use, numbered from 1 in order of first use.
-std::size_t NumberOf(const EnumTable* table, std::vector<const EnumTable*>& tables) {
-  for (std::size_t i = 0; i < tables.size(); ++i) {
-    if (tables[i] == table) return i + 1;
-  }
-  tables.push_back(table);
-  return tables.size();
-}
-
 void WriteVersions(std::FILE* output) {
   std::fprintf(output, "  versions = {\n");
-  for (const HipVersionEntry& entry : KnownHipVersions()) {
+  for (const HipVersionEntry& entry : HipVersionTable) {
     std::fprintf(output, "    {name = \"%s\", packed = 0x%08X},\n", entry.name,
                  static_cast<unsigned>(entry.version));
   }
   std::fprintf(output, "  },\n");
 }
 
-// A layout as {name, min, dumps, fields}; a field as {name, form, offset}, with
-// the number of words or of the label table where its form has one.
-void WriteLayout(std::FILE* output, const SignalLayout& layout,
-                 std::vector<const EnumTable*>& tables) {
-  std::fprintf(output, "    {\"%s\", %d, {", std::string(TextOf(layout.name).text()).c_str(),
-               layout.min);
-  for (std::size_t dump = 0; dump < layout.dump_count; ++dump) {
-    std::fprintf(output, "\"%s\", ", NameIn(layout.dumps[dump]).c_str());
-  }
-  std::fprintf(output, "}, {");
-  for (const FieldLayout& field : FieldsOf(layout)) {
-    std::fprintf(output, "{\"%s\", \"%s\", %d", NameIn(field.head).c_str(),
-                 FormName(field.renderer), field.offset);
-    if (field.renderer == FieldRenderer::kWords) std::fprintf(output, ", %d", field.words);
-    if (field.renderer == FieldRenderer::kEnum16) {
-      std::fprintf(output, ", %zu", NumberOf(field.labels, tables));
-    }
-    std::fprintf(output, "}, ");
-  }
-  std::fprintf(output, "}},\n");
+// The argument of a field's form: how many words, or which enumeration.
+int FormArgument(const CompiledField& field) {
+  if (field.renderer == FieldRenderer::kWords) return field.words;
+  return field.renderer == FieldRenderer::kEnum16 ? field.enum_index : 0;
 }
 
-void WriteLayouts(std::FILE* output, std::vector<const EnumTable*>& tables) {
+// A layout as "NAME MIN|NAME FORM OFFSET ARGUMENT|...". The dumps come first, as
+// they are printed.
+void WriteLayouts(std::FILE* output) {
   std::fprintf(output, "  layouts = {\n");
-  for (const SignalLayout& layout : AllSignalLayouts()) WriteLayout(output, layout, tables);
-  std::fprintf(output, "  },\n");
-}
-
-// A label as {value, text, versions}, the versions by their letters.
-void WriteLabelTables(std::FILE* output, const std::vector<const EnumTable*>& tables) {
-  std::fprintf(output, "  label_tables = {\n");
-  for (const EnumTable* table : tables) {
-    std::fprintf(output, "    {\n");
-    for (std::size_t row = 0; row < table->size(); ++row) {
-      std::string versions;
-      for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-        if (table->versions(row).Contains(version)) versions += TagLetter(version);
-      }
-      std::fprintf(output, "      {0x%04X, [[%s]], \"%s\"},\n", table->value(row),
-                   std::string(table->text(row).text()).c_str(), versions.c_str());
+  for (const CompiledSignal& signal : ListSignals()) {
+    std::fprintf(output, "    \"%s %d", std::string(GetText(signal.name).text()).c_str(),
+                 signal.min);
+    for (std::size_t dump = 0; dump < signal.dump_count; ++dump) {
+      std::fprintf(output, "|%s dump 0 0", NameIn(signal.dump_prefixes[dump]).c_str());
     }
-    std::fprintf(output, "    },\n");
+    for (const CompiledField& field : GetFields(signal)) {
+      std::fprintf(output, "|%s %s %d %d", NameIn(field.prefix).c_str(), FormName(field.renderer),
+                   field.offset, FormArgument(field));
+    }
+    std::fprintf(output, "\",\n");
   }
   std::fprintf(output, "  },\n");
 }
 
-// For each version, the number of the layout (from 1) of each id.
+// The enumerations that fields use, by index. A label is a line "VALUE VERSIONS
+// TEXT", with the versions by their letters.
+void WriteEnumerations(std::FILE* output) {
+  std::set<std::uint8_t> indices;
+  for (const CompiledSignal& signal : ListSignals()) {
+    for (const CompiledField& field : GetFields(signal)) {
+      if (field.renderer == FieldRenderer::kEnum16) indices.insert(field.enum_index);
+    }
+  }
+  std::fprintf(output, "  enumerations = {\n");
+  for (const std::uint8_t index : indices) {
+    std::fprintf(output, "    [%d] = [[\n", index);
+    for (const CompiledLabel& label : ListLabels(index)) {
+      std::fprintf(output, "%04X ", label.value);
+      for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+        if (label.versions.Contains(version)) std::fputc(GetTagLetter(version), output);
+      }
+      std::fprintf(output, " %s\n", std::string(GetText(label.text).text()).c_str());
+    }
+    std::fprintf(output, "]],\n");
+  }
+  std::fprintf(output, "  },\n");
+}
+
+// The signals of each version, as "ID:LAYOUT" with the layout's number, from 1.
 void WriteSignals(std::FILE* output) {
   std::fprintf(output, "  signals = {\n");
   for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-    std::fprintf(output, "    {");
+    std::fprintf(output, "    \"");
     for (unsigned id = 0; id <= 0xFFFF; ++id) {
-      const SignalLayout* const layout =
+      const CompiledSignal* const signal =
           FindSignal(static_cast<HipVersionTag>(version), static_cast<std::uint16_t>(id));
-      if (layout == nullptr) continue;
-      std::fprintf(output, "[0x%04X] = %d, ", id,
-                   static_cast<int>(layout - AllSignalLayouts().data()) + 1);
+      if (signal == nullptr) continue;
+      std::fprintf(output, "%04X:%d ", id, static_cast<int>(signal - ListSignals().data()) + 1);
     }
-    std::fprintf(output, "},\n");
+    std::fprintf(output, "\",\n");
   }
   std::fprintf(output, "  },\n");
 }
 
 void WriteVocabulary(std::FILE* output) {
-  std::vector<const EnumTable*> tables;
   std::fprintf(output, "-- Generated from the tool's vocabulary. The plugin's logic follows it.\n");
   std::fprintf(output, "local vocabulary = {\n");
   WriteVersions(output);
-  WriteLayouts(output, tables);
-  WriteLabelTables(output, tables);
+  WriteLayouts(output);
+  WriteEnumerations(output);
   WriteSignals(output);
   std::fprintf(output, "}\n\n");
 }

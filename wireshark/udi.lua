@@ -73,8 +73,7 @@ local version_of_packed = {}
 for index, version in ipairs(versions) do
   version.index = index
   version.letter = char(byte("A") + index - 1)
-  -- In versions 13.x a field with an unlabelled value has no blank before it.
-  version.gap = version.packed < 0x0E000000 and "" or " "
+  version.is_old = version.packed < 0x0E000000
   version_of_packed[version.packed] = version
 end
 
@@ -320,7 +319,7 @@ local function span_at(spans, offset)
 end
 
 local log_reader = FileHandler.new("WLAN driver UDI log", "udi",
-  "The log of the signals between a WLAN driver and its firmware", "rs")
+  "The log of the signals between a WLAN driver and its firmware", "rm")
 log_reader.extensions = "udi"
 
 function log_reader.read_open(file, capture)
@@ -365,12 +364,10 @@ function log_reader.read_close(_, capture) capture.private_table = nil end
 function log_reader.seq_read_close() end
 
 -- ---------------------------------------------------------------------------
--- The filter fields.
---
--- In Wireshark a name has one type. Where the forms of a name differ between
--- signals, the field has the widest of them. A form without a common number (an
--- address and a count, for example) makes all of them bytes.
+-- The vocabulary. Layouts and labels are texts, read here when they are needed.
 
+-- The forms of fields, with what a filter field needs to know of them. `words` is
+-- the form of each word.
 local FORMS = {
   u8 = {size = 1},
   u16 = {size = 2},
@@ -383,66 +380,86 @@ local FORMS = {
   enum16 = {size = 2},
   words = {size = 2, hex = true},
   hex8 = {size = 8, hex = true},
-  mac = {size = 6, is = "ether"},
-  dump = {size = 0, is = "bytes"},
+  mac = {size = 6, kind = "address"},
+  dump = {size = 0, kind = "bytes"},
 }
 
-local usage = {}  -- by name: what the forms of all signals need
-
-local function note_usage(name, form_name)
-  local form = FORMS[form_name]
-  local use = usage[name]
-  if not use then
-    use = {size = 1, hex = true}
-    usage[name] = use
+-- Calls `add(name, form, offset, argument)` for each dump and field of a layout,
+-- in print order. The three spares at the end of most signals are one entry.
+local function for_each_field(layout, add)
+  for name, form, offset, argument in layout:gmatch("|(%S+) (%S+) (%d+) (%d+)") do
+    if form == "spares" then
+      for i = 1, 3 do add("spare_" .. i, "u32", tonumber(offset) + 4 * (i - 1), 0) end
+    else
+      add(name, form, tonumber(offset), tonumber(argument))
+    end
   end
-  use.is = (use.is == nil or use.is == (form.is or "number")) and (form.is or "number") or "bytes"
-  use.signed = use.signed or form.signed
-  use.unsigned_size = max(use.unsigned_size or 0, form.signed and 0 or form.size)
+end
+
+-- The labels of an enumeration in one version, by value.
+local function labels_of(enumeration, version)
+  local labels = {}
+  local lines = vocabulary.enumerations[enumeration]
+  for value, letters, label in lines:gmatch("(%x+) (%u+) ([^\n]*)\n") do
+    if letters:find(version.letter, 1, true) then labels[tonumber(value, 16)] = label end
+  end
+  return labels
+end
+
+-- ---------------------------------------------------------------------------
+-- The filter fields.
+--
+-- In Wireshark a name has one type. Where the forms of a name differ between
+-- signals, the field has the widest of them. A number that also occurs as an
+-- address or as a dump makes all of them bytes.
+
+local uses = {}  -- by name: what all forms of the name need together
+
+local function note_use(name, form_name)
+  local form = FORMS[form_name]
+  local kind = form.kind or "number"
+  local use = uses[name]
+  if not use then
+    use = {kind = kind, size = 1, unsigned_size = 0, hex = true}
+    uses[name] = use
+  end
+  if use.kind ~= kind then use.kind = "bytes" end
   use.size = max(use.size, form.size)
+  if form.signed then
+    use.signed = true
+  else
+    use.unsigned_size = max(use.unsigned_size, form.size)
+  end
   use.hex = use.hex and form.hex
   use.has_labels = use.has_labels or form_name == "enum16"
 end
 
--- A layout's last field may stand for the three spares at the end of a signal.
-for _, layout in ipairs(vocabulary.layouts) do
-  local fields = {}
-  for _, field in ipairs(layout[4]) do
-    if field[2] == "spares" then
-      for i = 1, 3 do
-        fields[#fields + 1] = {"spare_" .. i, "u32", field[3] + 4 * (i - 1)}
-      end
-    else
-      fields[#fields + 1] = field
-    end
-  end
-  layout[4] = fields
-  for _, dump in ipairs(layout[3]) do note_usage(dump, "dump") end
-  for _, field in ipairs(fields) do note_usage(field[1], field[2]) end
-end
+for _, layout in ipairs(vocabulary.layouts) do for_each_field(layout, note_use) end
 
--- The type of a name, and what makes its value of a number that was read.
-local function make_field(name, use)
-  local abbreviation = "udi." .. name
-  local base_of = use.hex and base.HEX or base.DEC
-  if use.is == "bytes" then return ProtoField.bytes(abbreviation, name) end
-  if use.is == "ether" then return ProtoField.ether(abbreviation, name), Address.ether end
+-- Returns the field of a name, and a function that makes its value of a number
+-- where Wireshark needs more than a number.
+local function make_item(name, use)
+  local filter = "udi." .. name
+  local display = use.hex and base.HEX or base.DEC
+  if use.kind == "bytes" then return ProtoField.bytes(filter, name) end
+  if use.kind == "address" then return ProtoField.ether(filter, name), Address.ether end
   if use.signed then
-    -- A signed type needs one more bit for the values of an unsigned form.
+    -- A signed type needs another bit for the values of an unsigned form.
     if max(use.size, 2 * use.unsigned_size) <= 4 then
-      return ProtoField.int32(abbreviation, name, base.DEC)
+      return ProtoField.int32(filter, name, base.DEC)
     end
-    return ProtoField.int64(abbreviation, name, base.DEC), Int64.new
+    return ProtoField.int64(filter, name, base.DEC), Int64.new
   end
-  if use.size == 1 then return ProtoField.uint8(abbreviation, name, base_of) end
-  if use.size == 2 then return ProtoField.uint16(abbreviation, name, base_of) end
-  if use.size == 4 then return ProtoField.uint32(abbreviation, name, base_of) end
-  return ProtoField.uint64(abbreviation, name, base_of), UInt64.new
+  if use.size == 1 then return ProtoField.uint8(filter, name, display) end
+  if use.size == 2 then return ProtoField.uint16(filter, name, display) end
+  if use.size == 4 then return ProtoField.uint32(filter, name, display) end
+  return ProtoField.uint64(filter, name, display), UInt64.new
 end
 
 local udi = Proto("udi", "WLAN driver UDI log")
-local udi_capture = Proto("udi_capture", "WLAN driver UDI signals in a capture file")
+local udi_capture = Proto("udi_capture", "WLAN driver signals in a capture file")
 
+-- Names of fields have no dot, so names with one never meet them.
 local own = {
   line = ProtoField.string("udi.line", "Line"),
   signal = ProtoField.string("udi.signal", "Signal"),
@@ -460,47 +477,42 @@ local own = {
   signal_length = ProtoField.uint32("udi.record.signal_length", "Signal length", base.DEC),
 }
 
-local fields, labels, value_of, is_bytes = {}, {}, {}, {}
+local items, label_items, value_makers = {}, {}, {}
 do
   local all = {}
-  for _, field in pairs(own) do all[#all + 1] = field end
-  for name, use in pairs(usage) do
-    fields[name], value_of[name] = make_field(name, use)
-    is_bytes[name] = use.is == "bytes"
-    all[#all + 1] = fields[name]
+  for _, item in pairs(own) do all[#all + 1] = item end
+  for name, use in pairs(uses) do
+    items[name], value_makers[name] = make_item(name, use)
+    all[#all + 1] = items[name]
     if use.has_labels then
-      labels[name] = ProtoField.string("udi." .. name .. ".label", "Label")
-      all[#all + 1] = labels[name]
+      label_items[name] = ProtoField.string("udi." .. name .. ".label", "Label")
+      all[#all + 1] = label_items[name]
     end
   end
   udi.fields = all
 end
 
-local function expert_field(name, text, group, severity)
-  return ProtoExpert.new("udi.expert." .. name, text, group, severity)
-end
-
-local expert_fields = {
-  result = expert_field("result", "The result is not success",
+local experts = {
+  result = ProtoExpert.new("udi.expert.result", "The result is not success",
     expert.group.RESPONSE_CODE, expert.severity.WARN),
-  transmission = expert_field("transmission", "The transmission was not successful",
+  transmission = ProtoExpert.new("udi.expert.transmission", "The transmission failed",
     expert.group.RESPONSE_CODE, expert.severity.WARN),
-  too_short = expert_field("too_short", "The signal is too short",
+  too_short = ProtoExpert.new("udi.expert.too_short", "The signal is too short",
     expert.group.MALFORMED, expert.severity.NOTE),
-  unknown_id = expert_field("unknown_id", "The id is unknown",
+  unknown_id = ProtoExpert.new("udi.expert.unknown_id", "The id is unknown",
     expert.group.UNDECODED, expert.severity.NOTE),
-  damaged = expert_field("damaged", "The log is damaged",
-    expert.group.MALFORMED, expert.severity.ERROR),
-  bad_length = expert_field("bad_length", "The signal is longer than its record",
-    expert.group.MALFORMED, expert.severity.ERROR),
-  cut = expert_field("cut", "The log is cut",
+  truncated = ProtoExpert.new("udi.expert.truncated", "The record is not shown whole",
+    expert.group.UNDECODED, expert.severity.NOTE),
+  cut = ProtoExpert.new("udi.expert.cut", "The log is cut",
     expert.group.MALFORMED, expert.severity.NOTE),
-  truncated = expert_field("truncated", "The record is longer than Wireshark accepts",
-    expert.group.UNDECODED, expert.severity.NOTE),
+  damaged = ProtoExpert.new("udi.expert.damaged", "The log is damaged",
+    expert.group.MALFORMED, expert.severity.ERROR),
+  bad_length = ProtoExpert.new("udi.expert.bad_length", "The signal is longer than its record",
+    expert.group.MALFORMED, expert.severity.ERROR),
 }
 do
   local all = {}
-  for _, field in pairs(expert_fields) do all[#all + 1] = field end
+  for _, item in pairs(experts) do all[#all + 1] = item end
   udi.experts = all
 end
 
@@ -508,252 +520,298 @@ do
   local choices = {}
   for index, version in ipairs(versions) do choices[index] = {index, version.name, index} end
   udi.prefs.hip_version = Pref.enum("HIP version of capture files", #versions,
-    "The capture file (link type USER0) does not name its HIP version", choices)
+    "A capture file (link type USER0) does not name its HIP version", choices)
 end
 
 -- ---------------------------------------------------------------------------
--- Plans: a layout made ready for one version. A field of a plan has a function
--- that reads it from a signal's bytes and returns its number, its text as printed
--- and its label.
+-- Plans: the layout of a signal in one version, made ready.
+--
+-- A reader takes a signal's bytes and returns a field's value for Wireshark, what
+-- the line shows for it (a text or a number), and true if that is a label.
 
 local make_reader = {}
 
-function make_reader.u8(prefix, offset)
+function make_reader.u8(offset)
   return function(bytes)
     local value = byte(bytes, offset + 1)
-    return value, prefix .. value
+    return value, value
   end
 end
 
-function make_reader.u16(prefix, offset)
+function make_reader.u16(offset)
   return function(bytes)
     local low, high = byte(bytes, offset + 1, offset + 2)
     local value = low + high * 256
-    return value, prefix .. value
+    return value, value
   end
 end
 
-function make_reader.u32(prefix, offset)
+function make_reader.u32(offset)
   return function(bytes)
     local value = u32_at(bytes, offset)
-    return value, prefix .. value
+    return value, value
   end
 end
 
-function make_reader.i16(prefix, offset)
+function make_reader.i16(offset)
   return function(bytes)
     local value = to_signed(u16_at(bytes, offset), 16)
-    return value, prefix .. value
+    return value, value
   end
 end
 
-function make_reader.i32(prefix, offset)
+function make_reader.i32(offset)
   return function(bytes)
     local value = to_signed(u32_at(bytes, offset), 32)
-    return value, prefix .. value
+    return value, value
   end
 end
 
-function make_reader.x16(prefix, offset)
-  local printed = prefix .. "0x%04x"
+function make_reader.x16(offset)
   return function(bytes)
     local value = u16_at(bytes, offset)
-    return value, format(printed, value)
+    return value, format("0x%04x", value)
   end
 end
 make_reader.x16_no_space = make_reader.x16
 
-function make_reader.x32(prefix, offset)
-  local printed = prefix .. "0x%08x"
+function make_reader.x32(offset)
   return function(bytes)
     local value = u32_at(bytes, offset)
-    return value, format(printed, value)
+    return value, format("0x%08x", value)
   end
 end
 
-function make_reader.mac(prefix, offset)
+function make_reader.mac(offset)
   return function(bytes)
     local address = format("%02x:%02x:%02x:%02x:%02x:%02x", byte(bytes, offset + 1, offset + 6))
-    return address, prefix .. address
+    return address, address
   end
 end
 
--- The bytes are printed in stored order, and the filter's number is the printed
--- one.
-function make_reader.hex8(prefix, offset)
+-- The bytes are shown in stored order, and the value is the number that is shown.
+function make_reader.hex8(offset)
   return function(bytes)
     local digits = format("%02x%02x%02x%02x%02x%02x%02x%02x", byte(bytes, offset + 1, offset + 8))
-    return UInt64.fromhex(digits), prefix .. "0x" .. digits
+    return UInt64.fromhex(digits), "0x" .. digits
   end
 end
 
--- The number is that of the first word. The tree shows the others below it.
-function make_reader.words(prefix, offset, count)
-  local printed = prefix .. "[" .. ("0x%04x "):rep(count) .. "]"
+-- The value is that of the first word. The tree has the others below it.
+function make_reader.words(offset, count)
+  local shown = "[" .. ("0x%04x "):rep(count) .. "]"
   return function(bytes)
     local words = {}
     for i = 1, count do words[i] = u16_at(bytes, offset + 2 * (i - 1)) end
-    return words[1], format(printed, (table.unpack or unpack)(words))
+    return words[1], format(shown, table.unpack(words))
   end
 end
 
--- The labels of a table in one version: by value, the text as printed and the
--- label itself.
-local function labels_of(number, prefix, version)
-  local printed, label_of = {}, {}
-  for _, label in ipairs(vocabulary.label_tables[number]) do
-    if label[3]:find(version.letter, 1, true) then
-      printed[label[1]] = prefix .. label[2]
-      label_of[label[1]] = label[2]
-    end
-  end
-  return printed, label_of
-end
-
-function make_reader.enum16(prefix, offset, table_number, version)
-  local printed, label_of = labels_of(table_number, prefix, version)
+function make_reader.enum16(offset, enumeration, version)
+  local labels = labels_of(enumeration, version)
   return function(bytes)
-    local value = u16_at(bytes, offset)
-    local text = printed[value]
-    if text then return value, text, label_of[value] end
-    return value, prefix .. value
+    local low, high = byte(bytes, offset + 1, offset + 2)
+    local value = low + high * 256
+    local label = labels[value]
+    if label then return value, label, true end
+    return value, value
   end
 end
 
-local function make_plan_field(layout_field, version)
-  local name, form, offset, extra = layout_field[1], layout_field[2], layout_field[3],
-    layout_field[4]
-  local size = FORMS[form].size
-  if form == "words" then size = size * extra end
-  return {
-    name = name,
-    offset = offset,
-    size = size,
-    words = form == "words" and extra or nil,
-    read = make_reader[form](name .. ":", offset, extra, version),
-    gap = form == "x16_no_space" and "" or " ",
-    unlabelled_gap = form == "enum16" and version.gap or nil,
-    item = fields[name],
-    is_bytes = is_bytes[name],
-    label_item = labels[name],
-    make_value = form ~= "hex8" and value_of[name] or nil,
-  }
-end
-
--- What a field says about success, by its name.
+-- What each field with an outcome shows on success.
 local SUCCESS = {
-  result_code = {label = "success", expert = expert_fields.result},
-  transmission_status = {label = "successful", expert = expert_fields.transmission},
+  result_code = {label = "success", expert = experts.result},
+  transmission_status = {label = "successful", expert = experts.transmission},
 }
 
-local function make_plan(layout, version)
-  local plan = {name = layout[1], min = layout[2], finish = 0, dumps = {}, fields = {}, place = {}}
-  for i, name in ipairs(layout[3]) do
-    plan.dumps[i] = {name = name, head = " " .. name .. ":{", item = fields[name]}
+local function make_field(name, form, offset, argument, version)
+  local field = {
+    name = name,
+    offset = offset,
+    size = form == "words" and 2 * argument or FORMS[form].size,
+    prefix = name .. ":",
+    line_prefix = (form == "x16_no_space" and "" or " ") .. name .. ":",
+    read = make_reader[form](offset, argument, version),
+    item = items[name],
+  }
+  field.word_count = form == "words" and argument or nil
+  field.is_bytes = uses[name].kind == "bytes" or nil
+  field.label_item = form == "enum16" and label_items[name] or nil
+  field.success = SUCCESS[name]
+  -- This form has a value of Wireshark's own already.
+  field.make_value = form ~= "hex8" and value_makers[name] or nil
+  return field
+end
+
+-- Most fields occur in many layouts, and their objects are shared.
+local fields_of_version = {}
+
+local function field_for(name, form, offset, argument, version)
+  local shared = fields_of_version[version.index]
+  if not shared then
+    shared = {}
+    fields_of_version[version.index] = shared
   end
-  for i, layout_field in ipairs(layout[4]) do
-    local field = make_plan_field(layout_field, version)
-    plan.fields[i] = field
-    plan.place[field.name] = plan.place[field.name] or i
-    plan.finish = max(plan.finish, field.offset + field.size)
-    field.success = SUCCESS[field.name]
+  local key = concat({name, form, offset, argument}, " ")
+  local field = shared[key]
+  if not field then
+    field = make_field(name, form, offset, argument, version)
+    shared[key] = field
+  end
+  return field
+end
+
+-- The numbers of the layouts of a version, by id, and the ids by signal name.
+local signals_of_version = {}
+
+local function signals_for(version)
+  local signals = signals_of_version[version.index]
+  if signals then return signals end
+  signals = {layouts = {}, ids = {}, plans = {}}
+  for id, layout in vocabulary.signals[version.index]:gmatch("(%x+):(%d+)") do
+    id, layout = tonumber(id, 16), vocabulary.layouts[tonumber(layout)]
+    signals.layouts[id] = layout
+    signals.ids[layout:match("^%S+")] = id
+  end
+  signals_of_version[version.index] = signals
+  return signals
+end
+
+-- A confirm answers the request of the same name. (Their ids differ by 0x0100 in
+-- most families, but not in all.) Returns the fields that tell requests apart: those
+-- of the plan that the other signal has too.
+local function find_exchange(plan, stem, other, signals)
+  local id = signals.ids[stem .. other]
+  if not id then return nil end
+  local keys = {}
+  for _, key in ipairs({"vif", "host_tag"}) do
+    if plan.place[key] and signals.layouts[id]:find("|" .. key .. " ", 1, true) then
+      keys[#keys + 1] = plan.place[key]
+    end
+  end
+  return keys
+end
+
+local function make_plan(signals, id, layout, version)
+  local name, least = layout:match("^(%S+) (%d+)")
+  local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {}}
+  for_each_field(layout, function(field_name, form, offset, argument)
+    if form == "dump" then
+      plan.dumps[#plan.dumps + 1] = {
+        prefix = field_name .. ":{", line_prefix = " " .. field_name .. ":{", item = items[field_name],
+      }
+      return
+    end
+    local field = field_for(field_name, form, offset, argument, version)
+    plan.fields[#plan.fields + 1] = field
+    plan.place[field_name] = plan.place[field_name] or #plan.fields
+    plan.finish = max(plan.finish, offset + field.size)
+  end)
+  local stem, role = name:match("^(.*)(_%a+)$")
+  if role == "_req" then
+    plan.request_keys = find_exchange(plan, stem, "_cfm", signals)
+    plan.exchange = id
+  elseif role == "_cfm" then
+    plan.confirm_keys = find_exchange(plan, stem, "_req", signals)
+    plan.exchange = signals.ids[stem .. "_req"]
   end
   return plan
 end
 
--- A confirm answers the request of the same name. (Their ids differ by 0x0100 in
--- most families, but not in all.) Requests are told apart by the fields that both
--- signals have.
-local function link_plans(plans)
-  local by_name = {}
-  for _, plan in pairs(plans) do by_name[plan.name] = plan end
-  for name, request in pairs(by_name) do
-    local stem = name:match("^(.*)_req$")
-    local confirm = stem and by_name[stem .. "_cfm"]
-    if confirm then
-      request.exchange, confirm.exchange = stem, stem
-      request.is_request = true
-      request.keys, confirm.keys = {}, {}
-      for _, key in ipairs({"vif", "host_tag"}) do
-        if request.place[key] and confirm.place[key] then
-          table.insert(request.keys, request.place[key])
-          table.insert(confirm.keys, confirm.place[key])
-        end
-      end
-    end
-  end
-end
-
-local plans_of_version = {}
-
-local function plans_for(version)
-  local plans = plans_of_version[version.index]
-  if plans then return plans end
-  plans = {}
-  for id, number in pairs(vocabulary.signals[version.index]) do
-    plans[id] = make_plan(vocabulary.layouts[number], version)
-  end
-  link_plans(plans)
-  plans_of_version[version.index] = plans
-  return plans
+-- Returns nil for an id that the version does not know.
+local function plan_for(version, id)
+  local signals = signals_for(version)
+  local plan = signals.plans[id]
+  if plan then return plan end
+  local layout = signals.layouts[id]
+  if not layout then return nil end
+  plan = make_plan(signals, id, layout, version)
+  signals.plans[id] = plan
+  return plan
 end
 
 -- ---------------------------------------------------------------------------
--- Requests and confirms. Wireshark shows frames in order once and then in any
+-- Requests and confirms. Wireshark shows all frames once in order and then in any
 -- order, so the links are made on the first visit and kept by frame number.
 
-local waiting, response_in, response_to
+local waiting        -- by exchange and keys: a frame number, or a queue of them
+local sent           -- by frame number: when a waiting request was sent
+local response_in    -- by frame number of the request
+local response_to    -- by frame number of the confirm
+local response_time  -- by frame number of the confirm, in microseconds
+
+local function forget_waiting() waiting, sent = {}, {} end
 
 local function forget_links()
-  waiting, response_in, response_to = {}, {}, {}
+  forget_waiting()
+  response_in, response_to, response_time = {}, {}, {}
 end
 forget_links()
 
 function udi.init() forget_links() end
 
-local function link(plan, values, pinfo)
-  local key = plan.exchange
-  for _, place in ipairs(plan.keys) do key = key .. "/" .. values[place] end
-  local queue = waiting[key]
-  if plan.is_request then
-    if not queue then
-      queue = {first = 1, last = 0}
-      waiting[key] = queue
-    end
-    queue.last = queue.last + 1
-    queue[queue.last] = {number = pinfo.number, time = pinfo.abs_ts}
-  elseif queue then
-    local request = queue[queue.first]
-    queue[queue.first] = nil
-    queue.first = queue.first + 1
-    if queue.first > queue.last then waiting[key] = nil end
-    response_in[request.number] = pinfo.number
-    -- The times are fractional numbers, exact to less than a microsecond.
-    local microseconds = floor((pinfo.abs_ts - request.time) * 1000000 + 0.5)
-    response_to[pinfo.number] = {request.number, microseconds}
+local function add_request(key, number, time)
+  local earlier = waiting[key]
+  sent[number] = time
+  if not earlier then
+    waiting[key] = number
+  elseif type(earlier) == "number" then
+    waiting[key] = {first = 1, last = 2, earlier, number}
+  else
+    earlier.last = earlier.last + 1
+    earlier[earlier.last] = number
   end
 end
 
-local function add_links(tree, number)
-  local answer = response_in[number]
-  if answer then tree:add(own.response_in, answer):set_generated() end
-  local question = response_to[number]
-  if question then
-    tree:add(own.response_to, question[1]):set_generated()
-    local seconds = floor(question[2] / 1000000)
-    tree:add(own.response_time, NSTime.new(seconds, (question[2] - seconds * 1000000) * 1000))
-      :set_generated()
+-- Takes the oldest request with this key.
+local function take_request(key)
+  local oldest = waiting[key]
+  if type(oldest) ~= "table" then
+    waiting[key] = nil
+    return oldest
   end
+  local number = oldest[oldest.first]
+  oldest[oldest.first] = nil
+  oldest.first = oldest.first + 1
+  if oldest.first > oldest.last then waiting[key] = nil end
+  return number
+end
+
+local function link(plan, values, pinfo)
+  local keys = plan.request_keys or plan.confirm_keys
+  local key = plan.exchange
+  for i = 1, #keys do key = key * 65536 + values[keys[i]] end
+  local number = pinfo.number
+  if plan.request_keys then
+    add_request(key, number, pinfo.abs_ts)
+    return
+  end
+  local request = take_request(key)
+  if not request then return end
+  response_in[request] = number
+  response_to[number] = request
+  -- These times are fractional numbers, exact to less than a microsecond.
+  response_time[number] = floor((pinfo.abs_ts - sent[request]) * 1000000 + 0.5)
+  sent[request] = nil
 end
 
 -- ---------------------------------------------------------------------------
 -- The dissector.
+--
+-- `payload` describes what it dissects: `version`, `id`, `tvb` and where in it the
+-- payload starts, how many bytes of it were captured, its length, and the lengths
+-- of the signal and of the bulk as the record gives them. It is the same table for
+-- all frames, as are `pieces` and `values`: most of the time goes into objects that
+-- are made and collected.
 
-local udi_handle  -- set once the protocol is registered
+local pieces, values = {}, {}
 
--- `payload` describes what is dissected: the version, where the signal starts in
--- `tvb` and how many of its bytes are there, and the lengths of the whole payload
--- and of the signal as the record gives them.
+-- Whether the tree needs all items, or only those that a filter names.
+local all_wanted = true
+
+local function is_wanted(tree, item)
+  return all_wanted or tree:referenced(item)
+end
 
 local function add_bytes(tree, item, payload, offset, size)
   size = max(0, min(size, payload.captured - offset))
@@ -761,149 +819,116 @@ local function add_bytes(tree, item, payload, offset, size)
   return tree:add(item, payload.tvb(payload.start + offset, size))
 end
 
--- A field that lies beyond the last byte has no bytes to show, only its value.
-local function add_field(tree, payload, field, value, text, label)
-  local present = min(field.size, payload.captured - field.offset)
-  local range = present > 0 and payload.tvb(payload.start + field.offset, present) or nil
+-- Adds an item on the bytes that are there. Beyond the last byte there are none,
+-- only a value.
+local function add_item(tree, item, payload, offset, size, value, text)
+  local present = min(size, payload.captured - offset)
+  if present <= 0 then return tree:add(item, value, text) end
+  return tree:add(item, payload.tvb(payload.start + offset, present), value, text)
+end
+
+local function add_words(tree, payload, field, bytes)
+  local make_value = field.make_value
+  for i = 2, field.word_count do
+    local offset = field.offset + 2 * (i - 1)
+    local value = u16_at(bytes, offset)
+    add_item(tree, field.item, payload, offset, 2, make_value and make_value(value) or value,
+      format("[%d]:0x%04x", i - 1, value))
+  end
+end
+
+-- Returns the item, or the tree if the item is not wanted.
+local function add_field(tree, payload, field, bytes, value, shown, is_label)
+  local label_item = is_label and field.label_item
+  if not is_wanted(tree, field.item) and not (label_item and is_wanted(tree, label_item)) then
+    return tree
+  end
+  local text = field.prefix .. shown
   local item
   if field.is_bytes then
     item = add_bytes(tree, field.item, payload, field.offset, field.size):set_text(text)
   else
-    local typed = field.make_value and field.make_value(value) or value
-    if range then
-      item = tree:add(field.item, range, typed, text)
-    else
-      item = tree:add(field.item, typed, text)
-    end
+    local make_value = field.make_value
+    if make_value then value = make_value(value) end
+    item = add_item(tree, field.item, payload, field.offset, field.size, value, text)
   end
-  if label then
-    if range then
-      item:add(field.label_item, range, label):set_generated()
-    else
-      item:add(field.label_item, label):set_generated()
-    end
-  end
+  if label_item then item:add(label_item, shown):set_generated() end
+  if field.word_count then add_words(item, payload, field, bytes) end
   return item
 end
 
-local function add_words(item, payload, field, bytes)
-  for i = 2, field.words do
-    local offset = field.offset + 2 * (i - 1)
-    local value = u16_at(bytes, offset)
-    local word = {item = field.item, offset = offset, size = 2, make_value = field.make_value}
-    add_field(item, payload, word, value, format("[%d]:0x%04x", i - 1, value))
-  end
-end
-
-local function hex_digits(payload, offset, size)
-  size = min(size, payload.captured - offset)
-  if size <= 0 then return "" end
-  return payload.tvb(payload.start + offset, size):bytes():tohex(true)
-end
-
--- The pieces of a line and the values of its fields, the same tables for all
--- frames.
-local pieces, values = {}, {}
-
--- Adds the dumps to the pieces and returns how many pieces there are. They show
+-- Adds the dumps to the pieces, and returns how many pieces there are. They show
 -- the bulk, or what a signal without bulk has after its least length.
 local function dissect_dumps(plan, payload, tree, detailed)
   local offset = payload.bulk_length == 0 and plan.min or payload.signal_length
   local size = payload.length - offset
-  local digits = hex_digits(payload, offset, size)
+  local present = min(size, payload.captured - offset)
+  local digits = present > 0 and
+    payload.tvb(payload.start + offset, present):bytes():tohex(true) or ""
   local count = 1
   for _, dump in ipairs(plan.dumps) do
-    pieces[count + 1], pieces[count + 2], pieces[count + 3] = dump.head, digits, "}"
+    pieces[count + 1], pieces[count + 2], pieces[count + 3] = dump.line_prefix, digits, "}"
     count = count + 3
-    if detailed then
-      add_bytes(tree, dump.item, payload, offset, size)
-        :set_text(dump.name .. ":{" .. digits .. "}")
+    if detailed and is_wanted(tree, dump.item) then
+      add_bytes(tree, dump.item, payload, offset, size):set_text(dump.prefix .. digits .. "}")
     end
   end
   return count
 end
 
--- Returns the line of a known signal, and adds its fields if `detailed`.
+-- Returns the line of a known signal. Adds its fields if `detailed`.
 local function dissect_fields(plan, payload, pinfo, tree, detailed)
-  local bytes = payload.tvb:raw(payload.start, min(payload.captured, plan.finish))
-  if #bytes < plan.finish then bytes = bytes .. ("\0"):rep(plan.finish - #bytes) end
-
+  local finish = plan.finish
+  local bytes = payload.tvb:raw(payload.start, min(payload.captured, finish))
+  if #bytes < finish then bytes = bytes .. ("\0"):rep(finish - #bytes) end
   pieces[1] = plan.name
   local count = plan.dumps[1] and dissect_dumps(plan, payload, tree, detailed) or 1
-  local plan_fields = plan.fields
-  for i = 1, #plan_fields do
-    local field = plan_fields[i]
-    local value, text, label = field.read(bytes)
+  local fields = plan.fields
+  local is_old = payload.version.is_old
+  for i = 1, #fields do
+    local field = fields[i]
+    local value, shown, is_label = field.read(bytes)
     values[i] = value
-    pieces[count + 1] = not label and field.unlabelled_gap or field.gap
-    pieces[count + 2] = text
+    -- In versions 13.x, an unlabelled value has no blank before its field's name.
+    pieces[count + 1] = is_old and field.label_item and not is_label and field.prefix
+      or field.line_prefix
+    pieces[count + 2] = shown
     count = count + 2
-    local item = tree
-    if detailed then
-      item = add_field(tree, payload, field, value, text, label)
-      if field.words then add_words(item, payload, field, bytes) end
-    end
-    if field.success and label ~= field.success.label then
-      item:add_proto_expert_info(field.success.expert, text)
+    local item = detailed and add_field(tree, payload, field, bytes, value, shown, is_label) or tree
+    if field.success and shown ~= field.success.label then
+      item:add_proto_expert_info(field.success.expert, field.prefix .. shown)
     end
   end
-
-  if plan.exchange and not pinfo.visited then link(plan, values, pinfo) end
+  if plan.request_keys or plan.confirm_keys then
+    if not pinfo.visited then link(plan, values, pinfo) end
+  end
   return concat(pieces, "", 1, count)
 end
 
--- Where a signal comes from and goes to, by the end of its name.
-local DIRECTIONS = {
-  req = {"host", "firmware"},
-  res = {"host", "firmware"},
-  cfm = {"firmware", "host"},
-  ind = {"firmware", "host"},
-}
-
-local function set_columns(pinfo, line, name)
-  local direction = name and DIRECTIONS[name:sub(-3)]
-  local columns = pinfo.cols
-  columns.protocol = "UDI"
-  columns.info = line
-  if direction then
-    columns.src = direction[1]
-    columns.dst = direction[2]
-  end
-end
-
-local function add_line(tree, line)
-  tree:add(own.line, line):set_generated()
-end
-
--- Returns the line of a payload.
+-- Returns the line of a signal, and its name if the version knows it.
 local function dissect_signal(payload, pinfo, tree, detailed)
-  local head = payload.tvb:raw(payload.start, min(2, payload.captured)) .. "\0\0"
-  local id = u16_at(head, 0)
+  local id = payload.id
   local is_hip = id >= FIRST_HIP_ID and id <= LAST_HIP_ID
-  local plan = is_hip and plans_for(payload.version)[id]
+  local plan = is_hip and plan_for(payload.version, id)
   if detailed then
     if plan then tree:add(own.signal, plan.name):set_generated() end
-    if payload.captured >= 2 then
-      tree:add(own.id, payload.tvb(payload.start, 2), id)
-    else
-      tree:add(own.id, id)
-    end
+    add_item(tree, own.id, payload, 0, 2, id, format("Id: 0x%04x", id))
   end
   if not is_hip then
-    tree:add_proto_expert_info(expert_fields.unknown_id)
+    tree:add_proto_expert_info(experts.unknown_id)
     return format("Unknown Driver Signal : 0x%04x", id)
   end
   if payload.bulk_length < 0 then
-    tree:add_proto_expert_info(expert_fields.bad_length)
-    return "vrkt_wlan_udi_log_decode: Invalid length in data reference"
+    tree:add_proto_expert_info(experts.bad_length)
+    return "vrkt_wlan_udi_log_decode: Invalid length in data reference", plan and plan.name
   end
   if not plan then
-    tree:add_proto_expert_info(expert_fields.unknown_id)
+    tree:add_proto_expert_info(experts.unknown_id)
     return format("Unknown Hip Signal : 0x%04x", id)
   end
   if payload.bulk_length == 0 and payload.signal_length < plan.min then
-    tree:add_proto_expert_info(expert_fields.too_short,
-      format("%s of %d bytes is too short, it needs %d", plan.name, payload.signal_length, plan.min))
+    tree:add_proto_expert_info(experts.too_short, format("%s of %d bytes is too short: it has %d",
+      plan.name, payload.signal_length, plan.min))
     return "", plan.name
   end
   return dissect_fields(plan, payload, pinfo, tree, detailed), plan.name
@@ -916,13 +941,14 @@ local function dissect_event(record, tree, detailed)
   elseif record.type == UNLOAD then
     line = "Driver: Unloaded"
   else
-    line = format("Driver: Uptime: %d seconds", to_signed(record.uptime, 32))
+    line = format("Driver: Uptime: %d seconds", record.uptime)
   end
-  if detailed then tree:add(own.event, line) end
+  if detailed then tree:add(own.event, record.tvb(PSEUDO_HEADER_SIZE), line) end
   return line
 end
 
-local function add_record(tree, tvb, record)
+local function add_record(tree, record)
+  local tvb = record.tvb
   local header = tree:add(udi, tvb(0, HEADERS_SIZE), "Record")
   header:add(own.hip_version, tvb(4, 4), record.version.name)
   header:add(own.clock, tvb(8, 4), record.clock)
@@ -935,96 +961,118 @@ end
 
 local function add_end_of_log(tree, reason, value)
   if reason == CUT then
-    tree:add_proto_expert_info(expert_fields.cut, "After this record the log is cut")
+    tree:add_proto_expert_info(experts.cut, "After this record the log is cut")
   elseif LOG_ENDS[reason] then
-    tree:add_proto_expert_info(expert_fields.damaged,
+    tree:add_proto_expert_info(experts.damaged,
       "After this record the log is damaged: " .. format(LOG_ENDS[reason], value))
   end
 end
 
--- Reads the pseudo-header and the record's header into `record`. Returns nil if
+local function add_links(tree, number)
+  local response, request = response_in[number], response_to[number]
+  if response then tree:add(own.response_in, response):set_generated() end
+  if request then
+    local microseconds = response_time[number]
+    local seconds = floor(microseconds / 1000000)
+    tree:add(own.response_to, request):set_generated()
+    tree:add(own.response_time, NSTime.new(seconds, (microseconds - seconds * 1000000) * 1000))
+      :set_generated()
+  end
+end
+
+-- Where a signal comes from and goes to, by the end of its name.
+local DIRECTIONS = {
+  req = {"host", "firmware"},
+  res = {"host", "firmware"},
+  cfm = {"firmware", "host"},
+  ind = {"firmware", "host"},
+}
+
+local function show_line(pinfo, tree, detailed, line, name)
+  local columns = pinfo.cols
+  columns.protocol = "UDI"
+  columns.info = line
+  local direction = name and DIRECTIONS[name:sub(-3)]
+  if direction then columns.src, columns.dst = direction[1], direction[2] end
+  if not detailed then return end
+  if name then tree:append_text(", " .. name) end
+  add_links(tree, pinfo.number)
+  tree:add(own.line, line):set_generated()
+end
+
+-- Reads the pseudo-header and the record's header into `record`. Returns false if
 -- they are not ours.
 local function parse_frame(tvb, record)
   local size = tvb:len()
-  if size < HEADERS_SIZE then return nil end
-  local head = tvb:raw(0, HEADERS_SIZE)
+  if size < HEADERS_SIZE then return false end
+  local head = tvb:raw(0, min(size, HEADERS_SIZE + 2))
   local version = version_of_packed[u32_at(head, 4)]
-  if byte(head, 1) ~= PSEUDO_HEADER_FORMAT or not version then return nil end
+  if byte(head, 1) ~= PSEUDO_HEADER_FORMAT or not version then return false end
   local magic = u32_at(head, PSEUDO_HEADER_SIZE)
   local third, fourth = u32_at(head, 24), u32_at(head, 28)
+  record.tvb = tvb
   record.version = version
   record.end_reason = byte(head, 2)
-  record.end_value = u32_at(head, 12)
   record.clock = u32_at(head, 8)
+  record.end_value = u32_at(head, 12)
   record.time = to_signed(u32_at(head, 20), 32)
   record.is_signal = magic == SIGNAL_MAGIC
-  record.tvb = tvb
-  record.start = HEADERS_SIZE
-  record.captured = min(size - HEADERS_SIZE, third)
-  record.length = third
-  record.signal_length = fourth
-  record.bulk_length = third - fourth
-  if record.is_signal then return record end
+  if record.is_signal then
+    record.start = HEADERS_SIZE
+    record.captured = min(size - HEADERS_SIZE, third)
+    record.length = third
+    record.signal_length = fourth
+    record.bulk_length = third - fourth
+    record.id = u16_at(head:sub(HEADERS_SIZE + 1, HEADERS_SIZE + record.captured) .. "\0\0", 0)
+    return true
+  end
+  if magic ~= EVENT_MAGIC or third > UNLOAD then return false end
   record.type = third
-  if magic ~= EVENT_MAGIC or third > UNLOAD then return nil end
   if third == TIME_REF then
-    if size < HEADERS_SIZE + 8 then return nil end
-    record.uptime = u32_at(tvb:raw(HEADERS_SIZE + 4, 4), 0)
+    if size < HEADERS_SIZE + 8 then return false end
+    record.uptime = to_signed(u32_at(tvb:raw(HEADERS_SIZE + 4, 4), 0), 32)
   end
-  return record
+  return true
 end
 
-local function finish(pinfo, tree, detailed, line, name)
-  set_columns(pinfo, line, name)
-  if detailed then
-    if name then tree:append_text(", " .. name) end
-    add_links(tree, pinfo.number)
-    add_line(tree, line)
-  end
-end
-
-local frame_record = {}  -- the same for all frames
+local udi_handle  -- of the dissector, once it is registered
+local record = {}
 
 function udi.dissector(tvb, pinfo, root)
-  local record = parse_frame(tvb, frame_record)
-  if not record then return 0 end
-  local detailed = root:referenced(udi_handle)
+  if not parse_frame(tvb, record) then return 0 end
+  all_wanted = root.visible
+  local detailed = all_wanted or root:referenced(udi_handle)
   local tree = root:add(udi, tvb())
-  if detailed then add_record(tree, tvb, record) end
+  if detailed then add_record(tree, record) end
   local line, name
   if record.is_signal then
     line, name = dissect_signal(record, pinfo, tree, detailed)
-    if record.captured < record.length then
-      tree:add_proto_expert_info(expert_fields.truncated)
-    end
+    if record.captured < record.length then tree:add_proto_expert_info(experts.truncated) end
   else
     line = dissect_event(record, tree, detailed)
-    if record.type == LOAD and not pinfo.visited then waiting = {} end
+    -- A driver that was loaded again knows nothing of earlier requests.
+    if record.type == LOAD and not pinfo.visited then forget_waiting() end
   end
-  finish(pinfo, tree, detailed, line, name)
+  show_line(pinfo, tree, detailed, line, name)
   if record.end_reason ~= LOG_GOES_ON then
     add_end_of_log(tree, record.end_reason, record.end_value)
   end
-  record.tvb = nil
   return tvb:len()
 end
 
 function udi_capture.dissector(tvb, pinfo, root)
-  local version = versions[udi.prefs.hip_version] or versions[#versions]
-  local detailed = root:referenced(udi_handle)
+  all_wanted = root.visible
+  local detailed = all_wanted or root:referenced(udi_handle)
   local tree = root:add(udi, tvb())
-  if detailed then tree:add(own.hip_version, version.name):set_generated() end
-  local length = tvb:reported_len()
-  local line, name = dissect_signal({
-    tvb = tvb,
-    version = version,
-    start = 0,
-    captured = tvb:len(),
-    length = length,
-    signal_length = length,
-    bulk_length = 0,
-  }, pinfo, tree, detailed)
-  finish(pinfo, tree, detailed, line, name)
+  record.tvb, record.start = tvb, 0
+  record.version = versions[udi.prefs.hip_version] or versions[#versions]
+  record.captured = tvb:len()
+  record.length = tvb:reported_len()
+  record.signal_length, record.bulk_length = record.length, 0
+  record.id = u16_at(tvb:raw(0, min(2, tvb:len())) .. "\0\0", 0)
+  if detailed then tree:add(own.hip_version, record.version.name):set_generated() end
+  local line, name = dissect_signal(record, pinfo, tree, detailed)
+  show_line(pinfo, tree, detailed, line, name)
   return tvb:len()
 end
 
