@@ -29,6 +29,12 @@
 -- Wireshark allows each protocol only once.
 if pcall(Dissector.get, "udi") and Dissector.get("udi") then return end
 
+-- Each item of a tree is an object that Lua has to collect. The collector is fastest
+-- while its garbage still fits into the processor's cache, so it starts early and
+-- finishes quickly: this takes half of the time that its defaults take.
+collectgarbage("setpause", 100)
+collectgarbage("setstepmul", 1000)
+
 local byte, char, format = string.byte, string.char, string.format
 local concat = table.concat
 local floor, max, min = math.floor, math.max, math.min
@@ -470,11 +476,7 @@ local own = {
   response_to = ProtoField.framenum("udi.response_to", "Request in", base.NONE,
     frametype.REQUEST),
   response_time = ProtoField.relative_time("udi.response_time", "Time from request"),
-  event = ProtoField.string("udi.record.event", "Driver event"),
-  clock = ProtoField.uint32("udi.record.clock", "Clock reference", base.DEC),
-  time = ProtoField.int32("udi.record.time", "Milliseconds from the clock reference", base.DEC),
-  length = ProtoField.uint32("udi.record.length", "Length", base.DEC),
-  signal_length = ProtoField.uint32("udi.record.signal_length", "Signal length", base.DEC),
+  driver_event = ProtoField.string("udi.driver.event", "Driver event"),
 }
 
 local items, label_items, value_makers = {}, {}, {}
@@ -813,10 +815,10 @@ local function is_wanted(tree, item)
   return all_wanted or tree:referenced(item)
 end
 
-local function add_bytes(tree, item, payload, offset, size)
+-- The bytes of the payload that are there, possibly none.
+local function captured_range(payload, offset, size)
   size = max(0, min(size, payload.captured - offset))
-  offset = min(offset, payload.captured)
-  return tree:add(item, payload.tvb(payload.start + offset, size))
+  return payload.tvb(payload.start + min(offset, payload.captured), size)
 end
 
 -- Adds an item on the bytes that are there. Beyond the last byte there are none,
@@ -846,7 +848,7 @@ local function add_field(tree, payload, field, bytes, value, shown, is_label)
   local text = field.prefix .. shown
   local item
   if field.is_bytes then
-    item = add_bytes(tree, field.item, payload, field.offset, field.size):set_text(text)
+    item = tree:add(field.item, captured_range(payload, field.offset, field.size)):set_text(text)
   else
     local make_value = field.make_value
     if make_value then value = make_value(value) end
@@ -862,15 +864,14 @@ end
 local function dissect_dumps(plan, payload, tree, detailed)
   local offset = payload.bulk_length == 0 and plan.min or payload.signal_length
   local size = payload.length - offset
-  local present = min(size, payload.captured - offset)
-  local digits = present > 0 and
-    payload.tvb(payload.start + offset, present):bytes():tohex(true) or ""
+  local range = captured_range(payload, offset, size)
+  local digits = range:len() > 0 and range:bytes():tohex(true) or ""
   local count = 1
   for _, dump in ipairs(plan.dumps) do
     pieces[count + 1], pieces[count + 2], pieces[count + 3] = dump.line_prefix, digits, "}"
     count = count + 3
     if detailed and is_wanted(tree, dump.item) then
-      add_bytes(tree, dump.item, payload, offset, size):set_text(dump.prefix .. digits .. "}")
+      tree:add(dump.item, range):set_text(dump.prefix .. digits .. "}")
     end
   end
   return count
@@ -943,20 +944,18 @@ local function dissect_event(record, tree, detailed)
   else
     line = format("Driver: Uptime: %d seconds", record.uptime)
   end
-  if detailed then tree:add(own.event, record.tvb(PSEUDO_HEADER_SIZE), line) end
+  if detailed then tree:add(own.driver_event, record.tvb(PSEUDO_HEADER_SIZE), line) end
   return line
 end
 
 local function add_record(tree, record)
   local tvb = record.tvb
-  local header = tree:add(udi, tvb(0, HEADERS_SIZE), "Record")
-  header:add(own.hip_version, tvb(4, 4), record.version.name)
-  header:add(own.clock, tvb(8, 4), record.clock)
-  header:add(own.time, tvb(20, 4), record.time)
+  local text = format("Record of HIP version %s, clock reference %d, time %d ms",
+    record.version.name, record.clock, record.time)
   if record.is_signal then
-    header:add(own.length, tvb(24, 4), record.length)
-    header:add(own.signal_length, tvb(28, 4), record.signal_length)
+    text = text .. format(", length %d, signal length %d", record.length, record.signal_length)
   end
+  tree:add(own.hip_version, tvb(0, HEADERS_SIZE), record.version.name, text)
 end
 
 local function add_end_of_log(tree, reason, value)
