@@ -18,6 +18,7 @@
 
 #include "log_builder.h"
 #include "session_log.h"
+#include "support/decode_in_process.h"
 #include "support/process.h"
 #include "support/reference_log.h"
 
@@ -48,14 +49,8 @@ bool StartsWithStamp(std::string_view text) {
 
 // What the tool prints after each stamp. A signal that is too short prints nothing,
 // so its stamp is followed by the next one.
-Lines ToolLines(const std::string& log, const std::vector<std::string>& options = {},
-                const std::string& directory = "") {
-  std::vector<std::string> arguments = {"stdin"};
-  arguments.insert(arguments.end(), options.begin(), options.end());
-  const ToolResult result = RunTool({.arguments = arguments,
-                                     .input = log,
-                                     .directory = directory,
-                                     .name = "vrkt_wlan_udi_log_decode"});
+Lines ToolLines(const std::string& log) {
+  const ToolResult result = DecodeInProcess(log);
   Lines lines;
   for (std::string_view line : SplitLines(result.out.substr(kBanner.size()))) {
     constexpr std::size_t kStampSize = 24;
