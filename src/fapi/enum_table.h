@@ -12,8 +12,9 @@
 // The tables of labels in enumerations/.
 //
 // One row is one label with the versions that have it. If the label of a value changes
-// between versions, each wording is a row, next to the others. These tables exist
-// only at compile time: vocabulary.cc makes the tables that decoders use from them.
+// between versions, each wording is a row, next to the others.
+//
+// vocabulary.cc makes the tables that decoders use from these, at compile time.
 
 inline constexpr std::size_t kMaxLabelLength = kPaddedTextSize;
 
@@ -60,7 +61,7 @@ namespace enum_table_checks {
 
 template <unsigned kValue, int kLine>
 consteval void LabelIsSortedByValue() {
-  static_assert(kLine == 0, "labels must be sorted by value: see the label on line kLine");
+  static_assert(kLine == 0, "labels are sorted by value: see the label on line kLine");
 }
 
 template <unsigned kValue, int kLine, int kOtherLine>
