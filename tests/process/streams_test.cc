@@ -153,7 +153,7 @@ TEST(Streams, FullDiskIsIgnored) {
   EXPECT_EQ(result.status, 0);
 }
 
-TEST(Streams, ALengthThatLiesCostsNothing) {
+TEST(Streams, OverstatedLength) {
   const std::string cut = Log()
                               .Header("14.5.12")
                               .Load(0ms)
