@@ -107,9 +107,7 @@ class ValueChooser {
 class RecordMaker {
  public:
   explicit RecordMaker(HipVersionTag version)
-      : version_(version),
-        signals_(FindKnownSignals(version)),
-        chooser_(version, FindPrinters(signals_)) {}
+      : signals_(FindKnownSignals(version)), chooser_(version, FindPrinters(signals_)) {}
 
   std::vector<ReferenceRecord> Make() && {
     std::set<Printer> done;
@@ -194,7 +192,6 @@ class RecordMaker {
     }
   }
 
-  HipVersionTag version_;
   std::vector<KnownSignal> signals_;
   ValueChooser chooser_;
   std::vector<ReferenceRecord> records_;
