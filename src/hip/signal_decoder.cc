@@ -56,7 +56,7 @@ void PrintSignal(const CompiledSignal& layout, const std::uint8_t* bytes, Signal
   for (std::size_t i = 0; i < layout.dump_count; ++i) {
     PrintDump(GetText(layout.dump_prefixes[i]), dump_region);
   }
-  for (const CompiledField& field : GetFields(layout)) PrintField(field, bytes, version);
+  PrintFields(GetFields(layout), bytes, version);
   PrintLineEnd();
 }
 
