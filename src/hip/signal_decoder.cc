@@ -17,10 +17,10 @@ namespace {
 // bulk that directly follows, because the fields of a short signal extend into it.
 std::size_t CountReadableBytes(const HipSignal& signal) {
   std::size_t readable = signal.signal.length;
-  for (const SignalSpan& bulk : {signal.bulk1, signal.bulk2}) {
-    if (bulk.length == 0) continue;
-    if (bulk.bytes != signal.signal.bytes + readable) break;
-    readable += bulk.length;
+  for (const SignalSpan* const bulk : {&signal.bulk1, &signal.bulk2}) {
+    if (bulk->length == 0) continue;
+    if (bulk->bytes != signal.signal.bytes + readable) break;
+    readable += bulk->length;
   }
   return readable;
 }
