@@ -1,9 +1,10 @@
 // The least that a decoder's reads and writes cost: reads a log with the tool's
 // calls, word by word and with a heap block per record, and for each record writes
 // pieces of given lengths. It decodes nothing, and all pieces come from one constant
-// buffer, which stays in the cache.
+// buffer, which stays in the cache. With "pieces" it also calls localtime for each
+// new second, as every decoder has to.
 //
-// usage: floor LOG PIECES, where PIECES is a file of record_pieces
+// usage: floor lines|pieces LOG, with the file of record_pieces of that name
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -13,6 +14,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <string_view>
 
 #include "base/little_endian.h"
 #include "base/unlocked_stdio.h"
@@ -48,21 +51,29 @@ char text[kMaxPieceLength];
 
 int main(int argc, char** argv) {
   if (argc != 3) return 1;
-  const PieceLength* piece = MapPieces(argv[2]);
-  std::FILE* const log = std::fopen(argv[1], "r");
+  const bool needs_local_time = std::string_view(argv[1]) == "pieces";
+  const PieceLength* piece = MapPieces(argv[1]);
+  std::FILE* const log = std::fopen(argv[2], "r");
   if (log == nullptr) return 1;
   for (int i = 0; i < 3; ++i) ReadWord(log);
+  std::time_t time_base = 0;
+  std::time_t last_second = -1;
   for (;;) {
     const std::uint32_t magic = ReadWord(log);
-    ReadWord(log);
+    const std::uint32_t time = ReadWord(log);
     const std::uint32_t size = ReadWord(log);
-    const std::uint32_t last = ReadWord(log);
+    ReadWord(log);
     if (magic == 0x13572467) {
-      for (std::uint32_t i = 0; i < last; i += 4) ReadWord(log);
+      time_base = ReadWord(log);
       continue;
     }
     void* const block = std::malloc(size);
     if (ReadBytes(block, size, log) < size) return 1;
+    const std::time_t second = time_base + time / 1000;
+    if (needs_local_time && second != last_second) {
+      std::localtime(&second);
+      last_second = second;
+    }
     while ((*piece & kEndsLine) == 0) WriteBytes(text, *piece++, stdout);
     const std::size_t last_piece = *piece++ & kMaxPieceLength;
     if (last_piece == 1) {

@@ -35,7 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
 
   region.resize(layout.end);
-  const auto print = [&] { PrintField(field, region.data(), version); };
+  const auto print = [&] { PrintFields({&field, 1}, region.data(), version); };
   const std::string text = CaptureStandardOutput(print);
   const std::string head(GetText(field.prefix).text());
   const bool sticks = field.renderer == FieldRenderer::kEnum16 && version < HipVersionTag::D &&

@@ -99,12 +99,15 @@ class TextPiece {
 
   // Four or eight lower-case digits, like printf's %.4x or %.8x.
   void AppendHex(std::uint16_t value) {
-    AppendHex(static_cast<std::uint8_t>(value >> 8U));
-    AppendHex(static_cast<std::uint8_t>(value));
+    const std::uint8_t bytes[] = {static_cast<std::uint8_t>(value >> 8U),
+                                  static_cast<std::uint8_t>(value)};
+    AppendHex(bytes, sizeof bytes);
   }
   void AppendHex(std::uint32_t value) {
-    AppendHex(static_cast<std::uint16_t>(value >> 16U));
-    AppendHex(static_cast<std::uint16_t>(value));
+    const std::uint8_t bytes[] = {
+        static_cast<std::uint8_t>(value >> 24U), static_cast<std::uint8_t>(value >> 16U),
+        static_cast<std::uint8_t>(value >> 8U), static_cast<std::uint8_t>(value)};
+    AppendHex(bytes, sizeof bytes);
   }
   // Two lower-case digits, like printf's %.2x.
   void AppendHex(std::uint8_t value) {
@@ -124,6 +127,15 @@ class TextPiece {
     }
     for (std::size_t i = in_vectors; i < count; ++i) WriteHexPair(bytes[i], digits + 2 * i);
     size_ += 2 * count;
+  }
+  // Six bytes in stored order, with colons between them.
+  void AppendMac(const std::uint8_t* address) {
+    char* const digits = end();
+    for (std::size_t i = 0; i < 6; ++i) {
+      WriteHexPair(address[i], digits + 3 * i);
+      digits[3 * i + 2] = ':';
+    }
+    size_ += 6 * 3 - 1;  // the last colon is not part of it
   }
 
   void Clear() { size_ = 0; }

@@ -34,13 +34,6 @@ void AppendEnumerated(FieldPiece& piece, PaddedText prefix, const CompiledField&
   piece.AppendDecimal(value);
 }
 
-void AppendMac(FieldPiece& piece, const std::uint8_t* address) {
-  for (int i = 0; i < 6; ++i) {
-    if (i > 0) piece.Append(':');
-    piece.AppendHex(address[i]);
-  }
-}
-
 // A blank follows each word, also the last. Intended.
 void AppendWords(FieldPiece& piece, const std::uint8_t* words, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -66,28 +59,10 @@ void AppendSpares(FieldPiece& piece, const std::uint8_t* spares) {
   piece.AppendDecimal(third);
 }
 
-}  // namespace
-
-void PrintDump(PaddedText prefix, SignalSpan region) {
-  constexpr std::size_t kBytesPerPiece = 512;
-  TextPiece<kPaddedTextSize + 2 * kBytesPerPiece + 1> piece;
-  piece.Append(prefix);
-  std::size_t done = 0;
-  while (region.length - done > kBytesPerPiece) {
-    piece.AppendHex(region.bytes + done, kBytesPerPiece);
-    piece.Print();
-    piece.Clear();
-    done += kBytesPerPiece;
-  }
-  piece.AppendHex(region.bytes + done, region.length - done);
-  piece.Append('}');
-  piece.Print();
-}
-
-void PrintField(const CompiledField& field, const std::uint8_t* signal, HipVersionTag version) {
+void AppendField(FieldPiece& piece, const CompiledField& field, const std::uint8_t* signal,
+                 HipVersionTag version) {
   const PaddedText prefix = GetText(field.prefix);
   const std::uint8_t* const bytes = signal + field.offset;
-  FieldPiece piece;
   piece.Append(prefix);
   switch (field.renderer) {
     case FieldRenderer::kU8:
@@ -113,7 +88,7 @@ void PrintField(const CompiledField& field, const std::uint8_t* signal, HipVersi
       piece.AppendHex(LoadU32(bytes));
       break;
     case FieldRenderer::kMac:
-      AppendMac(piece, bytes);
+      piece.AppendMac(bytes);
       break;
     case FieldRenderer::kHex8:
       piece.AppendHex(bytes, 8);
@@ -128,5 +103,31 @@ void PrintField(const CompiledField& field, const std::uint8_t* signal, HipVersi
       AppendEnumerated(piece, prefix, field, LoadU16(bytes), version);
       break;
   }
+}
+
+}  // namespace
+
+void PrintDump(PaddedText prefix, SignalSpan region) {
+  constexpr std::size_t kBytesPerPiece = 512;
+  TextPiece<kPaddedTextSize + 2 * kBytesPerPiece + 1> piece;
+  piece.Append(prefix);
+  std::size_t done = 0;
+  while (region.length - done > kBytesPerPiece) {
+    piece.AppendHex(region.bytes + done, kBytesPerPiece);
+    piece.Print();
+    piece.Clear();
+    done += kBytesPerPiece;
+  }
+  piece.AppendHex(region.bytes + done, region.length - done);
+  piece.Append('}');
   piece.Print();
+}
+
+void PrintFields(std::span<const CompiledField> fields, const std::uint8_t* signal,
+                 HipVersionTag version) {
+  for (const CompiledField& field : fields) {
+    FieldPiece piece;
+    AppendField(piece, field, signal, version);
+    piece.Print();
+  }
 }

@@ -2,6 +2,7 @@
 #define VRKT_HIP_FIELD_RENDERING_H_
 
 #include <cstdint>
+#include <span>
 
 #include "base/padded_text.h"
 #include "fapi/compiled_signal.h"
@@ -14,7 +15,8 @@
 // closing brace. An empty region prints as "{}".
 void PrintDump(PaddedText prefix, SignalSpan region);
 
-// Prints one field. `signal` must be readable up to the field's end.
-void PrintField(const CompiledField& field, const std::uint8_t* signal, HipVersionTag version);
+// Prints fields in order. `signal` must be readable up to the end of each.
+void PrintFields(std::span<const CompiledField> fields, const std::uint8_t* signal,
+                 HipVersionTag version);
 
 #endif  // VRKT_HIP_FIELD_RENDERING_H_

@@ -17,10 +17,10 @@ namespace {
 // bulk that directly follows, because the fields of a short signal extend into it.
 std::size_t CountReadableBytes(const HipSignal& signal) {
   std::size_t readable = signal.signal.length;
-  for (const SignalSpan& bulk : {signal.bulk1, signal.bulk2}) {
-    if (bulk.length == 0) continue;
-    if (bulk.bytes != signal.signal.bytes + readable) break;
-    readable += bulk.length;
+  for (const SignalSpan* const bulk : {&signal.bulk1, &signal.bulk2}) {
+    if (bulk->length == 0) continue;
+    if (bulk->bytes != signal.signal.bytes + readable) break;
+    readable += bulk->length;
   }
   return readable;
 }
@@ -56,7 +56,7 @@ void PrintSignal(const CompiledSignal& layout, const std::uint8_t* bytes, Signal
   for (std::size_t i = 0; i < layout.dump_count; ++i) {
     PrintDump(GetText(layout.dump_prefixes[i]), dump_region);
   }
-  for (const CompiledField& field : GetFields(layout)) PrintField(field, bytes, version);
+  PrintFields(GetFields(layout), bytes, version);
   PrintLineEnd();
 }
 

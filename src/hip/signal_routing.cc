@@ -1,6 +1,5 @@
 #include "hip/signal_routing.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdio>
@@ -27,8 +26,8 @@ constexpr std::uint16_t kLastHipId = 0x9FFF;
 template <std::size_t kWidth>
 std::array<std::uint8_t, kWidth> CopyBytes(SignalSpan payload, std::size_t offset) {
   std::array<std::uint8_t, kWidth> bytes{};
-  if (offset < payload.length) {
-    std::copy_n(payload.bytes + offset, std::min(kWidth, payload.length - offset), bytes.begin());
+  for (std::size_t i = 0; i < kWidth && offset + i < payload.length; ++i) {
+    bytes[i] = payload.bytes[offset + i];
   }
   return bytes;
 }

@@ -12,10 +12,10 @@ namespace {
 // line. Every 32-bit value can occur, so no value can mean "none yet".
 struct StampedSecond {
   std::optional<std::int32_t> second;
-  TextPiece<20> text;
+  TextPiece<24> text;
 };
 
-void FormatSecond(std::int32_t second, TextPiece<20>& text) {
+void FormatSecond(std::int32_t second, TextPiece<24>& text) {
   const std::time_t time = second;
   // localtime, unlike localtime_r, checks the time zone at each call.
   const std::tm local = *std::localtime(&time);
@@ -49,8 +49,7 @@ void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word) {
     FormatSecond(second, last.text);
     last.second = second;
   }
-  TextPiece<24> stamp;
-  stamp.Append(last.text.text());
+  TextPiece<24> stamp = last.text;
   stamp.AppendZeroFilled<3>(milliseconds);
   stamp.Append(' ');
   stamp.Print();

@@ -29,8 +29,9 @@ std::string Render(FieldRenderer renderer, const std::string& value, std::uint8_
   field.offset = 1;
   field.renderer = renderer;
   field.words = words;
-  const std::string text = CaptureStandardOutput(
-      [&] { PrintField(field, reinterpret_cast<const std::uint8_t*>(bytes.data()), version); });
+  const std::string text = CaptureStandardOutput([&] {
+    PrintFields({&field, 1}, reinterpret_cast<const std::uint8_t*>(bytes.data()), version);
+  });
   const std::string prefix(GetText(field.prefix).text());
   EXPECT_EQ(text.substr(0, prefix.size()), prefix);
   return text.substr(prefix.size());
