@@ -360,7 +360,7 @@ TEST_F(Plugin, RequestsAndConfirms) {
   WriteFile(PathOf("log.udi"), log.bytes());
   const Lines shown =
       RunTshark({"-2", "-r", PathOf("log.udi"), "-Y", "udi.response_in || udi.response_to", "-T",
-                 "fields", "-E", "separator= ", "-e", "frame.number", "-e", "udi.response_in", "-e",
+                 "fields", "-E", "separator=|", "-e", "frame.number", "-e", "udi.response_in", "-e",
                  "udi.response_to", "-e", "udi.response_time"});
   EXPECT_EQ(shown, (Lines{"1 5  ", "2 6  ", "3 8  ", "5  1 0.040000000", "6  2 0.045000000",
                           "8  3 0.050000000", "10 12  ", "12  10 0.006000000"}));
@@ -456,7 +456,7 @@ TEST_F(Plugin, LongRecordsAreTruncated) {
           .Load(2ms);
   WriteFile(PathOf("log.udi"), log.bytes());
   const Lines shown =
-      RunTshark({"-2", "-r", PathOf("log.udi"), "-T", "fields", "-E", "separator= ", "-e",
+      RunTshark({"-2", "-r", PathOf("log.udi"), "-T", "fields", "-E", "separator=|", "-e",
                  "frame.cap_len", "-e", "frame.len", "-e", "udi.vif", "-e", "udi.line"});
   const Lines expected = ToolLines(log.bytes());
   ASSERT_EQ(shown.size(), 3U);
@@ -469,7 +469,7 @@ TEST_F(Plugin, ASavedSelectionShowsTheSame) {
   const std::string log = SessionLog().bytes();
   WriteFile(PathOf("session.udi"), log);
   RunTshark({"-r", PathOf("session.udi"), "-Y", "frame.number != 5", "-w", PathOf("saved.pcapng")});
-  const Lines columns = {"-T", "fields",          "-E", "separator= ", "-e", "frame.time_epoch",
+  const Lines columns = {"-T", "fields",          "-E", "separator=|", "-e", "frame.time_epoch",
                          "-e", "udi.hip_version", "-e", "udi.line"};
   Lines log_options = {"-r", PathOf("session.udi")};
   Lines saved_options = {"-r", PathOf("saved.pcapng")};
