@@ -700,7 +700,9 @@ local function make_plan(signals, id, layout, version)
   for_each_field(layout, function(field_name, form, offset, argument)
     if form == "dump" then
       plan.dumps[#plan.dumps + 1] = {
-        prefix = field_name .. ":{", line_prefix = " " .. field_name .. ":{", item = items[field_name],
+        prefix = field_name .. ":{",
+        line_prefix = " " .. field_name .. ":{",
+        item = items[field_name],
       }
       return
     end
