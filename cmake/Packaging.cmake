@@ -27,6 +27,16 @@ endfunction()
 install_compressed(docs/vrkt_wlan_udi_log_decode.1 vrkt_wlan_udi_log_decode.1
   ${CMAKE_INSTALL_MANDIR}/man1)
 
+# Where Wireshark looks for plugins of all users. Debian's looks in the directory of
+# the architecture.
+set(plugins "${CMAKE_INSTALL_LIBDIR}/wireshark/plugins")
+if(CPACK_GENERATOR STREQUAL "DEB" AND CMAKE_LIBRARY_ARCHITECTURE)
+  set(plugins "lib/${CMAKE_LIBRARY_ARCHITECTURE}/wireshark/plugins")
+endif()
+if(NOT CMAKE_CROSSCOMPILING)
+  install(FILES "${CMAKE_BINARY_DIR}/wireshark/udi.lua" DESTINATION "${plugins}")
+endif()
+
 set(CPACK_PACKAGE_NAME ${package})
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "The authors of vrkt_wlan_udi_log_decode <udi-log-decode@vrkt.example>")

@@ -295,11 +295,11 @@ function Reader:fill_frame(frame, offset, span, head, payload)
   end
   frame.encap = wtap_encaps.USER1
   frame.rec_type = wtap_rec_types.PACKET
-  frame.flags = wtap_presence_flags.TS
+  frame.flags = wtap_presence_flags.TS + wtap_presence_flags.CAP_LEN
   frame.time = frame_time(span.clock, u32_at(head, 4))
+  frame.data = data  -- before the lengths, which it would set as well
   frame.captured_length = #data
   frame.original_length = min(length, 0xFFFFFFFF)
-  frame.data = data
 end
 
 local function open_log(file)
@@ -700,7 +700,9 @@ local function make_plan(signals, id, layout, version)
   for_each_field(layout, function(field_name, form, offset, argument)
     if form == "dump" then
       plan.dumps[#plan.dumps + 1] = {
-        prefix = field_name .. ":{", line_prefix = " " .. field_name .. ":{", item = items[field_name],
+        prefix = field_name .. ":{",
+        line_prefix = " " .. field_name .. ":{",
+        item = items[field_name],
       }
       return
     end
@@ -928,7 +930,7 @@ local function dissect_signal(payload, pinfo, tree, detailed)
     return format("Unknown Hip Signal : 0x%04x", id)
   end
   if payload.bulk_length == 0 and payload.signal_length < plan.min then
-    tree:add_proto_expert_info(experts.too_short, format("%s of %d bytes is too short: it has %d",
+    tree:add_proto_expert_info(experts.too_short, format("%s has %d of at least %d bytes",
       plan.name, payload.signal_length, plan.min))
     return "", plan.name
   end

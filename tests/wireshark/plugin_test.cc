@@ -267,4 +267,234 @@ TEST_F(Plugin, DamagedFiles) {
   }
 }
 
+// The tree reads as the line: name, dumps and fields, in print order. Blanks aside,
+// since some fields have none before their name.
+TEST_F(Plugin, TheTreeReadsAsTheLine) {
+  WriteFile(PathOf("log.udi"), MakeReferenceLog(HipVersionTag::E).bytes());
+  const Lines tree = RunTshark({"-r", PathOf("log.udi"), "-O", "udi"});
+  std::string shown;
+  std::size_t compared = 0;
+  for (const std::string& item : tree) {
+    const auto after = [&item](const char* start) {
+      return item.starts_with(start) ? item.substr(std::string_view(start).size()) : "";
+    };
+    if (const std::string name = after("WLAN driver UDI log, "); !name.empty()) {
+      shown = name;
+    } else if (const std::string line = after("    [Line: "); !line.empty()) {
+      std::string expected = line.substr(0, line.size() - 1);
+      std::erase(expected, ' ');
+      std::erase(shown, ' ');
+      if (!expected.empty()) {
+        ASSERT_EQ(shown, expected);
+        ++compared;
+      }
+    } else if (item.starts_with("    ") && item[4] >= 'a' && item[4] <= 'z') {
+      shown += item.substr(4);
+    }
+  }
+  EXPECT_GT(compared, 1000U);
+}
+
+TEST_F(Plugin, Filters) {
+  const struct {
+    const char* filter;
+    const char* frames;
+  } kCases[] = {
+      {"udi.signal == \\\"mlme_connect_cfm\\\"", "11 39"},
+      {"udi.id == 0x210b", "11 39"},
+      {"udi.hip_version == \\\"14.5.12\\\"", "45 46 47 48 49 50"},
+      {"udi.vif == 1 && udi.rssi < -70", "8 31"},
+      {"udi.host_tag == 0x0102", "27 28"},
+      {"udi.bssid == 0a:0b:0c:0d:0e:1f", "38"},
+      {"udi.frame contains 80:00", "7 8 33"},
+      {"udi.result_code == 0x800c", "39"},
+      {"udi.result_code.label == \\\"host_request_failed\\\"", "39"},
+      {"udi.transmission_status.label != \\\"successful\\\"", "28"},
+      {"udi.sequence_number == 402", "26"},                 // a number
+      {"udi.sequence_number == 1 && udi.key", "20 22 35"},  // one of several words
+      {"udi.timestamp == 0x40e2010000000000", "12"},
+      {"udi.current_pa_temperature == 28", "50"},
+      {"udi.oob_constraint == -10", "50"},
+      {"udi.driver.event", "1 2 43 44 45"},
+      {"udi.response_in == 28", "27"},
+      {"udi.response_time > 0.05", "28"},
+      {"udi.expert.transmission || udi.expert.result", "28 39"},
+      {"udi.expert.too_short", "40"},
+      {"udi.expert.unknown_id", "41 42"},
+      {"udi.line == \\\"\\\"", "40"},
+      {"udi && !udi.line", ""},
+  };
+  WriteFile(PathOf("session"), SessionLog().bytes());  // no matter what its name is
+  Lines requests = {LoadRequest("session")};
+  for (const auto& c : kCases) requests.push_back(FramesRequest("", c.filter));
+  const Lines answers = RunSharkd(requests);
+  ASSERT_EQ(answers.size(), requests.size());
+  for (std::size_t i = 0; i < std::size(kCases); ++i) {
+    EXPECT_EQ(Join(Pick(answers[i + 1], R"("num":)", '}')), kCases[i].frames) << kCases[i].filter;
+  }
+}
+
+TEST_F(Plugin, RequestsAndConfirms) {
+  const auto request = [](unsigned vif, unsigned tag) {
+    return Fapi(0x1000).U16(vif, tag).PadTo(34);
+  };
+  const auto confirm = [](unsigned vif, unsigned tag) {
+    return Fapi(0x1100).U16(vif, 0, tag).PadTo(32);
+  };
+  const Log log = Log()
+                      .Header("14.5.12")
+                      .Signal(0ms, request(1, 7))                   // 1
+                      .Signal(10ms, request(1, 7))                  // 2
+                      .Signal(20ms, request(2, 7))                  // 3
+                      .Signal(30ms, confirm(1, 8))                  // 4: answers none
+                      .Signal(40ms, confirm(1, 7))                  // 5: answers the oldest
+                      .Signal(55ms, confirm(1, 7))                  // 6: answers the other
+                      .Signal(60ms, confirm(1, 7))                  // 7: answers none
+                      .Signal(70ms, confirm(2, 7))                  // 8
+                      .Signal(80ms, Fapi(0x200B).U16(1).PadTo(34))  // 9: mlme_connect_req
+                      .Signal(90ms, Fapi(0x9007).PadTo(50))  // 10: wlanlite_tx_set_params_req
+                      .Signal(95ms, Fapi(0x9107).PadTo(24))  // 11: wlanlite_rx_start_cfm
+                      .Signal(96ms, Fapi(0x9102).PadTo(24))  // 12: wlanlite_tx_set_params_cfm
+                      .Load(97ms)                            // 13
+                      .Signal(99ms, Fapi(0x210B).U16(1).PadTo(26));  // 14: mlme_connect_cfm
+  WriteFile(PathOf("log.udi"), log.bytes());
+  const Lines shown =
+      RunTshark({"-2", "-r", PathOf("log.udi"), "-Y", "udi.response_in || udi.response_to", "-T",
+                 "fields", "-E", "separator=|", "-e", "frame.number", "-e", "udi.response_in", "-e",
+                 "udi.response_to", "-e", "udi.response_time"});
+  EXPECT_EQ(shown, (Lines{"1 5  ", "2 6  ", "3 8  ", "5  1 0.040000000", "6  2 0.045000000",
+                          "8  3 0.050000000", "10 12  ", "12  10 0.006000000"}));
+}
+
+TEST_F(Plugin, TimesAreExact) {
+  const Log log =
+      Log().Header("14.5.12").TimeRef(1000).Load(1500ms).Load(-1ms).Load(-1500ms).TimeRef(
+          0x7FFFFFFF, 5, 999ms);
+  WriteFile(PathOf("log.udi"), log.bytes());
+  EXPECT_EQ(RunTshark({"-2", "-r", PathOf("log.udi"), "-T", "fields", "-e", "frame.time_epoch"}),
+            (Lines{"1001.500000000", "999.999000000", "998.500000000", "2147483647.999000000"}));
+}
+
+// What ends a log is shown at the last frame before.
+TEST_F(Plugin, DamageIsReported) {
+  const std::string header = Log().Header("14.2.9").bytes();
+  const Log good = Log().Load(1ms).TimeRef(5).Unload(2ms);
+  const Log reload = Log().Load(1ms).Unload(2ms).Load(3ms);
+  const std::uint32_t kMagic = Log::kHeaderMagic;
+  const struct {
+    std::string records;
+    const char* report;
+  } kCases[] = {
+      {good.bytes(), ""},
+      {reload.bytes(), ""},
+      {good.bytes() + "abc", "After this record the log is cut"},
+      {good.bytes() + Log().Words({Log::kSignalMagic, 0, 9, 9}).Bytes("cut").bytes(),
+       "After this record the log is cut"},
+      {reload.bytes() + Log().Words({kMagic}).bytes(), "After this record the log is cut"},
+      {good.bytes() + Log().Words({0xABCD, 1, 2, 3}).bytes(),
+       "After this record the log is damaged: bad magic number 0x0000ABCD in place of a record"},
+      {good.bytes() + Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}).bytes(),
+       "After this record the log is damaged: a clock reference has 12 bytes, not 4 or 8"},
+      {good.bytes() + Log().Words({Log::kEventMagic, 0, 1, 4}).bytes(),
+       "After this record the log is damaged: a Load event has 4 bytes, not 0"},
+      {good.bytes() + Log().Words({Log::kEventMagic, 0, 2, 4}).bytes(),
+       "After this record the log is damaged: an Unload event has 4 bytes, not 0"},
+      {reload.bytes() + Log().Words({1, 6, 0x0E05000C}).bytes(),
+       "After this record the log is damaged: bad magic number 0x00000001 in the header after a "
+       "reload"},
+      {reload.bytes() + Log().Words({kMagic, 5}).bytes(),
+       "After this record the log is damaged: format version 5 in the header after a reload"},
+      {reload.bytes() + Log().Words({kMagic, 7, 0x0E05000C}).bytes(),
+       "After this record the log is damaged: format version 7 in the header after a reload"},
+      {reload.bytes() + Log().Header("14.1.8").bytes(),
+       "After this record the log is damaged: HIP version 0x0E010008 in the header after a reload "
+       "is unknown or older"},
+  };
+  Lines requests;
+  for (const auto& c : kCases) {
+    const std::string name = std::to_string(requests.size()) + ".udi";
+    WriteFile(PathOf(name), header + c.records);
+    requests.push_back(LoadRequest(name));
+    requests.push_back(FramesRequest(R"("column0":"_ws.expert.message:0")"));
+  }
+  const Lines answers = RunSharkd(requests);
+  ASSERT_EQ(answers.size(), requests.size());
+  for (std::size_t i = 0; i < std::size(kCases); ++i) {
+    const Lines reports = Pick(answers[2 * i + 1], R"("c":[")", '"');
+    ASSERT_FALSE(reports.empty()) << kCases[i].report;
+    EXPECT_EQ(reports.back(), kCases[i].report);
+    for (std::size_t frame = 0; frame + 1 < reports.size(); ++frame) EXPECT_EQ(reports[frame], "");
+  }
+}
+
+TEST_F(Plugin, RefusedHeadersAreNotOpened) {
+  const Log logs[] = {
+      Log().Words({Log::kHeaderMagic, 6}),
+      Log().Words({Log::kHeaderMagic, 5, 0x0E05000C}).Load(0ms),
+      Log().Words({Log::kHeaderMagic, 7, 0x0E05000C}).Load(0ms),
+      Log().Words({Log::kHeaderMagic, 6, 0x0E05000D}).Load(0ms),
+      Log().Words({Log::kHeaderMagic + 1, 6, 0x0E05000C}).Load(0ms),
+  };
+  Lines requests;
+  for (const Log& log : logs) {
+    const std::string name = std::to_string(requests.size()) + ".udi";
+    WriteFile(PathOf(name), log.bytes());
+    requests.push_back(LoadRequest(name));
+  }
+  for (const std::string& answer : RunSharkd(requests)) {
+    EXPECT_EQ(answer.find("\"OK\""), std::string::npos) << answer;
+  }
+}
+
+// Wireshark accepts 262,144 bytes per frame, of which 32 are headers.
+TEST_F(Plugin, LongRecordsAreTruncated) {
+  const Log log =
+      Log()
+          .Header("14.5.12")
+          .Signal(0ms, Fapi(0x1000).U16(5).PadTo(34).BulkBytes(std::string(262078, '\1')))
+          .Signal(1ms, Fapi(0x1000).U16(6).PadTo(34).BulkBytes(std::string(262079, '\2')))
+          .Load(2ms);
+  WriteFile(PathOf("log.udi"), log.bytes());
+  const Lines shown =
+      RunTshark({"-2", "-r", PathOf("log.udi"), "-T", "fields", "-E", "separator=|", "-e",
+                 "frame.cap_len", "-e", "frame.len", "-e", "udi.vif", "-e", "udi.line"});
+  const Lines expected = ToolLines(log.bytes());
+  ASSERT_EQ(shown.size(), 3U);
+  EXPECT_EQ(shown[0], "262144 262144 5 " + expected[0]);
+  EXPECT_TRUE(shown[1].starts_with("262144 262145 6 ma_unitdata_req data:{0202"));
+  EXPECT_EQ(shown[2], "32 32  Driver: Loaded");
+}
+
+TEST_F(Plugin, ASavedSelectionShowsTheSame) {
+  const std::string log = SessionLog().bytes();
+  WriteFile(PathOf("session.udi"), log);
+  RunTshark({"-r", PathOf("session.udi"), "-Y", "frame.number != 5", "-w", PathOf("saved.pcapng")});
+  const Lines columns = {"-T", "fields",          "-E", "separator=|", "-e", "frame.time_epoch",
+                         "-e", "udi.hip_version", "-e", "udi.line"};
+  Lines log_options = {"-r", PathOf("session.udi")};
+  Lines saved_options = {"-r", PathOf("saved.pcapng")};
+  log_options.insert(log_options.end(), columns.begin(), columns.end());
+  saved_options.insert(saved_options.end(), columns.begin(), columns.end());
+  Lines expected = RunTshark(log_options);
+  ASSERT_EQ(expected.size(), 50U);
+  expected.erase(expected.begin() + 4);
+  EXPECT_EQ(RunTshark(saved_options), expected);
+}
+
+// A capture file does not say which bytes are bulk.
+TEST_F(Plugin, CaptureFile) {
+  const std::string log = MakeReferenceLog(HipVersionTag::I).bytes();
+  Log without_bulk = Log().Header("14.3.10");
+  for (const ReferenceRecord& record : MakeReferenceRecords(HipVersionTag::I)) {
+    without_bulk.Record(0ms, record.payload, record.payload.size());
+  }
+  ToolLines(log, {"--pcap"}, PathOf(""));
+  EXPECT_EQ(RunTshark({"-o", "udi.hip_version:14.3.10", "-r", PathOf("udi_fapi.pcap"), "-T",
+                       "fields", "-e", "udi.line"}),
+            ToolLines(without_bulk.bytes()));
+  EXPECT_EQ(RunTshark({"-c", "1", "-r", PathOf("udi_fapi.pcap"), "-T", "fields", "-e",
+                       "udi.hip_version"}),
+            Lines{"14.5.12"});
+}
+
 }  // namespace
