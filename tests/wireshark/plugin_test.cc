@@ -488,7 +488,7 @@ TEST_F(Plugin, CaptureFile) {
   for (const ReferenceRecord& record : MakeReferenceRecords(HipVersionTag::I)) {
     without_bulk.Record(0ms, record.payload, record.payload.size());
   }
-  ToolLines(log, {"--pcap"}, PathOf(""));
+  RunTool({.arguments = {"stdin", "--pcap"}, .input = log, .directory = PathOf("")});
   EXPECT_EQ(RunTshark({"-o", "udi.hip_version:14.3.10", "-r", PathOf("udi_fapi.pcap"), "-T",
                        "fields", "-e", "udi.line"}),
             ToolLines(without_bulk.bytes()));
