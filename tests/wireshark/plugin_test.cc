@@ -362,8 +362,8 @@ TEST_F(Plugin, RequestsAndConfirms) {
       RunTshark({"-2", "-r", PathOf("log.udi"), "-Y", "udi.response_in || udi.response_to", "-T",
                  "fields", "-E", "separator=|", "-e", "frame.number", "-e", "udi.response_in", "-e",
                  "udi.response_to", "-e", "udi.response_time"});
-  EXPECT_EQ(shown, (Lines{"1 5  ", "2 6  ", "3 8  ", "5  1 0.040000000", "6  2 0.045000000",
-                          "8  3 0.050000000", "10 12  ", "12  10 0.006000000"}));
+  EXPECT_EQ(shown, (Lines{"1|5||", "2|6||", "3|8||", "5||1|0.040000000", "6||2|0.045000000",
+                          "8||3|0.050000000", "10|12||", "12||10|0.006000000"}));
 }
 
 TEST_F(Plugin, TimesAreExact) {
@@ -460,9 +460,9 @@ TEST_F(Plugin, LongRecordsAreTruncated) {
                  "frame.cap_len", "-e", "frame.len", "-e", "udi.vif", "-e", "udi.line"});
   const Lines expected = ToolLines(log.bytes());
   ASSERT_EQ(shown.size(), 3U);
-  EXPECT_EQ(shown[0], "262144 262144 5 " + expected[0]);
-  EXPECT_TRUE(shown[1].starts_with("262144 262145 6 ma_unitdata_req data:{0202"));
-  EXPECT_EQ(shown[2], "32 32  Driver: Loaded");
+  EXPECT_EQ(shown[0], "262144|262144|5|" + expected[0]);
+  EXPECT_TRUE(shown[1].starts_with("262144|262145|6|ma_unitdata_req data:{0202"));
+  EXPECT_EQ(shown[2], "32|32||Driver: Loaded");
 }
 
 TEST_F(Plugin, ASavedSelectionShowsTheSame) {
