@@ -243,18 +243,23 @@ consteval std::array<char, kVocabularyTextCapacity> JoinTexts() {
 template <char kVersion, unsigned kId, const SignalTable* kTable, int kLine,
           const SignalTable* kOtherTable, int kOtherLine>
 consteval void IdNamesOneSignalInAVersion() {
-  static_assert(kLine == 0, "two signals have kId in kVersion, on kLine and kOtherLine");
+  static_assert(kLine == 0, "two rows have kId in kVersion, on kLine and kOtherLine");
 }
 
 template <char kVersion, const SignalTable* kTable, int kLine, const SignalTable* kOtherTable,
           int kOtherLine>
 consteval void NameHasOneIdInAVersion() {
-  static_assert(kLine == 0, "one name has two ids in kVersion, on kLine and kOtherLine");
+  static_assert(kLine == 0, "a name has two ids in kVersion, on kLine and kOtherLine");
 }
 
 template <const EnumTable* kTable, char kVersion>
 consteval void EnumHasLabelsOnlyWhereAFieldUsesIt() {
   static_assert(kTable == nullptr, "kTable has labels in kVersion, but no field uses it there");
+}
+
+template <const SignalTable* kTable, int kLine>
+consteval void RowIsSortedByName() {
+  static_assert(kLine == 0, "rows are sorted by name: see the row on line kLine");
 }
 
 struct RowFault {
@@ -293,6 +298,19 @@ constexpr RowFault kSharedId =
 constexpr RowFault kSharedName = FindTwoRowsWithOneKey(
     [](const SignalLayout& row) { return ComputeHash(MakePlainText(row.name.text)); });
 
+consteval RowFault FindUnsortedRow() {
+  for (std::size_t i = 1; i < kRowCount; ++i) {
+    const CatalogueRow& row = kRows[i];
+    const CatalogueRow& previous = kRows[i - 1];
+    if (row.family != previous.family) continue;
+    if (row.layout->name.text < previous.layout->name.text) {
+      return {.family = row.family, .line = row.layout->name.line};
+    }
+  }
+  return {};
+}
+constexpr RowFault kUnsortedRow = FindUnsortedRow();
+
 struct UnusedLabels {
   const EnumTable* table = nullptr;
   char version = 'A';
@@ -323,6 +341,7 @@ consteval bool CheckCatalogue() {
                              kSharedId.other_line>();
   NameHasOneIdInAVersion<kSharedName.version, kFamilies[kSharedName.family], kSharedName.line,
                          kFamilies[kSharedName.other_family], kSharedName.other_line>();
+  RowIsSortedByName<kFamilies[kUnsortedRow.family], kUnsortedRow.line>();
   EnumHasLabelsOnlyWhereAFieldUsesIt<kUnusedLabels.table, kUnusedLabels.version>();
   return true;
 }
