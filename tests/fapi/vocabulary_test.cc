@@ -99,16 +99,24 @@ TEST(Vocabulary, LookUpFindsEachLabel) {
     }
   }
   for (const std::uint8_t index : enums) {
-    for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-      std::map<unsigned, std::string_view> labels;
-      for (const CompiledLabel& label : ListLabels(index)) {
-        if (label.versions.Contains(version)) labels[label.value] = GetText(label.text).text();
+    // Each value with a label in any version, its neighbours, and some far from any.
+    std::set<std::uint16_t> values;
+    for (unsigned value = 0; value <= 0xFFFF; value += 0xFF) {
+      values.insert(static_cast<std::uint16_t>(value));
+    }
+    for (const CompiledLabel& label : ListLabels(index)) {
+      for (const int step : {-1, 0, 1}) {
+        values.insert(static_cast<std::uint16_t>(label.value + step));
       }
-      for (unsigned value = 0; value <= 0xFFFF; ++value) {
-        const auto label = labels.find(value);
-        const PaddedText found = FindLabel(index, static_cast<std::uint16_t>(value),
-                                           static_cast<HipVersionTag>(version));
-        ASSERT_EQ(found.text(), label == labels.end() ? std::string_view() : label->second)
+    }
+    for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+      for (const std::uint16_t value : values) {
+        std::string_view expected;
+        for (const CompiledLabel& label : ListLabels(index)) {
+          if (label.value != value || !label.versions.Contains(version)) continue;
+          expected = GetText(label.text).text();
+        }
+        ASSERT_EQ(FindLabel(index, value, static_cast<HipVersionTag>(version)).text(), expected)
             << "value " << value << " in " << GetTagLetter(version);
       }
     }

@@ -233,7 +233,7 @@ std::vector<std::string> MakeDamagedLogs(std::size_t count) {
 TEST_F(Plugin, DamagedLogs) {
   std::string file = "many logs\n";
   Lines expected;
-  for (const std::string& log : MakeDamagedLogs(400)) {
+  for (const std::string& log : MakeDamagedLogs(240)) {
     file += ToBytes(static_cast<std::uint32_t>(log.size()), 4) + log;
     const Lines lines = ToolLines(log);
     expected.insert(expected.end(), lines.begin(), lines.end());
@@ -251,7 +251,7 @@ TEST_F(Plugin, DamagedLogs) {
 
 // As above, by the programs' own reader.
 TEST_F(Plugin, DamagedFiles) {
-  const std::vector<std::string> logs = MakeDamagedLogs(30);
+  const std::vector<std::string> logs = MakeDamagedLogs(12);
   Lines requests;
   for (std::size_t i = 0; i < logs.size(); ++i) {
     const std::string name = std::to_string(i) + ".udi";
