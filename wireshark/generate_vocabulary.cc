@@ -148,10 +148,10 @@ void WriteVocabulary(std::FILE* output) {
 
 bool AppendFile(const char* path, std::FILE* output) {
   std::ifstream file(path, std::ios::binary);
-  std::ostringstream text;
-  text << file.rdbuf();
-  return !file.fail() &&
-         std::fwrite(text.view().data(), 1, text.view().size(), output) == text.view().size();
+  std::ostringstream stream;
+  stream << file.rdbuf();
+  const std::string text = stream.str();
+  return !file.fail() && std::fwrite(text.data(), 1, text.size(), output) == text.size();
 }
 
 }  // namespace
