@@ -126,6 +126,10 @@ end
 -- reference that hold there come from `spans`, a list with one entry for each
 -- change.
 
+local ENCAPSULATION = wtap_encaps.USER1
+local PACKET = wtap_rec_types.PACKET
+local PRESENT = wtap_presence_flags.TS + wtap_presence_flags.CAP_LEN
+
 local Reader = {}
 Reader.__index = Reader
 
@@ -299,9 +303,9 @@ function Reader:fill_frame(frame, offset, span, head, payload)
   if u32_at(head, 0) == SIGNAL_MAGIC then
     length = HEADERS_SIZE + u32_at(head, 8)
   end
-  frame.encap = wtap_encaps.USER1
-  frame.rec_type = wtap_rec_types.PACKET
-  frame.flags = wtap_presence_flags.TS + wtap_presence_flags.CAP_LEN
+  frame.encap = ENCAPSULATION
+  frame.rec_type = PACKET
+  frame.flags = PRESENT
   frame.time = frame_time(span.clock, u32_at(head, 4))
   frame.data = data  -- before the lengths, which it would set as well
   frame.captured_length = #data
@@ -539,10 +543,19 @@ end
 
 local make_reader = {}
 
+-- The texts of small numbers. Most values are small, and to print one takes longer than
+-- to read it.
+local small_numbers = {}
+for value = 0, 1023 do small_numbers[value] = format("%d", value) end
+
+local function decimal(value)
+  return small_numbers[value] or format("%d", value)
+end
+
 function make_reader.u8(offset)
   return function(bytes)
     local value = byte(bytes, offset + 1)
-    return value, value
+    return value, decimal(value)
   end
 end
 
@@ -550,28 +563,28 @@ function make_reader.u16(offset)
   return function(bytes)
     local low, high = byte(bytes, offset + 1, offset + 2)
     local value = low + high * 256
-    return value, value
+    return value, decimal(value)
   end
 end
 
 function make_reader.u32(offset)
   return function(bytes)
     local value = u32_at(bytes, offset)
-    return value, value
+    return value, decimal(value)
   end
 end
 
 function make_reader.i16(offset)
   return function(bytes)
     local value = to_signed(u16_at(bytes, offset), 16)
-    return value, value
+    return value, decimal(value)
   end
 end
 
 function make_reader.i32(offset)
   return function(bytes)
     local value = to_signed(u32_at(bytes, offset), 32)
-    return value, value
+    return value, decimal(value)
   end
 end
 
@@ -622,7 +635,7 @@ function make_reader.enum16(offset, enumeration, version)
     local value = low + high * 256
     local label = labels[value]
     if label then return value, label, true end
-    return value, value
+    return value, decimal(value)
   end
 end
 
@@ -702,7 +715,8 @@ end
 
 local function make_plan(signals, id, layout, version)
   local name, least = layout:match("^(%S+) (%d+)")
-  local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {}}
+  local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {},
+    essential = {}}
   for_each_field(layout, function(field_name, form, offset, argument)
     if form == "dump" then
       plan.dumps[#plan.dumps + 1] = {
@@ -716,6 +730,7 @@ local function make_plan(signals, id, layout, version)
     plan.fields[#plan.fields + 1] = field
     plan.place[field_name] = plan.place[field_name] or #plan.fields
     plan.finish = max(plan.finish, offset + field.size)
+    if field.success then plan.essential[#plan.essential + 1] = #plan.fields end
   end)
   local stem, role = name:match("^(.*)(_%a+)$")
   if role == "_req" then
@@ -724,6 +739,9 @@ local function make_plan(signals, id, layout, version)
   elseif role == "_cfm" then
     plan.confirm_keys = find_exchange(plan, stem, "_req", signals)
     plan.exchange = signals.ids[stem .. "_req"]
+  end
+  for _, place in ipairs(plan.request_keys or plan.confirm_keys or {}) do
+    plan.essential[#plan.essential + 1] = place
   end
   return plan
 end
@@ -816,6 +834,9 @@ end
 
 local pieces, values = {}, {}
 
+-- A method of an object takes a search each time that it is called.
+local add, set_generated = TreeItem.add, TreeItem.set_generated
+
 -- Whether the tree needs all items, or only those that a filter names.
 local all_wanted = true
 
@@ -832,9 +853,10 @@ end
 -- Adds an item on the bytes that are there. Beyond the last byte there are none,
 -- only a value.
 local function add_item(tree, item, payload, offset, size, value, text)
-  local present = min(size, payload.captured - offset)
-  if present <= 0 then return tree:add(item, value, text) end
-  return tree:add(item, payload.tvb(payload.start + offset, present), value, text)
+  local present = payload.captured - offset
+  if present <= 0 then return add(tree, item, value, text) end
+  if present < size then size = present end
+  return add(tree, item, payload.tvb(payload.start + offset, size), value, text)
 end
 
 local function add_words(tree, payload, field, bytes)
@@ -856,13 +878,13 @@ local function add_field(tree, payload, field, bytes, value, shown, is_label)
   local text = field.prefix .. shown
   local item
   if field.is_bytes then
-    item = tree:add(field.item, captured_range(payload, field.offset, field.size)):set_text(text)
+    item = add(tree, field.item, captured_range(payload, field.offset, field.size)):set_text(text)
   else
     local make_value = field.make_value
     if make_value then value = make_value(value) end
     item = add_item(tree, field.item, payload, field.offset, field.size, value, text)
   end
-  if label_item then item:add(label_item, shown):set_generated() end
+  if label_item then add(item, label_item, shown) end
   if field.word_count then add_words(item, payload, field, bytes) end
   return item
 end
@@ -879,17 +901,44 @@ local function dissect_dumps(plan, payload, tree, detailed)
     pieces[count + 1], pieces[count + 2], pieces[count + 3] = dump.line_prefix, digits, "}"
     count = count + 3
     if detailed and is_wanted(tree, dump.item) then
-      tree:add(dump.item, range):set_text(dump.prefix .. digits .. "}")
+      add(tree, dump.item, range):set_text(dump.prefix .. digits .. "}")
     end
   end
   return count
 end
 
--- Returns the line of a known signal. Adds its fields if `detailed`.
-local function dissect_fields(plan, payload, pinfo, tree, detailed)
+-- The bytes of a signal up to the end of its last field. Beyond the last byte of the
+-- record there are zeros.
+local function signal_bytes(plan, payload)
   local finish = plan.finish
   local bytes = payload.tvb:raw(payload.start, min(payload.captured, finish))
   if #bytes < finish then bytes = bytes .. ("\0"):rep(finish - #bytes) end
+  return bytes
+end
+
+local function check_success(tree, field, shown)
+  if shown ~= field.success.label then
+    tree:add_proto_expert_info(field.success.expert, field.prefix .. shown)
+  end
+end
+
+-- Reads only the fields that other frames or the expert information depend on. The
+-- first of two passes needs no more.
+local function read_essential_fields(plan, payload, tree)
+  local places = plan.essential
+  if #places == 0 then return end
+  local bytes = signal_bytes(plan, payload)
+  for i = 1, #places do
+    local field = plan.fields[places[i]]
+    local value, shown = field.read(bytes)
+    values[places[i]] = value
+    if field.success then check_success(tree, field, shown) end
+  end
+end
+
+-- Returns the line of a known signal. Adds its fields if `detailed`.
+local function dissect_fields(plan, payload, tree, detailed)
+  local bytes = signal_bytes(plan, payload)
   pieces[1] = plan.name
   local count = plan.dumps[1] and dissect_dumps(plan, payload, tree, detailed) or 1
   local fields = plan.fields
@@ -904,24 +953,22 @@ local function dissect_fields(plan, payload, pinfo, tree, detailed)
     pieces[count + 2] = shown
     count = count + 2
     local item = detailed and add_field(tree, payload, field, bytes, value, shown, is_label) or tree
-    if field.success and shown ~= field.success.label then
-      item:add_proto_expert_info(field.success.expert, field.prefix .. shown)
-    end
-  end
-  if plan.request_keys or plan.confirm_keys then
-    if not pinfo.visited then link(plan, values, pinfo) end
+    if field.success then check_success(item, field, shown) end
   end
   return concat(pieces, "", 1, count)
 end
 
--- Returns the line of a signal, and its name if the version knows it.
-local function dissect_signal(payload, pinfo, tree, detailed)
+-- Returns the line of a signal, and its name if the version knows it. If the line is
+-- not needed, it is not made.
+local function dissect_signal(payload, pinfo, tree, detailed, needs_line)
   local id = payload.id
   local is_hip = id >= FIRST_HIP_ID and id <= LAST_HIP_ID
   local plan = is_hip and plan_for(payload.version, id)
   if detailed then
-    if plan then tree:add(own.signal, plan.name):set_generated() end
-    add_item(tree, own.id, payload, 0, 2, id, format("Id: 0x%04x", id))
+    if plan and is_wanted(tree, own.signal) then add(tree, own.signal, plan.name) end
+    if is_wanted(tree, own.id) then
+      add_item(tree, own.id, payload, 0, 2, id, format("Id: 0x%04x", id))
+    end
   end
   if not is_hip then
     tree:add_proto_expert_info(experts.unknown_id)
@@ -940,7 +987,16 @@ local function dissect_signal(payload, pinfo, tree, detailed)
       plan.name, payload.signal_length, plan.min))
     return "", plan.name
   end
-  return dissect_fields(plan, payload, pinfo, tree, detailed), plan.name
+  local line = ""
+  if needs_line then
+    line = dissect_fields(plan, payload, tree, detailed)
+  else
+    read_essential_fields(plan, payload, tree)
+  end
+  if (plan.request_keys or plan.confirm_keys) and not pinfo.visited then
+    link(plan, values, pinfo)
+  end
+  return line, plan.name
 end
 
 local function dissect_event(record, tree, detailed)
@@ -952,18 +1008,8 @@ local function dissect_event(record, tree, detailed)
   else
     line = format("Driver: Uptime: %d seconds", record.uptime)
   end
-  if detailed then tree:add(own.driver_event, record.tvb(PSEUDO_HEADER_SIZE), line) end
+  if detailed then add(tree, own.driver_event, record.tvb(PSEUDO_HEADER_SIZE), line) end
   return line
-end
-
-local function add_record(tree, record)
-  local tvb = record.tvb
-  local text = format("Record of HIP version %s, clock reference %d, time %d ms",
-    record.version.name, record.clock, record.time)
-  if record.is_signal then
-    text = text .. format(", length %d, signal length %d", record.length, record.signal_length)
-  end
-  tree:add(own.hip_version, tvb(0, HEADERS_SIZE), record.version.name, text)
 end
 
 local function add_end_of_log(tree, reason, value)
@@ -977,13 +1023,13 @@ end
 
 local function add_links(tree, number)
   local response, request = response_in[number], response_to[number]
-  if response then tree:add(own.response_in, response):set_generated() end
+  if response then set_generated(add(tree, own.response_in, response)) end
   if request then
     local microseconds = response_time[number]
     local seconds = floor(microseconds / 1000000)
-    tree:add(own.response_to, request):set_generated()
-    tree:add(own.response_time, NSTime.new(seconds, (microseconds - seconds * 1000000) * 1000))
-      :set_generated()
+    set_generated(add(tree, own.response_to, request))
+    local time = NSTime.new(seconds, (microseconds - seconds * 1000000) * 1000)
+    set_generated(add(tree, own.response_time, time))
   end
 end
 
@@ -995,16 +1041,22 @@ local DIRECTIONS = {
   ind = {"firmware", "host"},
 }
 
-local function show_line(pinfo, tree, detailed, line, name)
-  local columns = pinfo.cols
+local function show_columns(columns, line, name)
   columns.protocol = "UDI"
   columns.info = line
   local direction = name and DIRECTIONS[name:sub(-3)]
   if direction then columns.src, columns.dst = direction[1], direction[2] end
-  if not detailed then return end
-  if name then tree:append_text(", " .. name) end
-  add_links(tree, pinfo.number)
-  tree:add(own.line, line):set_generated()
+end
+
+local function show_line(tree, number, line, name)
+  if name and all_wanted then tree:append_text(", " .. name) end
+  add_links(tree, number)
+  if is_wanted(tree, own.line) then set_generated(add(tree, own.line, line)) end
+end
+
+-- Whether Wireshark fills columns. Without them, their text is their name.
+local function has_columns(columns)
+  return tostring(columns.info) ~= "(info)"
 end
 
 -- Reads the pseudo-header and the record's header into `record`. Returns false if
@@ -1020,9 +1072,7 @@ local function parse_frame(tvb, record)
   record.tvb = tvb
   record.version = version
   record.end_reason = byte(head, 2)
-  record.clock = u32_at(head, 8)
   record.end_value = u32_at(head, 12)
-  record.time = to_signed(u32_at(head, 20), 32)
   record.is_signal = magic == SIGNAL_MAGIC
   if record.is_signal then
     record.start = HEADERS_SIZE
@@ -1049,18 +1099,23 @@ function udi.dissector(tvb, pinfo, root)
   if not parse_frame(tvb, record) then return 0 end
   all_wanted = root.visible
   local detailed = all_wanted or root:referenced(udi_handle)
-  local tree = root:add(udi, tvb())
-  if detailed then add_record(tree, record) end
+  local columns = pinfo.cols
+  local in_columns = has_columns(columns)
+  local tree = add(root, udi, tvb)
+  if detailed and is_wanted(tree, own.hip_version) then
+    add(tree, own.hip_version, tvb(0, HEADERS_SIZE), record.version.name)
+  end
   local line, name
   if record.is_signal then
-    line, name = dissect_signal(record, pinfo, tree, detailed)
+    line, name = dissect_signal(record, pinfo, tree, detailed, detailed or in_columns)
     if record.captured < record.length then tree:add_proto_expert_info(experts.truncated) end
   else
     line = dissect_event(record, tree, detailed)
     -- A driver that was loaded again knows nothing of earlier requests.
     if record.type == LOAD and not pinfo.visited then forget_waiting() end
   end
-  show_line(pinfo, tree, detailed, line, name)
+  if in_columns then show_columns(columns, line, name) end
+  if detailed then show_line(tree, pinfo.number, line, name) end
   if record.end_reason ~= LOG_GOES_ON then
     add_end_of_log(tree, record.end_reason, record.end_value)
   end
@@ -1070,16 +1125,17 @@ end
 function udi_capture.dissector(tvb, pinfo, root)
   all_wanted = root.visible
   local detailed = all_wanted or root:referenced(udi_handle)
-  local tree = root:add(udi, tvb())
+  local tree = add(root, udi, tvb)
   record.tvb, record.start = tvb, 0
   record.version = versions[udi.prefs.hip_version] or versions[#versions]
   record.captured = tvb:len()
   record.length = tvb:reported_len()
   record.signal_length, record.bulk_length = record.length, 0
   record.id = u16_at(tvb:raw(0, min(2, tvb:len())) .. "\0\0", 0)
-  if detailed then tree:add(own.hip_version, record.version.name):set_generated() end
-  local line, name = dissect_signal(record, pinfo, tree, detailed)
-  show_line(pinfo, tree, detailed, line, name)
+  if detailed then set_generated(add(tree, own.hip_version, record.version.name)) end
+  local line, name = dissect_signal(record, pinfo, tree, detailed, true)
+  show_columns(pinfo.cols, line, name)
+  if detailed then show_line(tree, pinfo.number, line, name) end
   return tvb:len()
 end
 
