@@ -4,7 +4,9 @@ set(package vrkt-wlan-udi-log-decode)
 set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
 
 install(TARGETS vrkt_wlan_udi_log_decode RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES README.md DESTINATION ${documents})
+# Everything that the README points to.
+install(FILES README.md CONTRIBUTING.md DESTINATION ${documents})
+install(DIRECTORY docs/ DESTINATION ${documents}/docs PATTERN *.1 EXCLUDE)
 install(FILES examples/session.udi examples/session.txt DESTINATION ${documents}/examples)
 
 # Debian requires these files compressed. -n leaves out the time stamp, so that builds
