@@ -489,12 +489,12 @@ local own = {
   driver_event = ProtoField.string("udi.driver.event", "Driver event"),
 }
 
-local items, label_items, value_makers = {}, {}, {}
+local items, label_items, converters = {}, {}, {}
 do
   local all = {}
   for _, item in pairs(own) do all[#all + 1] = item end
   for name, use in pairs(uses) do
-    items[name], value_makers[name] = make_item(name, use)
+    items[name], converters[name] = make_item(name, use)
     all[#all + 1] = items[name]
     if use.has_labels then
       label_items[name] = ProtoField.string("udi." .. name .. ".label", "Label")
@@ -660,7 +660,7 @@ local function make_field(name, form, offset, argument, version)
   field.label_item = form == "enum16" and label_items[name] or nil
   field.success = SUCCESS[name]
   -- This form has a value of Wireshark's own already.
-  field.make_value = form ~= "hex8" and value_makers[name] or nil
+  field.make_value = form ~= "hex8" and converters[name] or nil
   return field
 end
 
