@@ -90,10 +90,11 @@ class TextPiece {
   // Zero-filled to kDigits digits, like printf's %02d. `value` must not be negative.
   template <std::size_t kDigits>
   void AppendZeroFilled(int value) {
-    char* const digits = end();
-    for (std::size_t i = kDigits; i-- > 0; value /= 10) {
-      digits[i] = static_cast<char>('0' + value % 10);
+    auto rest = static_cast<unsigned>(value);
+    for (std::size_t i = kDigits; i >= 2; i -= 2, rest /= 100) {
+      StoreU16(text_piece_tables::kDecimalPairs[rest % 100], EndBytes() + i - 2);
     }
+    if constexpr (kDigits % 2 == 1) *end() = static_cast<char>('0' + rest % 10);
     size_ += kDigits;
   }
 
