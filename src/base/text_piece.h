@@ -140,6 +140,8 @@ class TextPiece {
   }
 
   void Clear() { size_ = 0; }
+  // Keeps the first `size` characters.
+  void Truncate(std::size_t size) { size_ = size; }
   std::string_view text() const { return {text_.data(), size_}; }
   void Print() const { PrintPiece(text()); }
 

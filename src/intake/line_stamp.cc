@@ -1,5 +1,6 @@
 #include "intake/line_stamp.h"
 
+#include <cstddef>
 #include <ctime>
 #include <optional>
 
@@ -7,32 +8,34 @@
 
 namespace {
 
-// The last second printed and its text, as in "2026/11/21-06:23:00.". Logs have many
-// records per second, and a conversion to local time costs more than printing a
-// line. Every 32-bit value can occur, so no value can mean "none yet".
+constexpr std::size_t kSecondLength = 20;  // of "2026/11/21-06:23:00."
+
+// The last second printed, and its stamp. Logs have many records per second, and a
+// conversion to local time costs more than printing a line. Every 32-bit value can
+// occur, so no value can mean "none yet".
 struct StampedSecond {
   std::optional<std::int32_t> second;
-  TextPiece<24> text;
+  TextPiece<24> stamp;
 };
 
-void FormatSecond(std::int32_t second, TextPiece<24>& text) {
+void FormatSecond(std::int32_t second, TextPiece<24>& stamp) {
   const std::time_t time = second;
   // localtime, unlike localtime_r, checks the time zone at each call.
-  const std::tm local = *std::localtime(&time);
-  text.Clear();
+  const std::tm& local = *std::localtime(&time);
+  stamp.Clear();
   // Four digits suffice: 32 bits of seconds cover the years 1901 to 2038.
-  text.AppendZeroFilled<4>(local.tm_year + 1900);
-  text.Append('/');
-  text.AppendZeroFilled<2>(local.tm_mon + 1);
-  text.Append('/');
-  text.AppendZeroFilled<2>(local.tm_mday);
-  text.Append('-');
-  text.AppendZeroFilled<2>(local.tm_hour);
-  text.Append(':');
-  text.AppendZeroFilled<2>(local.tm_min);
-  text.Append(':');
-  text.AppendZeroFilled<2>(local.tm_sec);
-  text.Append('.');
+  stamp.AppendZeroFilled<4>(local.tm_year + 1900);
+  stamp.Append('/');
+  stamp.AppendZeroFilled<2>(local.tm_mon + 1);
+  stamp.Append('/');
+  stamp.AppendZeroFilled<2>(local.tm_mday);
+  stamp.Append('-');
+  stamp.AppendZeroFilled<2>(local.tm_hour);
+  stamp.Append(':');
+  stamp.AppendZeroFilled<2>(local.tm_min);
+  stamp.Append(':');
+  stamp.AppendZeroFilled<2>(local.tm_sec);
+  stamp.Append('.');
 }
 
 }  // namespace
@@ -46,11 +49,11 @@ void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word) {
   if (milliseconds < 0) milliseconds += 1000;
   const auto second = static_cast<std::int32_t>(timeBase + static_cast<std::uint32_t>(seconds));
   if (last.second != second) {
-    FormatSecond(second, last.text);
+    FormatSecond(second, last.stamp);
     last.second = second;
   }
-  TextPiece<24> stamp = last.text;
-  stamp.AppendZeroFilled<3>(milliseconds);
-  stamp.Append(' ');
-  stamp.Print();
+  last.stamp.Truncate(kSecondLength);
+  last.stamp.AppendZeroFilled<3>(milliseconds);
+  last.stamp.Append(' ');
+  last.stamp.Print();
 }
