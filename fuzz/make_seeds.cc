@@ -10,8 +10,8 @@
 
 #include "fapi/vocabulary.h"
 #include "log_builder.h"
+#include "reference_log.h"
 #include "session_log.h"
-#include "support/reference_log.h"
 
 namespace {
 

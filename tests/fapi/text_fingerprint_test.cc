@@ -13,8 +13,8 @@
 #include <string_view>
 
 #include "hip/hip_versions.h"
+#include "reference_log.h"
 #include "support/capture_stream.h"
-#include "support/reference_log.h"
 
 namespace {
 

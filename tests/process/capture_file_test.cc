@@ -75,9 +75,7 @@ TEST(CaptureFile, RunContinuesIfItCannotBeOpened) {
 }
 
 TEST(CaptureFile, OpensInTcpdump) {
-  if (std::system("command -v tcpdump >/dev/null 2>&1") != 0) {
-    GTEST_SKIP() << "tcpdump is not installed";
-  }
+  if (!IsInstalled("tcpdump")) GTEST_SKIP() << "tcpdump is not installed";
   const TemporaryDirectory directory;
   const Log log = Log()
                       .Header("14.5.12")

@@ -122,10 +122,6 @@ class ReadmeShell {
   std::vector<Recipe> recipes_;
 };
 
-bool IsInstalled(const char* program) {
-  return std::system((std::string("command -v ") + program + " >/dev/null 2>&1").c_str()) == 0;
-}
-
 TEST(Documents, TheCommandsOfTheReadme) {
   const ReadmeShell shell;
   EXPECT_GE(shell.recipes().size(), 20U);

@@ -123,6 +123,10 @@ std::string ToolCommand() {
 #endif
 }
 
+bool IsInstalled(const std::string& program) {
+  return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;
+}
+
 ToolResult RunTool(const ToolRun& run) {
   const TemporaryDirectory working_directory;
   ToolRun prepared = run;

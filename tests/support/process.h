@@ -31,6 +31,9 @@ ToolResult RunTool(const ToolRun& run);
 // Quotes a path or an argument for a shell.
 std::string QuoteForShell(const std::string& word);
 
+// Whether a shell finds this program.
+bool IsInstalled(const std::string& program);
+
 // The tool as a shell command.
 std::string ToolCommand();
 

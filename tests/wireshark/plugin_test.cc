@@ -17,10 +17,10 @@
 #include <vector>
 
 #include "log_builder.h"
+#include "reference_log.h"
 #include "session_log.h"
 #include "support/decode_in_process.h"
 #include "support/process.h"
-#include "support/reference_log.h"
 
 namespace {
 
@@ -61,10 +61,6 @@ Lines ToolLines(const std::string& log) {
     if (!line.empty()) lines.emplace_back(line);
   }
   return lines;
-}
-
-bool IsInstalled(const std::string& program) {
-  return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;
 }
 
 struct ProgramResult {
@@ -387,27 +383,26 @@ TEST_F(Plugin, DamageIsReported) {
   } kCases[] = {
       {good.bytes(), ""},
       {reload.bytes(), ""},
-      {good.bytes() + "abc", "After this record the log is cut"},
-      {good.bytes() + Log().Words({Log::kSignalMagic, 0, 9, 9}).Bytes("cut").bytes(),
-       "After this record the log is cut"},
-      {reload.bytes() + Log().Words({kMagic}).bytes(), "After this record the log is cut"},
+      {good.bytes() + "abc", "cut"},
+      {good.bytes() + Log().Words({Log::kSignalMagic, 0, 9, 9}).Bytes("cut").bytes(), "cut"},
+      {reload.bytes() + Log().Words({kMagic}).bytes(), "cut"},
       {good.bytes() + Log().Words({0xABCD, 1, 2, 3}).bytes(),
-       "After this record the log is damaged: bad magic number 0x0000ABCD in place of a record"},
+       "damaged: bad magic number 0x0000ABCD in place of a record"},
       {good.bytes() + Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}).bytes(),
-       "After this record the log is damaged: a clock reference has 12 bytes, not 4 or 8"},
+       "damaged: a clock reference has 12 bytes, not 4 or 8"},
       {good.bytes() + Log().Words({Log::kEventMagic, 0, 1, 4}).bytes(),
-       "After this record the log is damaged: a Load event has 4 bytes, not 0"},
+       "damaged: a Load event has 4 bytes, not 0"},
       {good.bytes() + Log().Words({Log::kEventMagic, 0, 2, 4}).bytes(),
-       "After this record the log is damaged: an Unload event has 4 bytes, not 0"},
+       "damaged: an Unload event has 4 bytes, not 0"},
       {reload.bytes() + Log().Words({1, 6, 0x0E05000C}).bytes(),
-       "After this record the log is damaged: bad magic number 0x00000001 in the header after a "
+       "damaged: bad magic number 0x00000001 in the header after a "
        "reload"},
       {reload.bytes() + Log().Words({kMagic, 5}).bytes(),
-       "After this record the log is damaged: format version 5 in the header after a reload"},
+       "damaged: format version 5 in the header after a reload"},
       {reload.bytes() + Log().Words({kMagic, 7, 0x0E05000C}).bytes(),
-       "After this record the log is damaged: format version 7 in the header after a reload"},
+       "damaged: format version 7 in the header after a reload"},
       {reload.bytes() + Log().Header("14.1.8").bytes(),
-       "After this record the log is damaged: HIP version 0x0E010008 in the header after a reload "
+       "damaged: HIP version 0x0E010008 in the header after a reload "
        "is unknown or older"},
   };
   Lines requests;
@@ -422,7 +417,8 @@ TEST_F(Plugin, DamageIsReported) {
   for (std::size_t i = 0; i < std::size(kCases); ++i) {
     const Lines reports = Pick(answers[2 * i + 1], R"("c":[")", '"');
     ASSERT_FALSE(reports.empty()) << kCases[i].report;
-    EXPECT_EQ(reports.back(), kCases[i].report);
+    const std::string report = kCases[i].report;
+    EXPECT_EQ(reports.back(), report.empty() ? "" : "After this record the log is " + report);
     for (std::size_t frame = 0; frame + 1 < reports.size(); ++frame) EXPECT_EQ(reports[frame], "");
   }
 }

@@ -21,8 +21,8 @@
 
 #include "base/little_endian.h"
 #include "hip/hip_versions.h"
+#include "reference_log.h"
 #include "support/process.h"
-#include "support/reference_log.h"
 
 namespace {
 

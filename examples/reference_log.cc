@@ -1,4 +1,4 @@
-#include "support/reference_log.h"
+#include "reference_log.h"
 
 #include <algorithm>
 #include <map>
