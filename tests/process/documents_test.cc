@@ -158,11 +158,17 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
   WriteScript(shell.bin() + "/vrkt_wlan_udi_log",
               "cat session.udi\nmkfifo never\n: >\"$TMPDIR/sent\"\nread line <never");
   const auto interrupt_group = [](pid_t group) { kill(-group, SIGINT); };
-  const auto stop_capture = [&](pid_t /*group*/) {
-    // From a file, because pkill would match the text in an argument.
+  const auto stop_capture = [&](pid_t session) {
+    // Only the processes of this test: others may run at the same time.
+    WriteScript(shell.bin() + "/pkill",
+                "exec /usr/bin/pkill -s " + std::to_string(session) + " \"$@\"");
+    // From a file, because pkill would also find the text in an argument.
     const std::string file = shell.directory() + "/stop";
     WriteFile(file, shell.Find("pkill"));
-    EXPECT_EQ(std::system(("sh " + QuoteForShell(file)).c_str()), 0);
+    EXPECT_EQ(
+        std::system(
+            ("PATH=" + QuoteForShell(shell.bin()) + ":$PATH sh " + QuoteForShell(file)).c_str()),
+        0);
   };
   const std::string session = ReadFile(kSource + "/examples/session.txt");
   std::string mlme;
@@ -190,6 +196,7 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
     ASSERT_GE(process, 0);
     if (process == 0) {
       setsid();
+      std::signal(SIGINT, SIG_DFL);  // a background shell starts tests with it ignored
       execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
       _exit(127);
     }
