@@ -11,7 +11,7 @@ do
   local real_file_handler, real_register = FileHandler, register_filehandler
   _G.FileHandler = {new = function() return {} end}
   _G.register_filehandler = function(handler) reader = handler end
-  dofile(os.getenv("VRKT_PLUGIN"))
+  dofile("udi.lua")
   _G.FileHandler, _G.register_filehandler = real_file_handler, real_register
 end
 

@@ -1,16 +1,18 @@
-// The plugin in the programs that load it. Runs take a while to start, so there are
-// few of them: tshark for what a user types, and sharkd, which opens many files in
-// one process, for the rest. Frames that sharkd shows are read and dissected a
-// second time, in any order, as in the window of Wireshark.
+// The plugin in the programs that load it. They take a while to start, so there are few
+// runs: tshark for what a user types, and one sharkd, which opens many files, for the
+// rest. Frames that sharkd shows are read and dissected a second time, in any order, as
+// in the window of Wireshark.
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <map>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
@@ -63,103 +65,121 @@ Lines ToolLines(const std::string& log) {
   return lines;
 }
 
-struct ProgramResult {
-  int status;
-  std::string out;
-  std::string err;
-};
-
 // A user with nothing but the plugin, installed by copying it. The programs do not
 // run as root: they would warn about that, and later versions then load no plugin.
-class Plugin : public testing::Test {
- protected:
-  void SetUp() override {
-    for (const char* program : {"tshark", "sharkd"}) {
-      if (IsInstalled(program)) continue;
-      if (std::getenv("CI") != nullptr) FAIL() << program << " is not installed";
-      GTEST_SKIP() << program << " is not installed";
-    }
-    chmod(home_.path().c_str(), 0777);
-    const std::filesystem::path plugins = home_.path() + "/.local/lib/wireshark/plugins";
-    std::filesystem::create_directories(plugins);
-    std::filesystem::copy_file(VRKT_PLUGIN, plugins / "udi.lua");
+class PluginUser {
+ public:
+  PluginUser() {
+    std::filesystem::permissions(home_.path(), std::filesystem::perms::all);
+    std::filesystem::create_directories(PathOf(kPlugins));
+    std::filesystem::copy_file(VRKT_PLUGIN, PathOf(kPlugins) + "/udi.lua");
   }
 
   // Moves the plugin to where only its path finds it.
   void RemovePlugin() const {
-    std::filesystem::rename(PathOf(".local/lib/wireshark/plugins/udi.lua"), PathOf("udi.lua"));
+    std::filesystem::rename(PathOf(kPlugins) + "/udi.lua", PathOf("udi.lua"));
   }
 
   std::string PathOf(const std::string& name) const { return home_.path() + "/" + name; }
 
-  ProgramResult Run(std::vector<std::string> words, const std::string& input = "") const {
-    const std::string in = PathOf("in");
-    const std::string out = PathOf("out");
-    const std::string err = PathOf("err");
-    WriteFile(in, input);
-    const pid_t process = fork();
-    if (process == 0) {
-      const auto redirect = [](const std::string& path, int flags, int to) {
-        return dup2(open(path.c_str(), flags | O_CLOEXEC, 0644), to) == to;
-      };
-      if (!redirect(in, O_RDONLY, STDIN_FILENO) ||
-          !redirect(out, O_WRONLY | O_CREAT | O_TRUNC, STDOUT_FILENO) ||
-          !redirect(err, O_WRONLY | O_CREAT | O_TRUNC, STDERR_FILENO)) {
-        _exit(126);
+  // Returns the shell command that runs a program in the user's directory. Its
+  // standard error is the file "err".
+  std::string Command(const std::string& program) const {
+    const std::string as_user =
+        geteuid() == 0 ? "setpriv --reuid=65534 --regid=65534 --clear-groups " : "";
+    return "cd " + QuoteForShell(home_.path()) +
+           " && exec env -u XDG_CONFIG_HOME HOME=\"$PWD\" TZ=UTC0 " + as_user + program + " 2>err";
+  }
+
+  // Returns the lines that tshark prints.
+  Lines RunTshark(const std::string& options) const {
+    EXPECT_EQ(std::system(Command("tshark " + options + " >out").c_str()), 0);
+    EXPECT_EQ(ReadFile(PathOf("err")), "");
+    return SplitLines(ReadFile(PathOf("out")));
+  }
+
+ private:
+  static constexpr const char* kPlugins = ".local/lib/wireshark/plugins";
+
+  TemporaryDirectory home_;
+};
+
+// A running sharkd, which answers each line with a line.
+class Sharkd {
+ public:
+  Sharkd() {
+    if (mkfifo(user_.PathOf("answers").c_str(), 0600) != 0) std::abort();
+    requests_ = popen(user_.Command("sharkd - >answers").c_str(), "w");
+    answers_.open(user_.PathOf("answers"));
+  }
+
+  ~Sharkd() {
+    EXPECT_EQ(pclose(requests_), 0);
+    const std::string errors = ReadFile(user_.PathOf("err"));
+    EXPECT_EQ(errors.find("Lua"), std::string::npos) << errors;
+  }
+
+  Sharkd(const Sharkd&) = delete;
+  Sharkd& operator=(const Sharkd&) = delete;
+
+  const PluginUser& user() const { return user_; }
+
+  // Sends a request like R"("load","params":{"file":"log.udi"})".
+  std::string Ask(const std::string& request) {
+    std::fprintf(requests_,
+                 R"({"jsonrpc":"2.0","id":1,"method":%s})"
+                 "\n",
+                 request.c_str());
+    std::fflush(requests_);
+    std::string answer;
+    std::getline(answers_, answer);
+    EXPECT_NE(answer.find(R"("result")"), std::string::npos) << request << '\n' << answer;
+    return answer;
+  }
+
+  void OpenFile(const std::string& name) { Ask(R"("load","params":{"file":")" + name + R"("})"); }
+
+  void Open(const std::string& log) {
+    WriteFile(user_.PathOf("log"), log);
+    OpenFile("log");
+  }
+
+  void SetHipVersion(const std::string& version) {
+    Ask(R"("setconf","params":{"name":"udi.hip_version","value":")" + version + R"("})");
+  }
+
+  // Returns the numbers of the frames that pass the filter.
+  Lines Filter(const std::string& filter) {
+    std::string escaped;
+    for (const char c : filter) escaped += c == '"' ? R"(\")" : std::string(1, c);
+    return Pick(Ask(R"("frames","params":{"filter":")" + escaped + R"("})"), R"("num":)", "}");
+  }
+
+  // Returns these fields of each frame, as in "5|0.040000000|".
+  Lines ShowFields(const Lines& fields) {
+    std::string columns;
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      columns += (i > 0 ? R"(,"column)" : R"("column)") + std::to_string(i) + R"(":")" + fields[i] +
+                 R"(:0")";
+    }
+    Lines frames = Pick(Ask(R"("frames","params":{)" + columns + "}"), R"("c":[")", R"("])");
+    for (std::string& frame : frames) {
+      for (std::size_t at = 0; (at = frame.find(R"(",")", at)) != std::string::npos;) {
+        frame.replace(at, 3, "|");
       }
-      constexpr uid_t kNobody = 65534;
-      if (geteuid() == 0 && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(126);
-      setenv("HOME", home_.path().c_str(), 1);
-      setenv("TZ", "UTC0", 1);
-      unsetenv("XDG_CONFIG_HOME");
-      std::vector<char*> arguments;
-      for (std::string& word : words) arguments.push_back(word.data());
-      arguments.push_back(nullptr);
-      execvp(arguments[0], arguments.data());
-      _exit(127);
     }
-    const int status = WaitForTool(process);
-    return {status, ReadFile(out), ReadFile(err)};
+    return frames;
   }
 
-  // The lines that tshark prints, where nothing goes wrong.
-  Lines RunTshark(const std::vector<std::string>& options) const {
-    std::vector<std::string> words = {"tshark"};
-    words.insert(words.end(), options.begin(), options.end());
-    const ProgramResult result = Run(words);
-    EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.status, 0);
-    return SplitLines(result.out);
+  // Returns the text of each item in a frame's tree.
+  Lines ShowTree(std::size_t frame) {
+    return Pick(Ask(R"("frame","params":{"proto":true,"frame":)" + std::to_string(frame) + "}"),
+                R"({"l":")", R"(")");
   }
 
-  // sharkd's answers to requests like R"("frames","params":{"filter":"udi.vif==1"})".
-  Lines RunSharkd(const Lines& requests) const {
-    std::string input;
-    for (std::size_t i = 0; i < requests.size(); ++i) {
-      input += R"({"jsonrpc":"2.0","id":)" + std::to_string(i + 1) + R"(,"method":)" + requests[i] +
-               "}\n";
-    }
-    const ProgramResult result = Run({"sharkd", "-"}, input);
-    EXPECT_EQ(result.err.find("Lua"), std::string::npos) << result.err;
-    EXPECT_EQ(result.status, 0);
-    const Lines answers = SplitLines(result.out);
-    EXPECT_EQ(answers.size(), requests.size());
-    return answers;
-  }
-
-  std::string LoadRequest(const std::string& name) const {
-    return R"("load","params":{"file":")" + PathOf(name) + R"("})";
-  }
-
-  static std::string FramesRequest(const std::string& columns, const std::string& filter = "") {
-    std::string request = R"("frames","params":{)" + columns;
-    if (!filter.empty())
-      request += std::string(columns.empty() ? "" : ",") + R"("filter":")" + filter + '"';
-    return request + "}";
-  }
-
-  // What follows `key` up to `end`, for each frame of an answer.
-  static Lines Pick(std::string_view answer, std::string_view key, char end) {
+ private:
+  // Returns the texts between each `key` and the next `end`.
+  static Lines Pick(std::string_view answer, std::string_view key, std::string_view end) {
     Lines found;
     for (std::size_t at = 0; (at = answer.find(key, at)) != std::string_view::npos;) {
       at += key.size();
@@ -168,28 +188,73 @@ class Plugin : public testing::Test {
     return found;
   }
 
- private:
-  TemporaryDirectory home_;
+  PluginUser user_;
+  std::FILE* requests_;
+  std::ifstream answers_;
 };
 
-// Shows udi.line as the only column: -T fields would make the whole tree.
-constexpr const char* kLineColumnOption = "gui.column.format:\"Line\",\"%Cus:udi.line\"";
-constexpr const char* kLineColumn = R"("column0":"udi.line:0")";
+class Plugin : public testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* program : {"tshark", "sharkd"}) {
+      if (IsInstalled(program)) continue;
+      if (std::getenv("CI") != nullptr) FAIL() << program << " is not installed";
+      GTEST_SKIP() << program << " is not installed";
+    }
+  }
+};
 
-std::string Join(const Lines& words) {
-  std::string text;
-  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
-  return text;
-}
+class PluginInTshark : public Plugin {
+ protected:
+  PluginUser user_;
+};
 
-TEST_F(Plugin, EveryLineOfEveryVersion) {
+// All tests share one sharkd.
+class PluginInSharkd : public Plugin {
+ protected:
+  static void TearDownTestSuite() { sharkd_.reset(); }
+
+  void SetUp() override {
+    Plugin::SetUp();
+    if (!IsSkipped() && !HasFatalFailure() && sharkd_ == nullptr)
+      sharkd_ = std::make_unique<Sharkd>();
+  }
+
+  static inline std::unique_ptr<Sharkd> sharkd_;
+};
+
+// The reference records of all versions, without those that the versions before and
+// after print alike: two of five.
+TEST_F(PluginInTshark, EveryLineOfEveryVersion) {
+  std::vector<ReferenceRecord> records[kHipVersionCount];
+  std::map<std::string, std::string> lines[kHipVersionCount];  // by payload
+  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+    const auto tag = static_cast<HipVersionTag>(version);
+    records[version] = MakeReferenceRecords(tag);
+    const Lines printed = ToolLines(MakeReferenceLog(tag).bytes());
+    ASSERT_EQ(printed.size(), records[version].size());
+    for (std::size_t i = 0; i < printed.size(); ++i)
+      lines[version][records[version][i].payload] += printed[i];
+  }
   std::string log;
   for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-    log += MakeReferenceLog(static_cast<HipVersionTag>(version)).Unload(0ms).Load(0ms).bytes();
+    const auto is_alike_in = [&](std::size_t other, const std::string& payload) {
+      if (other >= kHipVersionCount) return false;
+      const auto found = lines[other].find(payload);
+      return found != lines[other].end() && found->second == lines[version][payload];
+    };
+    Log part = Log().Header(kHipVersions[version]);
+    for (const auto& [id, payload, signal_length] : records[version]) {
+      if (is_alike_in(version - 1, payload) && is_alike_in(version + 1, payload)) continue;
+      part.Record(0ms, payload, signal_length);
+    }
+    log += part.Unload(0ms).Load(0ms).bytes();
   }
-  WriteFile(PathOf("all.udi"), log);
+  WriteFile(user_.PathOf("all.udi"), log);
   const Lines expected = ToolLines(log);
-  const Lines shown = RunTshark({"-r", PathOf("all.udi"), "-o", kLineColumnOption});
+  // A column, because -T fields makes the whole tree.
+  const Lines shown =
+      user_.RunTshark(R"(-r all.udi -o 'gui.column.format:"Line","%Cus:udi.line"')");
   ASSERT_EQ(shown.size(), expected.size());
   for (std::size_t i = 0; i < shown.size(); ++i)
     ASSERT_EQ(shown[i], expected[i]) << "frame " << i + 1;
@@ -228,271 +293,226 @@ std::vector<std::string> MakeDamagedLogs(std::size_t count) {
   return logs;
 }
 
-TEST_F(Plugin, DamagedLogs) {
+// What ends a log is reported at the last frame before. Logs that the tool refuses have
+// no frames.
+TEST_F(PluginInTshark, DamagedLogs) {
+  const std::string header = Log().Header("14.2.9").bytes();
+  const std::string good = header + Log().Load(1ms).TimeRef(5).Unload(2ms).bytes();
+  const std::string reload = header + Log().Load(1ms).Unload(2ms).Load(3ms).bytes();
+  const std::uint32_t kMagic = Log::kHeaderMagic;
+  const struct {
+    std::string start;
+    Log rest;
+    std::string report;
+  } kCases[] = {
+      {good, Log(), ""},
+      {reload, Log(), ""},
+      {good, Log().Bytes("a"), "cut"},
+      {good, Log().Words({Log::kSignalMagic, 0, 9, 9}).Bytes("cut"), "cut"},
+      {reload, Log().Words({kMagic}), "cut"},
+      {good, Log().Words({0xABCD, 1, 2, 3}),
+       "damaged: bad magic number 0x0000ABCD in place of a record"},
+      {good, Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}),
+       "damaged: a clock reference has 12 bytes, not 4 or 8"},
+      {good, Log().Words({Log::kEventMagic, 0, 1, 4}), "damaged: a Load event has 4 bytes, not 0"},
+      {good, Log().Words({Log::kEventMagic, 0, 2, 4}),
+       "damaged: an Unload event has 4 bytes, not 0"},
+      {reload, Log().Words({1, 6, 0x0E05000C}),
+       "damaged: bad magic number 0x00000001 in the header after a reload"},
+      {reload, Log().Words({kMagic, 5}), "damaged: format version 5 in the header after a reload"},
+      {reload, Log().Words({kMagic, 7, 0x0E05000C}),
+       "damaged: format version 7 in the header after a reload"},
+      {reload, Log().Header("14.1.8"),
+       "damaged: HIP version 0x0E010008 in the header after a reload is unknown or older"},
+      {"", Log().Words({kMagic, 6}), ""},
+      {"", Log().Words({kMagic, 5, 0x0E05000C}).Load(0ms), ""},
+      {"", Log().Words({kMagic, 7, 0x0E05000C}).Load(0ms), ""},
+      {"", Log().Words({kMagic, 6, 0x0E05000D}).Load(0ms), ""},
+      {"", Log().Words({kMagic + 1, 6, 0x0E05000C}).Load(0ms), ""},
+  };
   std::string file = "many logs\n";
   Lines expected;
-  for (const std::string& log : MakeDamagedLogs(240)) {
+  const auto add = [&](const std::string& log) {
     file += ToBytes(static_cast<std::uint32_t>(log.size()), 4) + log;
     const Lines lines = ToolLines(log);
     expected.insert(expected.end(), lines.begin(), lines.end());
+  };
+  Lines reports;  // only for the cases
+  for (const auto& c : kCases) {
+    add(c.start + c.rest.bytes());
+    reports.resize(expected.size());
+    if (!c.report.empty()) reports.back() = "After this record the log is " + c.report;
   }
-  WriteFile(PathOf("many"), file);
-  std::filesystem::copy_file(VRKT_SOURCE "/tests/wireshark/many_logs.lua", PathOf("many_logs.lua"));
-  RemovePlugin();
-  setenv("VRKT_PLUGIN", PathOf("udi.lua").c_str(), 1);
-  const Lines shown = RunTshark({"-2", "-X", "lua_script:" + PathOf("many_logs.lua"), "-r",
-                                 PathOf("many"), "-o", kLineColumnOption});
+  for (const std::string& log : MakeDamagedLogs(240)) add(log);
+  WriteFile(user_.PathOf("many"), file);
+  std::filesystem::copy_file(VRKT_SOURCE "/tests/wireshark/many_logs.lua",
+                             user_.PathOf("many_logs.lua"));
+  user_.RemovePlugin();
+  const Lines shown = user_.RunTshark(
+      "-2 -X lua_script:many_logs.lua -r many -T tabs -o "
+      R"('gui.column.format:"Line","%Cus:udi.line","Report","%Cus:_ws.expert.message"')");
   ASSERT_EQ(shown.size(), expected.size());
-  for (std::size_t i = 0; i < shown.size(); ++i)
-    ASSERT_EQ(shown[i], expected[i]) << "frame " << i + 1;
+  for (std::size_t i = 0; i < shown.size(); ++i) {
+    const std::size_t tab = shown[i].find('\t');
+    ASSERT_EQ(shown[i].substr(0, tab), expected[i]) << "frame " << i + 1;
+    if (i >= reports.size()) continue;
+    ASSERT_EQ(shown[i].substr(tab + 1), reports[i]) << "frame " << i + 1;
+  }
 }
 
 // As above, by the programs' own reader.
-TEST_F(Plugin, DamagedFiles) {
-  const std::vector<std::string> logs = MakeDamagedLogs(8);
-  Lines requests;
-  for (std::size_t i = 0; i < logs.size(); ++i) {
-    const std::string name = std::to_string(i) + ".udi";
-    WriteFile(PathOf(name), logs[i]);
-    requests.push_back(LoadRequest(name));
-    requests.push_back(FramesRequest(kLineColumn));
-  }
-  const Lines answers = RunSharkd(requests);
-  ASSERT_EQ(answers.size(), requests.size());
-  for (std::size_t i = 0; i < logs.size(); ++i) {
-    const Lines shown = Pick(answers[2 * i + 1], R"("c":[")", '"');
-    EXPECT_EQ(shown, ToolLines(logs[i])) << "damaged log " << i << ": " << answers[2 * i];
+TEST_F(PluginInSharkd, DamagedFiles) {
+  for (const std::string& log : MakeDamagedLogs(3)) {
+    sharkd_->Open(log);
+    EXPECT_EQ(sharkd_->ShowFields({"udi.line"}), ToolLines(log));
   }
 }
 
 // The tree reads as the line: name, dumps and fields, in print order. Blanks aside,
 // since some fields have none before their name.
-TEST_F(Plugin, TheTreeReadsAsTheLine) {
-  WriteFile(PathOf("log.udi"), MakeReferenceLog(HipVersionTag::E).bytes());
-  const Lines tree = RunTshark({"-r", PathOf("log.udi"), "-O", "udi"});
-  std::string shown;
-  std::size_t compared = 0;
-  for (const std::string& item : tree) {
-    const auto after = [&item](const char* start) {
-      return item.starts_with(start) ? item.substr(std::string_view(start).size()) : "";
-    };
-    if (const std::string name = after("WLAN driver UDI log, "); !name.empty()) {
-      shown = name;
-    } else if (const std::string line = after("    [Line: "); !line.empty()) {
-      std::string expected = line.substr(0, line.size() - 1);
-      std::erase(expected, ' ');
-      std::erase(shown, ' ');
-      if (!expected.empty()) {
-        ASSERT_EQ(shown, expected);
-        ++compared;
+TEST_F(PluginInSharkd, TheTreeReadsAsTheLine) {
+  const std::string log = MakeReferenceLog(HipVersionTag::E).bytes();
+  sharkd_->Open(log);
+  const Lines lines = ToolLines(log);
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    if (lines[i].empty()) continue;
+    std::string shown;
+    bool is_report = false;  // repeats a field
+    for (const std::string& item : sharkd_->ShowTree(i + 1)) {
+      constexpr std::string_view kProtocol = "WLAN driver UDI log, ";
+      if (item.starts_with(kProtocol)) shown = item.substr(kProtocol.size());
+      if (item[0] >= 'a' && item[0] <= 'z' && !is_report) shown += item;
+      if (item[0] == '[') {  // a word of the field before, as in "[1]:0x0302"
+        const std::size_t place = shown.rfind('[') + 1 + 7 * std::stoul(item.substr(1));
+        EXPECT_EQ(item.substr(item.find(':') + 1), shown.substr(place, 6)) << shown;
       }
-    } else if (item.starts_with("    ") && item[4] >= 'a' && item[4] <= 'z') {
-      shown += item.substr(4);
+      is_report = item.starts_with("Expert Info");
     }
+    std::string expected = lines[i];
+    std::erase(expected, ' ');
+    std::erase(shown, ' ');
+    ASSERT_EQ(shown, expected) << "frame " << i + 1;
   }
-  EXPECT_GT(compared, 1000U);
 }
 
-TEST_F(Plugin, Filters) {
+TEST_F(PluginInSharkd, Filters) {
   const struct {
     const char* filter;
-    const char* frames;
+    Lines frames;
   } kCases[] = {
-      {"udi.signal == \\\"mlme_connect_cfm\\\"", "11 39"},
-      {"udi.id == 0x210b", "11 39"},
-      {"udi.hip_version == \\\"14.5.12\\\"", "45 46 47 48 49 50"},
-      {"udi.vif == 1 && udi.rssi < -70", "8 31"},
-      {"udi.host_tag == 0x0102", "27 28"},
-      {"udi.bssid == 0a:0b:0c:0d:0e:1f", "38"},
-      {"udi.frame contains 80:00", "7 8 33"},
-      {"udi.result_code == 0x800c", "39"},
-      {"udi.result_code.label == \\\"host_request_failed\\\"", "39"},
-      {"udi.transmission_status.label != \\\"successful\\\"", "28"},
-      {"udi.sequence_number == 402", "26"},                 // a number
-      {"udi.sequence_number == 1 && udi.key", "20 22 35"},  // one of several words
-      {"udi.timestamp == 0x40e2010000000000", "12"},
-      {"udi.current_pa_temperature == 28", "50"},
-      {"udi.oob_constraint == -10", "50"},
-      {"udi.driver.event", "1 2 43 44 45"},
-      {"udi.response_in == 28", "27"},
-      {"udi.response_time > 0.05", "28"},
-      {"udi.expert.transmission || udi.expert.result", "28 39"},
-      {"udi.expert.too_short", "40"},
-      {"udi.expert.unknown_id", "41 42"},
-      {"udi.line == \\\"\\\"", "40"},
-      {"udi && !udi.line", ""},
+      {"udi.signal == \"mlme_connect_cfm\"", {"11", "39"}},
+      {"udi.id == 0x210b", {"11", "39"}},
+      {"udi.hip_version == \"14.5.12\"", {"45", "46", "47", "48", "49", "50"}},
+      {"udi.vif == 1 && udi.rssi < -70", {"8", "31"}},
+      {"udi.host_tag == 0x0102", {"27", "28"}},
+      {"udi.bssid == 0a:0b:0c:0d:0e:1f", {"38"}},
+      {"udi.frame contains 80:00", {"7", "8", "33"}},
+      {"udi.result_code == 0x800c", {"39"}},
+      {"udi.result_code.label == \"host_request_failed\"", {"39"}},
+      {"udi.transmission_status.label != \"successful\"", {"28"}},
+      {"udi.sequence_number == 402", {"26"}},                       // a number
+      {"udi.sequence_number == 1 && udi.key", {"20", "22", "35"}},  // one of several words
+      {"udi.timestamp == 0x40e2010000000000", {"12"}},
+      {"udi.current_pa_temperature == 28", {"50"}},
+      {"udi.oob_constraint == -10", {"50"}},
+      {"udi.driver.event", {"1", "2", "43", "44", "45"}},
+      {"udi.response_in == 28", {"27"}},
+      {"udi.response_time > 0.05", {"28"}},
+      {"udi.expert.transmission || udi.expert.result", {"28", "39"}},
+      {"udi.expert.too_short", {"40"}},
+      {"udi.expert.unknown_id", {"41", "42"}},
+      {"udi.line == \"\"", {"40"}},
+      {"udi && !udi.line", {}},
   };
-  WriteFile(PathOf("session"), SessionLog().bytes());  // no matter what its name is
-  Lines requests = {LoadRequest("session")};
-  for (const auto& c : kCases) requests.push_back(FramesRequest("", c.filter));
-  const Lines answers = RunSharkd(requests);
-  ASSERT_EQ(answers.size(), requests.size());
-  for (std::size_t i = 0; i < std::size(kCases); ++i) {
-    EXPECT_EQ(Join(Pick(answers[i + 1], R"("num":)", '}')), kCases[i].frames) << kCases[i].filter;
-  }
+  sharkd_->Open(SessionLog().bytes());
+  for (const auto& c : kCases) EXPECT_EQ(sharkd_->Filter(c.filter), c.frames) << c.filter;
 }
 
-TEST_F(Plugin, RequestsAndConfirms) {
+TEST_F(PluginInSharkd, RequestsAndConfirms) {
   const auto request = [](unsigned vif, unsigned tag) {
     return Fapi(0x1000).U16(vif, tag).PadTo(34);
   };
   const auto confirm = [](unsigned vif, unsigned tag) {
     return Fapi(0x1100).U16(vif, 0, tag).PadTo(32);
   };
-  const Log log = Log()
-                      .Header("14.5.12")
-                      .Signal(0ms, request(1, 7))                   // 1
-                      .Signal(10ms, request(1, 7))                  // 2
-                      .Signal(20ms, request(2, 7))                  // 3
-                      .Signal(30ms, confirm(1, 8))                  // 4: answers none
-                      .Signal(40ms, confirm(1, 7))                  // 5: answers the oldest
-                      .Signal(55ms, confirm(1, 7))                  // 6: answers the other
-                      .Signal(60ms, confirm(1, 7))                  // 7: answers none
-                      .Signal(70ms, confirm(2, 7))                  // 8
-                      .Signal(80ms, Fapi(0x200B).U16(1).PadTo(34))  // 9: mlme_connect_req
-                      .Signal(90ms, Fapi(0x9007).PadTo(50))  // 10: wlanlite_tx_set_params_req
-                      .Signal(95ms, Fapi(0x9107).PadTo(24))  // 11: wlanlite_rx_start_cfm
-                      .Signal(96ms, Fapi(0x9102).PadTo(24))  // 12: wlanlite_tx_set_params_cfm
-                      .Load(97ms)                            // 13
-                      .Signal(99ms, Fapi(0x210B).U16(1).PadTo(26));  // 14: mlme_connect_cfm
-  WriteFile(PathOf("log.udi"), log.bytes());
-  const Lines shown =
-      RunTshark({"-2", "-r", PathOf("log.udi"), "-Y", "udi.response_in || udi.response_to", "-T",
-                 "fields", "-E", "separator=|", "-e", "frame.number", "-e", "udi.response_in", "-e",
-                 "udi.response_to", "-e", "udi.response_time"});
-  EXPECT_EQ(shown, (Lines{"1|5||", "2|6||", "3|8||", "5||1|0.040000000", "6||2|0.045000000",
-                          "8||3|0.050000000", "10|12||", "12||10|0.006000000"}));
+  Log log = Log().Header("14.5.12");
+  Lines expected;
+  const auto add = [&](Log::Time time, const Fapi& signal, const char* links) {
+    log.Signal(time, signal);
+    expected.push_back(links);
+  };
+  add(0ms, request(1, 7), "6||");
+  add(10ms, request(1, 7), "7||");
+  log.TimeRef(0, 1, 15ms);  // no request is forgotten before the next Load
+  expected.push_back("||");
+  add(20ms, request(2, 7), "9||");
+  add(30ms, confirm(1, 8), "||");
+  add(40ms, confirm(1, 7), "|1|0.040000000");  // answers the oldest
+  add(55ms, confirm(1, 7), "|2|0.045000000");
+  add(60ms, confirm(1, 7), "||");
+  add(70ms, confirm(2, 7), "|4|0.050000000");
+  add(80ms, Fapi(0x200B).U16(1).PadTo(34), "||");        // mlme_connect_req
+  add(90ms, Fapi(0x9007).PadTo(50), "13||");             // wlanlite_tx_set_params_req
+  add(95ms, Fapi(0x9107).PadTo(24), "||");               // wlanlite_rx_start_cfm
+  add(96ms, Fapi(0x9102).PadTo(24), "|11|0.006000000");  // wlanlite_tx_set_params_cfm
+  log.Load(97ms);
+  expected.push_back("||");
+  add(99ms, Fapi(0x210B).U16(1).PadTo(26), "||");  // mlme_connect_cfm
+  sharkd_->Open(log.bytes());
+  EXPECT_EQ(sharkd_->ShowFields({"udi.response_in", "udi.response_to", "udi.response_time"}),
+            expected);
 }
 
-TEST_F(Plugin, TimesAreExact) {
+TEST_F(PluginInSharkd, TimesAreExact) {
   const Log log =
       Log().Header("14.5.12").TimeRef(1000).Load(1500ms).Load(-1ms).Load(-1500ms).TimeRef(
           0x7FFFFFFF, 5, 999ms);
-  WriteFile(PathOf("log.udi"), log.bytes());
-  EXPECT_EQ(RunTshark({"-2", "-r", PathOf("log.udi"), "-T", "fields", "-e", "frame.time_epoch"}),
+  sharkd_->Open(log.bytes());
+  EXPECT_EQ(sharkd_->ShowFields({"frame.time_epoch"}),
             (Lines{"1001.500000000", "999.999000000", "998.500000000", "2147483647.999000000"}));
 }
 
-// What ends a log is shown at the last frame before.
-TEST_F(Plugin, DamageIsReported) {
-  const std::string header = Log().Header("14.2.9").bytes();
-  const Log good = Log().Load(1ms).TimeRef(5).Unload(2ms);
-  const Log reload = Log().Load(1ms).Unload(2ms).Load(3ms);
-  const std::uint32_t kMagic = Log::kHeaderMagic;
-  const struct {
-    std::string records;
-    const char* report;
-  } kCases[] = {
-      {good.bytes(), ""},
-      {reload.bytes(), ""},
-      {good.bytes() + "abc", "cut"},
-      {good.bytes() + Log().Words({Log::kSignalMagic, 0, 9, 9}).Bytes("cut").bytes(), "cut"},
-      {reload.bytes() + Log().Words({kMagic}).bytes(), "cut"},
-      {good.bytes() + Log().Words({0xABCD, 1, 2, 3}).bytes(),
-       "damaged: bad magic number 0x0000ABCD in place of a record"},
-      {good.bytes() + Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}).bytes(),
-       "damaged: a clock reference has 12 bytes, not 4 or 8"},
-      {good.bytes() + Log().Words({Log::kEventMagic, 0, 1, 4}).bytes(),
-       "damaged: a Load event has 4 bytes, not 0"},
-      {good.bytes() + Log().Words({Log::kEventMagic, 0, 2, 4}).bytes(),
-       "damaged: an Unload event has 4 bytes, not 0"},
-      {reload.bytes() + Log().Words({1, 6, 0x0E05000C}).bytes(),
-       "damaged: bad magic number 0x00000001 in the header after a "
-       "reload"},
-      {reload.bytes() + Log().Words({kMagic, 5}).bytes(),
-       "damaged: format version 5 in the header after a reload"},
-      {reload.bytes() + Log().Words({kMagic, 7, 0x0E05000C}).bytes(),
-       "damaged: format version 7 in the header after a reload"},
-      {reload.bytes() + Log().Header("14.1.8").bytes(),
-       "damaged: HIP version 0x0E010008 in the header after a reload "
-       "is unknown or older"},
-  };
-  Lines requests;
-  for (const auto& c : kCases) {
-    const std::string name = std::to_string(requests.size()) + ".udi";
-    WriteFile(PathOf(name), header + c.records);
-    requests.push_back(LoadRequest(name));
-    requests.push_back(FramesRequest(R"("column0":"_ws.expert.message:0")"));
-  }
-  const Lines answers = RunSharkd(requests);
-  ASSERT_EQ(answers.size(), requests.size());
-  for (std::size_t i = 0; i < std::size(kCases); ++i) {
-    const Lines reports = Pick(answers[2 * i + 1], R"("c":[")", '"');
-    ASSERT_FALSE(reports.empty()) << kCases[i].report;
-    const std::string report = kCases[i].report;
-    EXPECT_EQ(reports.back(), report.empty() ? "" : "After this record the log is " + report);
-    for (std::size_t frame = 0; frame + 1 < reports.size(); ++frame) EXPECT_EQ(reports[frame], "");
-  }
-}
-
-TEST_F(Plugin, RefusedHeadersAreNotOpened) {
-  const Log logs[] = {
-      Log().Words({Log::kHeaderMagic, 6}),
-      Log().Words({Log::kHeaderMagic, 5, 0x0E05000C}).Load(0ms),
-      Log().Words({Log::kHeaderMagic, 7, 0x0E05000C}).Load(0ms),
-      Log().Words({Log::kHeaderMagic, 6, 0x0E05000D}).Load(0ms),
-      Log().Words({Log::kHeaderMagic + 1, 6, 0x0E05000C}).Load(0ms),
-  };
-  Lines requests;
-  for (const Log& log : logs) {
-    const std::string name = std::to_string(requests.size()) + ".udi";
-    WriteFile(PathOf(name), log.bytes());
-    requests.push_back(LoadRequest(name));
-  }
-  for (const std::string& answer : RunSharkd(requests)) {
-    EXPECT_EQ(answer.find("\"OK\""), std::string::npos) << answer;
-  }
-}
-
 // Wireshark accepts 262,144 bytes per frame, of which 32 are headers.
-TEST_F(Plugin, LongRecordsAreTruncated) {
+TEST_F(PluginInSharkd, LongRecordsAreTruncated) {
   const Log log =
       Log()
           .Header("14.5.12")
           .Signal(0ms, Fapi(0x1000).U16(5).PadTo(34).BulkBytes(std::string(262078, '\1')))
           .Signal(1ms, Fapi(0x1000).U16(6).PadTo(34).BulkBytes(std::string(262079, '\2')))
           .Load(2ms);
-  WriteFile(PathOf("log.udi"), log.bytes());
-  const Lines shown =
-      RunTshark({"-2", "-r", PathOf("log.udi"), "-T", "fields", "-E", "separator=|", "-e",
-                 "frame.cap_len", "-e", "frame.len", "-e", "udi.vif", "-e", "udi.line"});
-  const Lines expected = ToolLines(log.bytes());
-  ASSERT_EQ(shown.size(), 3U);
-  EXPECT_EQ(shown[0], "262144|262144|5|" + expected[0]);
-  EXPECT_TRUE(shown[1].starts_with("262144|262145|6|ma_unitdata_req data:{0202"));
-  EXPECT_EQ(shown[2], "32|32||Driver: Loaded");
+  sharkd_->Open(log.bytes());
+  EXPECT_EQ(sharkd_->ShowFields({"frame.cap_len", "frame.len", "udi.vif", "udi.host_tag"}),
+            (Lines{"262144|262144|5|0x0000", "262144|262145|6|0x0000", "32|32||"}));
+  EXPECT_EQ(sharkd_->Filter("len(udi.data) == 262078 and len(udi.line) == " +
+                            std::to_string(ToolLines(log.bytes())[0].size())),
+            (Lines{"1", "2"}));
 }
 
-TEST_F(Plugin, ASavedSelectionShowsTheSame) {
-  const std::string log = SessionLog().bytes();
-  WriteFile(PathOf("session.udi"), log);
-  RunTshark({"-r", PathOf("session.udi"), "-Y", "frame.number != 5", "-w", PathOf("saved.pcapng")});
-  const Lines columns = {"-T", "fields",          "-E", "separator=|", "-e", "frame.time_epoch",
-                         "-e", "udi.hip_version", "-e", "udi.line"};
-  Lines log_options = {"-r", PathOf("session.udi")};
-  Lines saved_options = {"-r", PathOf("saved.pcapng")};
-  log_options.insert(log_options.end(), columns.begin(), columns.end());
-  saved_options.insert(saved_options.end(), columns.begin(), columns.end());
-  Lines expected = RunTshark(log_options);
+TEST_F(PluginInSharkd, ASavedSelectionShowsTheSame) {
+  const Lines fields = {"frame.time_epoch", "udi.hip_version", "udi.line"};
+  sharkd_->Open(SessionLog().bytes());
+  Lines expected = sharkd_->ShowFields(fields);
   ASSERT_EQ(expected.size(), 50U);
   expected.erase(expected.begin() + 4);
-  EXPECT_EQ(RunTshark(saved_options), expected);
+  sharkd_->user().RunTshark("-r log -Y 'frame.number != 5' -w saved");
+  sharkd_->OpenFile("saved");
+  EXPECT_EQ(sharkd_->ShowFields(fields), expected);
 }
 
 // A capture file does not say which bytes are bulk.
-TEST_F(Plugin, CaptureFile) {
+TEST_F(PluginInSharkd, CaptureFile) {
   const std::string log = MakeReferenceLog(HipVersionTag::I).bytes();
   Log without_bulk = Log().Header("14.3.10");
   for (const ReferenceRecord& record : MakeReferenceRecords(HipVersionTag::I)) {
     without_bulk.Record(0ms, record.payload, record.payload.size());
   }
-  RunTool({.arguments = {"stdin", "--pcap"}, .input = log, .directory = PathOf("")});
-  EXPECT_EQ(RunTshark({"-o", "udi.hip_version:14.3.10", "-r", PathOf("udi_fapi.pcap"), "-T",
-                       "fields", "-e", "udi.line"}),
-            ToolLines(without_bulk.bytes()));
-  EXPECT_EQ(RunTshark({"-c", "1", "-r", PathOf("udi_fapi.pcap"), "-T", "fields", "-e",
-                       "udi.hip_version"}),
-            Lines{"14.5.12"});
+  const std::string pcap = RunTool({.arguments = {"stdin", "--pcap"}, .input = log}).pcap;
+  sharkd_->Open(pcap);
+  EXPECT_EQ(sharkd_->ShowFields({"udi.hip_version"})[0], "14.5.12");
+  sharkd_->SetHipVersion("14.3.10");
+  sharkd_->Open(pcap);
+  EXPECT_EQ(sharkd_->ShowFields({"udi.line"}), ToolLines(without_bulk.bytes()));
+  sharkd_->SetHipVersion("14.5.12");
 }
 
 }  // namespace
