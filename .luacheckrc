@@ -7,4 +7,3 @@ read_globals = {
   "base", "expert", "frametype", "register_filehandler", "vocabulary",
   "wtap_encaps", "wtap_presence_flags", "wtap_rec_types", "wtap_tsprecs", "FileHandler",
 }
-files["tests/wireshark/many_logs.lua"] = {globals = {"_G"}}

@@ -18,6 +18,9 @@
 
 #include "session_log.h"
 #include "support/process.h"
+#ifdef VRKT_PLUGIN
+#include "support/wireshark_user.h"
+#endif
 
 namespace {
 
@@ -72,16 +75,8 @@ class ReadmeShell {
                 "[ \"$3\" = -F ] && exec /usr/bin/tail \"$1\" \"$2\" \"$4\"\n"
                 "exec /usr/bin/tail \"$@\"");
 #ifdef VRKT_PLUGIN
-    // tshark with the plugin installed. As root it would warn, and later versions of it
-    // load no plugin.
-    const std::string plugins = directory_.path() + "/.local/lib/wireshark/plugins";
-    std::filesystem::create_directories(plugins);
-    std::filesystem::copy_file(VRKT_PLUGIN, plugins + "/udi.lua");
-    WriteScript(
-        bin() + "/tshark",
-        "[ \"$(id -u)\" != 0 ] || chmod -R a+rX \"$TMPDIR\"\n"
-        "[ \"$(id -u)\" != 0 ] || as_user=\"setpriv --reuid=65534 --regid=65534 --clear-groups\"\n"
-        "HOME=$TMPDIR exec $as_user /usr/bin/tshark \"$@\"");
+    WriteScript(bin() + "/tshark", "[ \"$(id -u)\" != 0 ] || chmod -R a+rX \"$TMPDIR\"\nexec " +
+                                       user_.Command("/usr/bin/tshark \"$@\""));
 #endif
     for (const Recipe& recipe : ReadRecipes(ReadFile(kSource + "/README.md"))) {
       if (recipe.commands.find("mktemp -d") != std::string::npos) {
@@ -118,6 +113,9 @@ class ReadmeShell {
 
  private:
   TemporaryDirectory directory_;
+#ifdef VRKT_PLUGIN
+  WiresharkUser user_;
+#endif
   std::string setup_;
   std::vector<Recipe> recipes_;
 };
