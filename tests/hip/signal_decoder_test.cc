@@ -44,7 +44,8 @@ const std::string kUnitdataReqFields =
     " vif:1 host_tag:0x1234 priority:qos_up5 peer_index:2 data_unit_descriptor:ieee802_3_frame "
     "bulk_data_descriptor:inline spare_1:0 spare_2:7 spare_3:4294967295\n";
 
-TEST(SignalDecoder, LinesOfTheDataPath) {
+TEST(SignalDecoder, Lines) {
+  const std::string kSpares = " spare_1:0 spare_2:0 spare_3:0\n";
   const struct {
     const char* what;
     const char* versions;
@@ -80,6 +81,26 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
        "ma_blockack_ind frame:{} vif:1 peer_qsta_address:00:0a:0b:0c:0d:0e sequence_number:2 "
        "reason_code:ndp_response_timeout blockack_parameter_set:3 direction:3 spare_1:0 spare_2:0 "
        "spare_3:0\n"},
+      {"signed numbers, no blank before a name", "L",
+       Fapi(0x9005).U16(2412, 0x10, 8, 9, 1).U32(0xFFFFFFFF, 2).U16(3).Spares(),
+       "wlanlite_cw_start_req freq:2412power:0x0010 flags:8 type:9 amplitude:1 freq1:-1 freq2:2 "
+       "phase:3" +
+           kSpares},
+      {"a skipped byte", "A",
+       Fapi(0x8004).U16(1, 2, 3).U32(4).U16(5, 6).U32(0x01020304).U16(7, 1).U8(0xEE).Spares(),
+       "debug_pkt_gen_start_req vif:1 end_point:2 direction:any interval:4 size:5 "
+       "packets_per_interval:6 ipv4destination_address:16909060 packets_per_interrupt:7 "
+       "use_streaming:true" +
+           kSpares},
+      {"eight bytes in stored order", "C",
+       Fapi(0x2316).U16(1, 0x0100).Bytes("0102030405060708").Spares(),
+       "mlme_event_log_ind vif:1event:256 timestamp:0x0102030405060708" + kSpares},
+      {"words, Min inside the fields", "B",
+       Fapi(0x2018).U16(1, 16, 2, 8).Mac("010203040506").PadTo(56, '\x01').Bytes("77"),
+       "mlme_setkeys_req data:{0101010101010101010101010101010177} vif:1 length:16 key_id:2 "
+       "key_type:oxygen address:01:02:03:04:05:06 sequence_number:[0x0101 0x0101 0x0101 0x0101 "
+       "0x0101 0x0101 0x0101 0x0101 ] cipher_suite_selector:0x01010101 spare_1:16843009 "
+       "spare_2:16843009 spare_3:16843009\n"},
       {"unknown id", "EFHIJKL", Fapi(0x1001).U16(1, 0).Spares(), "Unknown Hip Signal : 0x1001\n"},
       {"an id of the driver side is unknown here", "ABCDEFGHIJKL", Fapi(0x8011).PadTo(40),
        "Unknown Hip Signal : 0x8011\n"},
@@ -89,44 +110,6 @@ TEST(SignalDecoder, LinesOfTheDataPath) {
       const Decoded decoded = Decode(*version, c.signal);
       const bool is_line = !c.line.empty() && !c.line.starts_with("Unknown");
       EXPECT_EQ(decoded, (Decoded{is_line ? 1U : 0U, c.line})) << c.what << " in " << *version;
-    }
-  }
-}
-
-// Lines with the rarer forms: no blank before a name, a skipped byte, negative
-// numbers, stored byte order, words, a minimum length inside the fields.
-TEST(SignalDecoder, LinesOfTheRarerForms) {
-  const std::string kSpares = " spare_1:0 spare_2:0 spare_3:0\n";
-  const struct {
-    const char* versions;
-    Fapi signal;
-    std::string line;
-  } kCases[] = {
-      {"C", Fapi(0x1101).U16(7, 0x8013).Spares(),
-       "ma_spare_signal1_cfm vif:7result_code:32787" + kSpares},
-      {"E", Fapi(0x213B).U16(0x9009, 7).Spares(),
-       "mlme_spare5_cfm result_code:nan_immutable_unacceptable  vif:7" + kSpares},
-      {"L", Fapi(0x9005).U16(2412, 0x10, 8, 9, 1).U32(0xFFFFFFFF, 2).U16(3).Spares(),
-       "wlanlite_cw_start_req freq:2412power:0x0010 flags:8 type:9 amplitude:1 freq1:-1 freq2:2 "
-       "phase:3" +
-           kSpares},
-      {"A", Fapi(0x8004).U16(1, 2, 3).U32(4).U16(5, 6).U32(0x01020304).U16(7, 1).U8(0xEE).Spares(),
-       "debug_pkt_gen_start_req vif:1 end_point:2 direction:any interval:4 size:5 "
-       "packets_per_interval:6 ipv4destination_address:16909060 packets_per_interrupt:7 "
-       "use_streaming:true" +
-           kSpares},
-      {"C", Fapi(0x2316).U16(1, 0x0100).Bytes("0102030405060708").Spares(),
-       "mlme_event_log_ind vif:1event:256 timestamp:0x0102030405060708" + kSpares},
-      {"E", Fapi(0x2316).U16(1, 0x38).Bytes("0102030405060708").Spares(), ""},
-      {"B", Fapi(0x2018).U16(1, 16, 2, 8).Mac("010203040506").PadTo(56, '\x01').Bytes("77"),
-       "mlme_setkeys_req data:{0101010101010101010101010101010177} vif:1 length:16 key_id:2 "
-       "key_type:oxygen address:01:02:03:04:05:06 sequence_number:[0x0101 0x0101 0x0101 0x0101 "
-       "0x0101 0x0101 0x0101 0x0101 ] cipher_suite_selector:0x01010101 spare_1:16843009 "
-       "spare_2:16843009 spare_3:16843009\n"},
-  };
-  for (const auto& c : kCases) {
-    for (const char* version = c.versions; *version != '\0'; ++version) {
-      EXPECT_EQ(Decode(*version, c.signal).text, c.line) << "in " << *version;
     }
   }
 }
