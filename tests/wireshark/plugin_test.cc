@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -82,15 +83,16 @@ Lines RunTshark(const WiresharkUser& user, const std::string& options) {
 class Sharkd {
  public:
   Sharkd() {
+    std::signal(SIGPIPE, SIG_IGN);  // a test fails if sharkd crashes
     if (mkfifo(user_.PathOf("answers").c_str(), 0600) != 0) std::abort();
     requests_ = popen(Command(user_, "sharkd - >answers").c_str(), "w");
     answers_.open(user_.PathOf("answers"));
   }
 
   ~Sharkd() {
-    EXPECT_EQ(pclose(requests_), 0);
+    const int status = pclose(requests_);
     const std::string errors = ReadFile(user_.PathOf("err"));
-    EXPECT_EQ(errors.find("Lua"), std::string::npos) << errors;
+    EXPECT_TRUE(status == 0 && errors.find("Lua") == std::string::npos) << errors;
   }
 
   Sharkd(const Sharkd&) = delete;
@@ -211,12 +213,11 @@ TEST_F(Plugin, EveryLineOfEveryVersion) {
 }
 
 // Logs that are cut, and logs with a byte or a word changed, put in or taken out.
-std::vector<std::string> MakeDamagedLogs(std::size_t count) {
+TEST_F(PluginInSharkd, DamagedLogs) {
   const std::string whole = SessionLog().bytes();
   std::mt19937 random(20260601);
   const auto below = [&random](std::size_t limit) { return random() % limit; };
-  std::vector<std::string> logs;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (int i = 0; i < 240; ++i) {
     std::string log = whole;
     const std::size_t at = below(log.size());
     switch (i % 6) {
@@ -238,16 +239,8 @@ std::vector<std::string> MakeDamagedLogs(std::size_t count) {
       default:
         log.erase(at, 1 + below(8));
     }
-    logs.push_back(log);
-  }
-  return logs;
-}
-
-TEST_F(PluginInSharkd, DamagedLogs) {
-  for (const std::string& log : MakeDamagedLogs(240)) {
-    const Lines lines = ToolLines(log);
     const Lines shown = sharkd_->Open(log) ? sharkd_->ShowFields({"udi.line"}) : Lines();
-    ASSERT_EQ(shown, lines);
+    ASSERT_EQ(shown, ToolLines(log)) << "log " << i << ", byte " << at;
   }
 }
 
