@@ -8,15 +8,15 @@
 --
 --   offset  bytes
 --        0      1  format of this header: 1
---        1      1  why the log ends after this record, see LOG_ENDS; 0 if it goes on
+--        1      1  why the log ends after this record, see LOG_ENDS; 0 if it does not
 --        2      2  zero
 --        4      4  HIP version
 --        8      4  clock reference in seconds
 --       12      4  the value that was wrong, for some reasons at offset 1
 --       16         the record, with its header of 16 bytes
 --
--- So a frame needs nothing that only the log knows, and a capture file that was
--- saved from a log shows the same as the log. The version could have been kept in
+-- So a frame contains all that the dissector needs, and a capture file that was saved
+-- from a log shows the same as the log. The version could have been kept in
 -- the link type instead, but only 16 link types are free for private use.
 --
 -- All integers are little-endian. The code runs in Lua 5.2 and in Lua 5.4, so it
@@ -30,7 +30,7 @@
 if pcall(Dissector.get, "udi") and Dissector.get("udi") then return end
 
 -- Each item of a tree is an object that Lua has to collect. Lua 5.4 has a collector
--- for objects that live shortly. In Lua 5.2 the collector is fastest while the garbage
+-- for short-lived objects. In Lua 5.2 the collector is fastest while the garbage
 -- fits into the processor's cache, so it starts early and finishes quickly: this takes
 -- half of the time that its defaults take. (The same settings make Lua 5.4 a hundred
 -- times slower.)
@@ -163,9 +163,7 @@ function Reader:begin_span()
     pseudo_header = char(PSEUDO_HEADER_FORMAT, LOG_GOES_ON, 0, 0)
       .. u32_bytes(self.version.packed) .. u32_bytes(self.clock) .. u32_bytes(0),
   }
-  -- A log may set the clock for each record and then have no frame between.
-  local last = self.spans[#self.spans]
-  self.spans[last and last.offset == span.offset and #self.spans or #self.spans + 1] = span
+  self.spans[#self.spans + 1] = span
   self.span = span
 end
 
@@ -201,7 +199,7 @@ function Reader:read_payload(file, length)
   local payload = self:read_bytes(file, min(length, MAX_PAYLOAD_SIZE))
   if not payload then return self:end_of_file(true) end
   if length > MAX_PAYLOAD_SIZE then
-    -- A length is true if the record's last byte is there.
+    -- A length is valid if the file contains the record's last byte.
     self.position = self.position + length - MAX_PAYLOAD_SIZE
     local last = file:seek("set", self.position - 1) and file:read(1)
     if not last or #last == 0 then return self:end_of_file(true) end
@@ -284,7 +282,7 @@ function Reader:advance(file)
 end
 
 -- Seconds wrap as the stamp's do; the milliseconds are exact, so that a negative
--- time lies in the second before.
+-- time is in the second before.
 local function frame_time(clock, time_word)
   local time = to_signed(time_word, 32)
   local seconds = floor(time / 1000)
@@ -475,7 +473,7 @@ end
 local udi = Proto("udi", "WLAN driver UDI log")
 local udi_capture = Proto("udi_capture", "WLAN driver signals in a capture file")
 
--- Names of fields have no dot, so names with one never meet them.
+-- No field of a signal may have one of these names.
 local own = {
   line = ProtoField.string("udi.line", "Line"),
   signal = ProtoField.string("udi.signal", "Signal"),
@@ -494,6 +492,7 @@ do
   local all = {}
   for _, item in pairs(own) do all[#all + 1] = item end
   for name, use in pairs(uses) do
+    assert(not own[name], name)
     items[name], converters[name] = make_item(name, use)
     all[#all + 1] = items[name]
     if use.has_labels then
@@ -699,7 +698,7 @@ local function signals_for(version)
 end
 
 -- A confirm answers the request of the same name. (Their ids differ by 0x0100 in
--- most families, but not in all.) Returns the fields that tell requests apart: those
+-- most families, but not in all.) Returns the fields that distinguish requests: those
 -- of the plan that the other signal has too.
 local function find_exchange(plan, stem, other, signals)
   local id = signals.ids[stem .. other]
@@ -962,6 +961,7 @@ end
 -- not needed, it is not made.
 local function dissect_signal(payload, pinfo, tree, detailed, needs_line)
   local id = payload.id
+  if payload.captured < payload.length then tree:add_proto_expert_info(experts.truncated) end
   local is_hip = id >= FIRST_HIP_ID and id <= LAST_HIP_ID
   local plan = is_hip and plan_for(payload.version, id)
   if detailed then
@@ -1108,10 +1108,9 @@ function udi.dissector(tvb, pinfo, root)
   local line, name
   if record.is_signal then
     line, name = dissect_signal(record, pinfo, tree, detailed, detailed or in_columns)
-    if record.captured < record.length then tree:add_proto_expert_info(experts.truncated) end
   else
     line = dissect_event(record, tree, detailed)
-    -- A driver that was loaded again knows nothing of earlier requests.
+    -- After a Load, no confirm answers an earlier request.
     if record.type == LOAD and not pinfo.visited then forget_waiting() end
   end
   if in_columns then show_columns(columns, line, name) end
