@@ -58,7 +58,7 @@ std::uint8_t FindRates() {
   std::abort();
 }
 
-void LabelAmong656(benchmark::State& state) {
+void LabelOfARate(benchmark::State& state) {
   const std::uint8_t rates = FindRates();
   const std::span<const CompiledLabel> labels = ListLabels(rates);
   std::size_t row = 0;
@@ -67,7 +67,7 @@ void LabelAmong656(benchmark::State& state) {
     row = (row + 331) % labels.size();
   }
 }
-BENCHMARK(LabelAmong656);
+BENCHMARK(LabelOfARate);
 
 void WholeLine(benchmark::State& state) {
   std::vector<std::uint8_t> payload(34 + 40);

@@ -82,10 +82,10 @@ class ValueChooser {
       std::uint16_t best = 0;
       std::ptrdiff_t most = 0;
       for (const std::uint16_t value : candidates) {
-        const auto told = std::ranges::count_if(
+        const auto differing = std::ranges::count_if(
             others, [&](Printer other) { return Print(other, value) != Print(own, value); });
-        if (told > most) {
-          most = told;
+        if (differing > most) {
+          most = differing;
           best = value;
         }
         if (most == std::ssize(others)) break;

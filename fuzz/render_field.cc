@@ -38,10 +38,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto print = [&] { PrintFields({&field, 1}, region.data(), version); };
   const std::string text = CaptureStandardOutput(print);
   const std::string head(GetText(field.prefix).text());
-  const bool sticks = field.renderer == FieldRenderer::kEnum16 && version < HipVersionTag::D &&
-                      text.starts_with(head.substr(1));
-  Expect(sticks || text.starts_with(head), "no name", text);
-  Expect(text.size() > head.size() - (sticks ? 1 : 0), "no value", text);
+  const bool lacks_blank = field.renderer == FieldRenderer::kEnum16 && version < HipVersionTag::D &&
+                           text.starts_with(head.substr(1));
+  Expect(lacks_blank || text.starts_with(head), "no name", text);
+  Expect(text.size() > head.size() - (lacks_blank ? 1 : 0), "no value", text);
   for (const char c : text) Expect(c >= ' ' && c <= '~', "not printable", text);
   if (field.renderer == FieldRenderer::kU32) {
     Expect(text.substr(head.size()) == std::to_string(LoadU32(region.data() + field.offset)),

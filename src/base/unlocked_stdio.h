@@ -41,7 +41,7 @@ inline void WriteBytes(const void* bytes, std::size_t size, std::FILE* stream) {
 // Prints a piece of an output line to standard output.
 inline void PrintPiece(std::string_view piece) { WriteBytes(piece.data(), piece.size(), stdout); }
 
-// Ends an output line. Like std::putc, so that a terminal shows the line at once.
+// Ends an output line.
 inline void PrintLineEnd() {
 #ifdef VRKT_HAVE_PUTC_UNLOCKED
   putc_unlocked('\n', stdout);

@@ -34,7 +34,7 @@ consteval EnumLabel Label(unsigned value, const char* text, HipVersionSet versio
   if (value > 0xFFFF) throw "an enumerated value has 16 bits";
   const std::string_view label = text;
   if (label.empty()) throw "a label must have a text";
-  if (label.size() > kMaxLabelLength) throw "a label is too long: raise kMaxLabelLength";
+  if (label.size() > kMaxLabelLength) throw "a label is too long: raise kPaddedTextSize";
   for (const char c : label) {
     if (c < ' ' || c > '~') throw "a label must be printable ASCII";
   }

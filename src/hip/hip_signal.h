@@ -10,8 +10,8 @@ struct SignalSpan {
   const std::uint8_t* bytes;
 };
 
-// The three parts of a payload, in this order and without gaps. An empty bulk may
-// have a null address.
+// The three parts of a payload. In a record they follow each other without gaps. An
+// empty bulk may have a null address.
 struct HipSignal {
   SignalSpan signal;  // starts at the id
   SignalSpan bulk1;

@@ -15,7 +15,8 @@ std::uint32_t ReadLogFileHeader(std::FILE* stream);
 
 // Reads and handles the records of an epoch. Returns true if a driver reload ended the
 // epoch, so that the next header follows in the stream. Returns false if the run ends
-// with status 0. The end of the log within a word ends the process instead.
+// with status 0. The end of the log outside a payload ends the process instead, with
+// status 0.
 bool ReadRecords(RunState& state);
 
 #endif  // VRKT_INTAKE_LOG_STREAM_H_

@@ -15,10 +15,18 @@
 
 namespace {
 
-constexpr int kRefused = -1;
+constexpr int kRejected = -1;
 constexpr int kNoArguments = 1;
 constexpr std::string_view kStandardInput = "stdin";
 constexpr std::string_view kPcapOption = "--pcap";
+
+// Returns the name used in reports: the part of argument 0 after its last "/", which may
+// be empty. Without an argument 0, the name is that of the tool.
+const char* ResolveProgramName(const char* argument) {
+  if (argument == nullptr) return "vrkt_wlan_udi_log_decode";
+  const char* const last_slash = std::strrchr(argument, '/');
+  return last_slash == nullptr ? argument : last_slash + 1;
+}
 
 void PrintBanner() { std::printf("Decode Tool version:%s.%d\n", HipVersionTable.back().name, 1); }
 
@@ -40,7 +48,6 @@ void PrintUsage() {
 }
 
 bool OpenInput(RunState& state, const char* argument) {
-  state.input_argument = argument;
   if (argument == kStandardInput) {
     state.input = stdin;
     return true;
@@ -65,14 +72,14 @@ void OpenPcap(RunState& state) {
 std::optional<int> ReadArguments(int argc, const char* const* argv, RunState& state) {
   if (argc < 2) {
     PrintUsage();
-    return argc == 1 ? kNoArguments : kRefused;
+    return argc == 1 ? kNoArguments : kRejected;
   }
   if (argv[1] == kPcapOption) {
     std::fprintf(stderr, "i%s: --pcap must be given after filename/stdin\n", programName);
     PrintUsage();
-    return kRefused;
+    return kRejected;
   }
-  if (!OpenInput(state, argv[1])) return kRefused;
+  if (!OpenInput(state, argv[1])) return kRejected;
   if (argc > 2 && argv[2] == kPcapOption) OpenPcap(state);
   return std::nullopt;
 }
@@ -87,17 +94,11 @@ void DecodeEpochs(RunState& state) {
 }
 
 void CloseStreams(const RunState& state) {
-  if (state.input_argument != kStandardInput) std::fclose(state.input);
+  if (state.input != stdin) std::fclose(state.input);
   if (state.pcap != nullptr) std::fclose(state.pcap);
 }
 
 }  // namespace
-
-const char* ResolveProgramName(const char* argument) {
-  if (argument == nullptr) return "vrkt_wlan_udi_log_decode";
-  const char* const last_slash = std::strrchr(argument, '/');
-  return last_slash == nullptr ? argument : last_slash + 1;
-}
 
 int RunLogDecoder(int argc, const char* const* argv) {
   PrintBanner();

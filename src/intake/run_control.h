@@ -1,11 +1,6 @@
 #ifndef VRKT_INTAKE_RUN_CONTROL_H_
 #define VRKT_INTAKE_RUN_CONTROL_H_
 
-// Returns the name used in reports. `argument` is the first entry of the argument
-// vector; the name is the part after its last "/", which may be empty. If `argument`
-// is null, the name is that of the tool.
-const char* ResolveProgramName(const char* argument);
-
 // Runs the tool with this argument vector and returns the exit status: 0 if the log
 // ended or is damaged, 1 if there are no arguments, -1 if the arguments are wrong or the
 // log cannot be opened. In most runs it does not return, because the end of the log, a

@@ -9,8 +9,7 @@
 // The state of one run, except programName, which is global.
 struct RunState {
   std::FILE* input = nullptr;
-  const char* input_argument = nullptr;  // "stdin" or the path of the log
-  std::FILE* pcap = nullptr;             // null if no capture file is written
+  std::FILE* pcap = nullptr;  // null if no capture file is written
 
   // The row of the epoch's HIP version. It only moves forward.
   const HipVersionEntry* hipCursor = HipVersionTable.data();

@@ -30,7 +30,7 @@ const std::string kSource = VRKT_SOURCE;
 struct Recipe {
   std::string commands;
   std::string output;
-  bool tells_output = false;
+  bool has_output = false;
 };
 
 std::vector<Recipe> ReadRecipes(const std::string& markdown) {
@@ -49,7 +49,7 @@ std::vector<Recipe> ReadRecipes(const std::string& markdown) {
       at += kOutput.size();
       end = markdown.find(kEnd, at);
       recipe.output = markdown.substr(at, end - at);
-      recipe.tells_output = true;
+      recipe.has_output = true;
     }
     recipes.push_back(recipe);
   }
@@ -140,7 +140,7 @@ TEST(Documents, TheCommandsOfTheReadme) {
     // diff ends with status 1 if there are differences.
     EXPECT_LE(WEXITSTATUS(status), uses("diff") ? 1 : 0)
         << recipe.commands << ReadFile(shell.directory() + "/errors");
-    if (!recipe.tells_output) continue;
+    if (!recipe.has_output) continue;
     EXPECT_EQ(ReadFile(shell.directory() + "/output"), recipe.output) << recipe.commands;
   }
   for (const std::string& program : missing) {

@@ -2,7 +2,6 @@
 #define VRKT_TESTS_SUPPORT_PROCESS_H_
 
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
