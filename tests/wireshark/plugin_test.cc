@@ -433,6 +433,26 @@ TEST_F(PluginInSharkd, ASavedSelectionShowsTheSame) {
   EXPECT_EQ(sharkd_->ShowFields(fields), expected);
 }
 
+// Another program may use the same link type.
+TEST_F(PluginInSharkd, FramesOfOthersAreIgnored) {
+  const std::string frame =
+      ToBytes(1, 4) + ToBytes(0x0E05000C, 4) + ToBytes(0, 8) + Log().TimeRef(60, 7).bytes();
+  std::string pcap = ToBytes(0xA1B2C3D4, 4) + ToBytes(0x00040002, 4) + ToBytes(0, 8) +
+                     ToBytes(65536, 4) + ToBytes(148, 4);
+  const auto add = [&pcap](const std::string& bytes) {
+    const std::string length = ToBytes(static_cast<std::uint32_t>(bytes.size()), 4);
+    pcap += ToBytes(0, 8) + length + length + bytes;
+  };
+  for (std::size_t size = 0; size <= frame.size(); ++size) add(frame.substr(0, size));
+  for (const std::size_t wrong : {0U, 4U, 16U, 24U}) {
+    std::string other = frame;
+    other[wrong] += 3;
+    add(other);
+  }
+  sharkd_->Open(pcap);
+  EXPECT_EQ(sharkd_->Filter("udi"), Lines{std::to_string(frame.size() + 1)});
+}
+
 // A capture file does not say which bytes are bulk.
 TEST_F(PluginInSharkd, CaptureFile) {
   const std::string kLastVersion = *std::rbegin(kHipVersions);
