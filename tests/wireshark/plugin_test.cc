@@ -218,7 +218,7 @@ TEST_F(Plugin, EveryLineOfEveryVersion) {
 
 // Logs that are cut, and logs with a byte or a word changed, put in or taken out.
 TEST_F(PluginInSharkd, DamagedLogs) {
-  const std::string whole = SessionLog().bytes();
+  const std::string whole = SessionLog().Record(0ms, "", 0).Record(0ms, "\x42", 1).bytes();
   std::mt19937 random(20260601);
   const auto below = [&random](std::size_t limit) { return random() % limit; };
   for (int i = 0; i < 150; ++i) {
@@ -374,20 +374,22 @@ TEST_F(PluginInSharkd, RequestsAndConfirms) {
     log.Signal(time, signal);
     expected.push_back(links);
   };
-  add(0ms, request(1, 7), "6||");
-  add(10ms, request(1, 7), "7||");
+  add(0ms, request(1, 7), "7||");
+  add(5ms, request(1, 7), "8||");
+  add(10ms, request(1, 7), "9||");
   log.TimeRef(0, 1, 15ms);  // no request is forgotten before the next Load
   expected.push_back("||");
-  add(20ms, request(2, 7), "9||");
+  add(20ms, request(2, 7), "11||");
   add(30ms, confirm(1, 8), "||");
   add(40ms, confirm(1, 7), "|1|0.040000000");  // answers the oldest
-  add(55ms, confirm(1, 7), "|2|0.045000000");
-  add(60ms, confirm(1, 7), "||");
-  add(70ms, confirm(2, 7), "|4|0.050000000");
+  add(55ms, confirm(1, 7), "|2|0.050000000");
+  add(60ms, confirm(1, 7), "|3|0.050000000");
+  add(65ms, confirm(1, 7), "||");
+  add(70ms, confirm(2, 7), "|5|0.050000000");
   add(80ms, Fapi(0x200B).U16(1).PadTo(34), "||");        // mlme_connect_req
-  add(90ms, Fapi(0x9007).PadTo(50), "13||");             // wlanlite_tx_set_params_req
+  add(90ms, Fapi(0x9007).PadTo(50), "15||");             // wlanlite_tx_set_params_req
   add(95ms, Fapi(0x9107).PadTo(24), "||");               // wlanlite_rx_start_cfm
-  add(96ms, Fapi(0x9102).PadTo(24), "|11|0.006000000");  // wlanlite_tx_set_params_cfm
+  add(96ms, Fapi(0x9102).PadTo(24), "|13|0.006000000");  // wlanlite_tx_set_params_cfm
   log.Load(97ms);
   expected.push_back("||");
   add(99ms, Fapi(0x210B).U16(1).PadTo(26), "||");  // mlme_connect_cfm
@@ -450,7 +452,7 @@ TEST_F(PluginInSharkd, FramesOfOthersAreIgnored) {
     add(other);
   }
   sharkd_->Open(pcap);
-  EXPECT_EQ(sharkd_->Filter("udi"), Lines{std::to_string(frame.size() + 1)});
+  EXPECT_EQ(sharkd_->Filter("udi or _ws.lua.error"), Lines{std::to_string(frame.size() + 1)});
 }
 
 // A capture file does not say which bytes are bulk.
@@ -467,6 +469,7 @@ TEST_F(PluginInSharkd, CaptureFile) {
   sharkd_->SetHipVersion("14.3.10");
   sharkd_->Open(pcap);
   EXPECT_EQ(sharkd_->ShowFields({"udi.line"}), ToolLines(without_bulk.bytes()));
+  EXPECT_FALSE(sharkd_->Filter("udi.freq_offset_cur < 0").empty());
   sharkd_->SetHipVersion(kLastVersion);
   std::string truncated = pcap;
   truncated[24 + 12] += 1;  // the original length of the first frame
