@@ -18,10 +18,10 @@
 //          X16("host_tag"), Enum("priority", kUserPriority), ..., Spares()),
 //
 // It has the name, the id, the versions, the minimum length of a signal without bulk,
-// and the fields in print order. A name has one row per distinct layout. The first
-// field starts at byte 10, after the signal header, and each other field directly
-// after the one before it. `.At(12)` puts a field at byte 12 and skips the bytes
-// before it, which never print.
+// and the dumps and fields in print order, dumps first. A name has one row per distinct
+// layout. The first field starts at byte 10, after the signal header, and each other
+// field directly after the one before it. `.At(12)` puts a field at byte 12 and skips
+// the bytes before it, which never print.
 //
 // The rows exist only at compile time. A row that breaks a rule does not compile.
 // vocabulary.cc makes the small tables that decoders use from the rows. Decoders do not
@@ -159,6 +159,7 @@ struct SignalLayout {
   }
   constexpr void Add(DumpToken dump) {
     if (dump_count == kMaxDumps) throw "a signal has at most two dumps";
+    if (field_count > 0) throw "dumps are printed before the fields: write them first";
     dumps[dump_count++] = dump.name;
   }
   constexpr void SetMin(std::size_t row_min) {
