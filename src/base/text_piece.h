@@ -110,11 +110,6 @@ class TextPiece {
         static_cast<std::uint8_t>(value >> 8U), static_cast<std::uint8_t>(value)};
     AppendHex(bytes, sizeof bytes);
   }
-  // Two lower-case digits, like printf's %.2x.
-  void AppendHex(std::uint8_t value) {
-    WriteHexPair(value, end());
-    size_ += 2;
-  }
   // Two lower-case digits per byte, in stored order. The compiler vectorises the
   // first loop, because its count is a multiple of the vector size. The remaining
   // bytes use a table.

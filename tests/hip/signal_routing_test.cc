@@ -70,8 +70,8 @@ TEST(SignalRouting, DriverSignals) {
   } kCases[] = {
       {"1080", "Driver: Unloaded\n", 1, true},
       {"1180 0000 0000 0000 0000 0000 70110100", "Driver: Dropped: 70000 Udi Frames\n", 1, false},
-      {"1280 0000 0000 0000 0000 0000 ffffffff", "Driver: Dropped: -1 Udi Basic Data Frames\n", 1,
-       false},
+      {"1280 0000 0000 0000 0000 0000 00000080",
+       "Driver: Dropped: -2147483648 Udi Basic Data Frames\n", 1, false},
       {"1180 0000 0000 0000 0000 0000 0102", "Driver: Dropped: 513 Udi Frames\n", 1, false},
       {"1380", "Driver: Suspended\n", 1, false},
       {"1480", "Driver: Resumed\n", 1, false},
