@@ -9,6 +9,8 @@
 //          prints the lines that differ between DIR/VERSION.txt and
 //          OLD_DIR/VERSION.txt, both decoded from DIR/VERSION.udi
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
@@ -140,13 +142,32 @@ std::string JoinNames(const std::vector<std::string>& words) {
 
 using Change = std::pair<std::string, std::string>;
 
+// Whether a word is a field with a label, as in "priority:qos_up1".
+bool HasLabel(const std::string& word) {
+  const std::size_t value = GetName(word).size() + 1;
+  return value < word.size() && std::isalpha(static_cast<unsigned char>(word[value])) != 0;
+}
+
 // Returns the differences between two lines: names, and values of fields with the same
-// name. If the number of fields differs, returns only the two lists of names.
+// name. If the number of fields differs, returns the two lists of names, and the labels
+// that only one of the lines has.
 std::vector<Change> FindChanges(const std::string& before, const std::string& now) {
   const std::vector<std::string> old_words = SplitWords(before);
   const std::vector<std::string> new_words = SplitWords(now);
-  if (old_words.size() != new_words.size()) return {{JoinNames(old_words), JoinNames(new_words)}};
   std::vector<Change> changes;
+  if (old_words.size() != new_words.size()) {
+    changes.push_back({JoinNames(old_words), JoinNames(new_words)});
+    const auto is_in = [](const std::vector<std::string>& words, const std::string& word) {
+      return std::ranges::find(words, word) != words.end();
+    };
+    for (const std::string& word : old_words) {
+      if (HasLabel(word) && !is_in(new_words, word)) changes.push_back({word, ""});
+    }
+    for (const std::string& word : new_words) {
+      if (HasLabel(word) && !is_in(old_words, word)) changes.push_back({"", word});
+    }
+    return changes;
+  }
   for (std::size_t i = 0; i < old_words.size(); ++i) {
     const std::string old_name = GetName(old_words[i]);
     const std::string new_name = GetName(new_words[i]);

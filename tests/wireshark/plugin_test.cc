@@ -115,7 +115,8 @@ class Sharkd {
   // Returns whether the file is a log or a capture.
   bool OpenFile(const std::string& name) {
     ++opened_files_;
-    return Ask(R"("load","params":{"file":")" + name + R"("})").find("OK") != std::string::npos;
+    is_open_ = Ask(R"("load","params":{"file":")" + name + R"("})").find("OK") != std::string::npos;
+    return is_open_;
   }
 
   bool Open(const std::string& log) {
@@ -133,7 +134,8 @@ class Sharkd {
     // the filter another one.
     std::string escaped(opened_files_, ' ');
     for (const char c : filter) escaped += c == '"' ? R"(\")" : std::string(1, c);
-    return Pick(Ask(R"("frames","params":{"filter":")" + escaped + R"("})"), R"("num":)", "}");
+    return Pick(AskOfFile(R"("frames","params":{"filter":")" + escaped + R"("})"), R"("num":)",
+                "}");
   }
 
   // Returns these fields of each frame, as in "5|0.040000000|".
@@ -143,7 +145,7 @@ class Sharkd {
       columns += (i > 0 ? R"(,"column)" : R"("column)") + std::to_string(i) + R"(":")" + fields[i] +
                  R"(:0")";
     }
-    Lines frames = Pick(Ask(R"("frames","params":{)" + columns + "}"), R"("c":[")", R"("])");
+    Lines frames = Pick(AskOfFile(R"("frames","params":{)" + columns + "}"), R"("c":[")", R"("])");
     for (std::string& frame : frames) {
       for (std::size_t at = 0; (at = frame.find(R"(",")", at)) != std::string::npos;) {
         frame.replace(at, 3, "|");
@@ -154,11 +156,15 @@ class Sharkd {
 
   // Returns the text of each item in a frame's tree.
   Lines ShowTree(std::size_t frame) {
-    return Pick(Ask(R"("frame","params":{"proto":true,"frame":)" + std::to_string(frame) + "}"),
-                R"({"l":")", R"(")");
+    return Pick(
+        AskOfFile(R"("frame","params":{"proto":true,"frame":)" + std::to_string(frame) + "}"),
+        R"({"l":")", R"(")");
   }
 
  private:
+  // Without an open file, sharkd does not answer.
+  std::string AskOfFile(const std::string& request) { return is_open_ ? Ask(request) : ""; }
+
   // Returns the texts between each `key` and the next `end`.
   static Lines Pick(std::string_view answer, std::string_view key, std::string_view end) {
     Lines found;
@@ -173,6 +179,7 @@ class Sharkd {
   std::FILE* requests_;
   std::ifstream answers_;
   std::size_t opened_files_ = 0;
+  bool is_open_ = false;
 };
 
 class Plugin : public testing::Test {
