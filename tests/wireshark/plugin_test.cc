@@ -200,8 +200,10 @@ class PluginInSharkd : public Plugin {
 
   void SetUp() override {
     Plugin::SetUp();
-    if (!IsSkipped() && !HasFatalFailure() && sharkd_ == nullptr)
-      sharkd_ = std::make_unique<Sharkd>();
+    if (IsSkipped() || HasFatalFailure()) return;
+    if (sharkd_ == nullptr) sharkd_ = std::make_unique<Sharkd>();
+    // If no plugin is loaded, sharkd does not answer for some of the files.
+    ASSERT_TRUE(sharkd_->Open(SessionLog().bytes()));
   }
 
   static inline std::unique_ptr<Sharkd> sharkd_;
