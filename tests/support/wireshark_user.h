@@ -18,11 +18,6 @@ class WiresharkUser {
     LinkScripts();
   }
 
-  // Moves the plugin to where only its path finds it.
-  void RemovePlugin() const {
-    std::filesystem::rename(PathOf(kPlugins) + "/udi.lua", PathOf("udi.lua"));
-  }
-
   const std::string& home() const { return home_.path(); }
   std::string PathOf(const std::string& name) const { return home() + "/" + name; }
 
@@ -41,7 +36,7 @@ class WiresharkUser {
   static constexpr const char* kPlugins = ".local/lib/wireshark/plugins";
 
   // Wireshark 4.0 reads long lists of addresses and services at each start and again for
-  // each file, which takes longer than most tests. The plugin needs only its scripts.
+  // each file, which takes longer than most tests. A plugin needs only the scripts.
   void LinkScripts() const {
     const std::string installed = "/usr/share/wireshark";
     if (!std::filesystem::exists(installed + "/init.lua")) return;
