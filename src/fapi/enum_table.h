@@ -16,8 +16,6 @@
 //
 // vocabulary.cc makes the tables that decoders use from these, at compile time.
 
-inline constexpr std::size_t kMaxLabelLength = kPaddedTextSize;
-
 // One label of one value in some versions. `line` is the row's line in the source, for
 // the compiler's messages.
 struct EnumLabel {
@@ -34,7 +32,7 @@ consteval EnumLabel Label(unsigned value, const char* text, HipVersionSet versio
   if (value > 0xFFFF) throw "an enumerated value has 16 bits";
   const std::string_view label = text;
   if (label.empty()) throw "a label must have a text";
-  if (label.size() > kMaxLabelLength) throw "a label is too long: raise kPaddedTextSize";
+  if (label.size() > kPaddedTextSize) throw "a label is too long: raise kPaddedTextSize";
   for (const char c : label) {
     if (c < ' ' || c > '~') throw "a label must be printable ASCII";
   }
