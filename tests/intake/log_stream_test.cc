@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "files.h"
 #include "session_log.h"
 #include "support/decode_in_process.h"
 #include "support/process.h"

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <string>
 
+#include "files.h"
 #include "log_builder.h"
 #include "support/process.h"
 

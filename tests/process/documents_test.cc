@@ -16,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include "files.h"
 #include "session_log.h"
 #include "support/process.h"
 #ifdef VRKT_PLUGIN

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "files.h"
 #include "session_log.h"
 #include "support/process.h"
 

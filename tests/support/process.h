@@ -70,9 +70,6 @@ class TemporaryDirectory {
   std::string path_;
 };
 
-std::string ReadFile(const std::string& path);
-void WriteFile(const std::string& path, std::string_view bytes);
-
 // Starts the tool with these streams and returns its process id, for tests that
 // exchange data with it while it runs.
 int StartTool(const ToolRun& run, int input, int output, int error);

@@ -17,6 +17,7 @@
 #include <string_view>
 #include <vector>
 
+#include "files.h"
 #include "log_builder.h"
 #include "reference_log.h"
 #include "session_log.h"

@@ -22,9 +22,9 @@
 #include <vector>
 
 #include "base/little_endian.h"
+#include "files.h"
 #include "hip/hip_versions.h"
 #include "reference_log.h"
-#include "support/process.h"
 
 namespace {
 
