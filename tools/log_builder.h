@@ -1,5 +1,5 @@
-#ifndef VRKT_EXAMPLES_LOG_BUILDER_H_
-#define VRKT_EXAMPLES_LOG_BUILDER_H_
+#ifndef VRKT_TOOLS_LOG_BUILDER_H_
+#define VRKT_TOOLS_LOG_BUILDER_H_
 
 #include <chrono>
 #include <cstddef>
@@ -127,4 +127,4 @@ class Log {
   std::vector<std::size_t> ends_;
 };
 
-#endif  // VRKT_EXAMPLES_LOG_BUILDER_H_
+#endif  // VRKT_TOOLS_LOG_BUILDER_H_

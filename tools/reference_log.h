@@ -1,5 +1,5 @@
-#ifndef VRKT_EXAMPLES_REFERENCE_LOG_H_
-#define VRKT_EXAMPLES_REFERENCE_LOG_H_
+#ifndef VRKT_TOOLS_REFERENCE_LOG_H_
+#define VRKT_TOOLS_REFERENCE_LOG_H_
 
 #include <cstdint>
 #include <string>
@@ -35,4 +35,4 @@ std::vector<ReferenceRecord> MakeReferenceRecords(HipVersionTag version);
 // Returns the records as a log: a header, then record n at n milliseconds.
 Log MakeReferenceLog(HipVersionTag version);
 
-#endif  // VRKT_EXAMPLES_REFERENCE_LOG_H_
+#endif  // VRKT_TOOLS_REFERENCE_LOG_H_

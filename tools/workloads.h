@@ -1,5 +1,5 @@
-#ifndef VRKT_BENCH_WORKLOADS_H_
-#define VRKT_BENCH_WORKLOADS_H_
+#ifndef VRKT_TOOLS_WORKLOADS_H_
+#define VRKT_TOOLS_WORKLOADS_H_
 
 #include <cstddef>
 #include <string>
@@ -18,4 +18,4 @@ inline constexpr std::string_view kWorkloads[] = {"mixed", "data", "management",
 
 std::string MakeWorkload(std::string_view name, std::size_t records);
 
-#endif  // VRKT_BENCH_WORKLOADS_H_
+#endif  // VRKT_TOOLS_WORKLOADS_H_
