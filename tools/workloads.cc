@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <random>
+#include <utility>
 #include <vector>
 
 #include "base/little_endian.h"
@@ -24,26 +25,7 @@ class Generator {
     }
   }
 
-  std::string MakeLog(std::size_t records) {
-    Words({0x1289ABEF, 6, kPackedVersion, 0x13572467, 0, 0, 4, 1780297200});
-    for (std::size_t i = 0; i < records; ++i) AppendRecord(static_cast<std::uint32_t>(i));
-    return std::move(log_);
-  }
-
- private:
-  std::uint32_t Below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
-  bool Chance(std::uint32_t percent) { return Below(100) < percent; }
-  std::uint16_t OneOf(const std::vector<std::uint16_t>& ids) {
-    return ids[Below(static_cast<std::uint32_t>(ids.size()))];
-  }
-
-  void Words(std::initializer_list<std::uint32_t> words) {
-    for (const std::uint32_t word : words) {
-      std::uint8_t bytes[4];
-      StoreU32(word, bytes);
-      log_.append(reinterpret_cast<const char*>(bytes), sizeof bytes);
-    }
-  }
+  void AppendHeader() { Words({0x1289ABEF, 6, kPackedVersion, 0x13572467, 0, 0, 4, 1780297200}); }
 
   void AppendRecord(std::uint32_t place) {
     std::uint32_t bulk = 0;
@@ -66,6 +48,24 @@ class Generator {
     Words({0x13572468, time, length + bulk, length});
     log_ += signal;
     for (std::uint32_t i = 0; i < bulk; ++i) log_ += static_cast<char>(random_());
+  }
+
+  // Returns the bytes since the last call.
+  std::string Take() { return std::exchange(log_, {}); }
+
+ private:
+  std::uint32_t Below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
+  bool Chance(std::uint32_t percent) { return Below(100) < percent; }
+  std::uint16_t OneOf(const std::vector<std::uint16_t>& ids) {
+    return ids[Below(static_cast<std::uint32_t>(ids.size()))];
+  }
+
+  void Words(std::initializer_list<std::uint32_t> words) {
+    for (const std::uint32_t word : words) {
+      std::uint8_t bytes[4];
+      StoreU32(word, bytes);
+      log_.append(reinterpret_cast<const char*>(bytes), sizeof bytes);
+    }
   }
 
   std::string MakeSignal(std::uint16_t id) {
@@ -119,5 +119,22 @@ class Generator {
 }  // namespace
 
 std::string MakeWorkload(std::string_view name, std::size_t records) {
-  return Generator(name).MakeLog(records);
+  Generator generator(name);
+  generator.AppendHeader();
+  for (std::size_t i = 0; i < records; ++i) generator.AppendRecord(static_cast<std::uint32_t>(i));
+  return generator.Take();
+}
+
+bool WriteWorkload(std::string_view name, std::uint32_t records, std::FILE* file) {
+  constexpr std::uint32_t kPiece = 1000;  // records
+  Generator generator(name);
+  generator.AppendHeader();
+  for (std::uint32_t i = 0; i < records; ++i) {
+    generator.AppendRecord(i);
+    if (i % kPiece != kPiece - 1) continue;
+    const std::string piece = generator.Take();
+    if (std::fwrite(piece.data(), 1, piece.size(), file) != piece.size()) return false;
+  }
+  const std::string rest = generator.Take();
+  return std::fwrite(rest.data(), 1, rest.size(), file) == rest.size() && std::fflush(file) == 0;
 }

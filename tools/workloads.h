@@ -2,6 +2,8 @@
 #define VRKT_TOOLS_WORKLOADS_H_
 
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <string>
 #include <string_view>
 
@@ -17,5 +19,9 @@ inline constexpr std::string_view kWorkloads[] = {"mixed", "data", "management",
                                                   "seconds"};
 
 std::string MakeWorkload(std::string_view name, std::size_t records);
+
+// Writes the same log in pieces, so that it can be larger than the memory. Returns whether
+// all of it was written.
+bool WriteWorkload(std::string_view name, std::uint32_t records, std::FILE* file);
 
 #endif  // VRKT_TOOLS_WORKLOADS_H_
