@@ -2,6 +2,7 @@
 // example log.
 
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
@@ -149,6 +150,68 @@ TEST(Documents, TheCommandsOfTheReadme) {
   }
 }
 
+bool WaitUntil(const std::function<bool()>& holds) {
+  for (int tries = 0; tries < 1000; ++tries) {
+    if (holds()) return true;
+    usleep(10000);
+  }
+  return false;
+}
+
+// Whether a process of this session ignores the interrupt.
+bool IgnoresInterrupt(pid_t session) {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+    const int process = std::atoi(entry.path().filename().c_str());
+    if (process == 0 || getsid(process) != session) continue;
+    const std::string status = ReadFile(entry.path() / "status");
+    const std::string_view kIgnored = "\nSigIgn:\t";
+    const std::size_t at = status.find(kIgnored);
+    if (at == std::string::npos) continue;  // the process has ended
+    const auto signals = std::stoull(status.substr(at + kIgnored.size(), 16), nullptr, 16);
+    if ((signals >> (SIGINT - 1) & 1) != 0) return true;
+  }
+  return false;
+}
+
+// Shell commands in a session of their own.
+class ShellSession {
+ public:
+  explicit ShellSession(const std::string& command) {
+    int ends[2];
+    if (pipe(ends) != 0) std::abort();
+    process_ = fork();
+    if (process_ < 0) std::abort();
+    if (process_ == 0) {
+      close(ends[0]);
+      setsid();
+      std::signal(SIGINT, SIG_DFL);  // a background shell starts tests with it ignored
+      execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+      _exit(127);
+    }
+    close(ends[1]);
+    all_ended_ = ends[0];
+  }
+  ~ShellSession() {
+    kill(-process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+    close(all_ended_);
+  }
+  ShellSession(const ShellSession&) = delete;
+  ShellSession& operator=(const ShellSession&) = delete;
+
+  pid_t id() const { return process_; }
+  // Waits for all processes of the session: the shell may end before others, which still
+  // write. Each has the other end of the pipe open.
+  bool WaitForEnd() const {
+    pollfd end = {.fd = all_ended_, .events = POLLIN, .revents = 0};
+    return poll(&end, 1, 30000) == 1;
+  }
+
+ private:
+  pid_t process_ = -1;
+  int all_ended_ = -1;
+};
+
 // Both ways to stop a live capture write everything that the capture sent.
 TEST(Documents, StoppingALiveCaptureLosesNothing) {
   if (!IsInstalled("pkill")) GTEST_SKIP() << "pkill is not installed";
@@ -156,7 +219,11 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
   // A capture that sends the session and then waits for more.
   WriteScript(shell.bin() + "/vrkt_wlan_udi_log",
               "cat session.udi\nmkfifo never\n: >\"$TMPDIR/sent\"\nread line <never");
-  const auto interrupt_group = [](pid_t group) { kill(-group, SIGINT); };
+  const auto interrupt_group = [](pid_t group) {
+    // The capture can be faster than the shell that keeps the interrupt from the tool.
+    EXPECT_TRUE(WaitUntil([group] { return IgnoresInterrupt(group); }));
+    kill(-group, SIGINT);
+  };
   const auto stop_capture = [&](pid_t session) {
     // Only the processes of this test: others may run at the same time.
     WriteScript(shell.bin() + "/pkill",
@@ -191,17 +258,10 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
     const std::string sent = shell.directory() + "/sent";
     std::filesystem::remove(sent);
     const std::string command = shell.MakeCommand("pwd >\"$TMPDIR/where\"\n" + c.commands);
-    const pid_t process = fork();
-    ASSERT_GE(process, 0);
-    if (process == 0) {
-      setsid();
-      std::signal(SIGINT, SIG_DFL);  // a background shell starts tests with it ignored
-      execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
-      _exit(127);
-    }
-    for (int tries = 0; tries < 1000 && !std::filesystem::exists(sent); ++tries) usleep(10000);
-    c.stop(process);
-    waitpid(process, nullptr, 0);
+    const ShellSession live(command);
+    EXPECT_TRUE(WaitUntil([&] { return std::filesystem::exists(sent); })) << c.commands;
+    c.stop(live.id());
+    EXPECT_TRUE(live.WaitForEnd()) << c.commands;
     std::string where = ReadFile(shell.directory() + "/where");
     where.pop_back();
     EXPECT_EQ(ReadFile(where + '/' + c.file), c.text) << c.commands;
