@@ -2,8 +2,7 @@
 //
 //   lines    bench/floor with one write per line: the bare cost of the bytes
 //   pieces   bench/floor with the tool's own writes and its calls of localtime: the
-//            least cost of printing piece by piece
-//   plain    bench/plain_printf, a decoder with a printf per field
+//            least cost of printing these pieces
 //   tcpdump  on the tool's capture file, if it is installed
 //
 // TZ is set, except for a last row with the workload "seconds". Without TZ, the C
@@ -61,20 +60,6 @@ double Run(std::vector<std::string> command, const char* output = "/dev/null") {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-// In a process of its own: a child's peak of memory counts what it shared with
-// this process when it was started, so this one stays small.
-template <typename Work>
-void RunApart(Work work) {
-  const pid_t process = fork();
-  if (process == 0) {
-    work();
-    _exit(0);
-  }
-  int status = 0;
-  waitpid(process, &status, 0);
-  if (status != 0) std::exit(1);
-}
-
 double Median(std::vector<double> values) {
   std::ranges::sort(values);
   return values[values.size() / 2];
@@ -85,79 +70,127 @@ std::string ReadAll(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-void RequireEqual(bool equal, std::string_view workload, const char* what) {
-  if (equal) return;
-  std::fprintf(stderr, "%s: %s\n", std::string(workload).c_str(), what);
-  std::exit(1);
+// A row of the table that is printed.
+struct Row {
+  std::string name;
+  std::string_view workload;
+  std::size_t records;
+};
+
+std::vector<Row> ListRows() {
+  std::vector<Row> rows;
+  for (const std::string_view workload : kWorkloads) {
+    rows.push_back({std::string(workload), workload, workload == "frames" ? 60000U : 300000U});
+  }
+  rows.push_back({"no TZ", "seconds", 300000});
+  return rows;
+}
+
+// The measured programs, and the files that they read and write in the working directory.
+struct Bench {
+  std::filesystem::path programs;
+  int runs;
+  bool has_tcpdump;
+
+  std::string tool() const { return programs / "vrkt_wlan_udi_log_decode"; }
+  std::string floor() const { return programs / "bench/floor"; }
+};
+
+struct Figures {
+  double seconds;  // CPU time of the tool
+  double to_lines;
+  double to_pieces;
+  double tcpdump_to_tool;  // 0 without tcpdump
+  int peak_kib;
+  std::uintmax_t text_size;
+};
+
+// Writes the log, the tool's text and capture file, and the lengths of the tool's writes.
+void PrepareFiles(const Bench& bench, const Row& row) {
+  std::ofstream("log", std::ios::binary) << MakeWorkload(row.workload, row.records);
+  Run({bench.tool(), "log", "--pcap"}, "text");
+  Run({bench.programs / "bench/record_pieces", "log"});
+}
+
+// The floor must write as many bytes as the tool does after its banner.
+void CheckFloor(const Bench& bench, const Row& row) {
+  const std::uintmax_t banner_size = ReadAll("text").find('\n') + 1;
+  for (const char* lengths : {"lines", "pieces"}) {
+    Run({bench.floor(), lengths, "log"}, "floor_text");
+    if (std::filesystem::file_size("floor_text") ==
+        std::filesystem::file_size("text") - banner_size) {
+      continue;
+    }
+    std::fprintf(stderr, "%s: the floor does not write as many bytes as the tool\n",
+                 row.name.c_str());
+    std::exit(1);
+  }
+}
+
+Figures Measure(const Bench& bench) {
+  std::vector<double> tool_times;
+  std::vector<double> line_ratios;
+  std::vector<double> piece_ratios;
+  std::vector<double> tcpdump_ratios;
+  for (int run = 0; run < bench.runs; ++run) {
+    const double time = Run({bench.tool(), "log"});
+    tool_times.push_back(time);
+    line_ratios.push_back(time / Run({bench.floor(), "lines", "log"}));
+    piece_ratios.push_back(time / Run({bench.floor(), "pieces", "log"}));
+    if (run % 4 != 0 || !bench.has_tcpdump) continue;
+    tcpdump_ratios.push_back(Run({"tcpdump", "-r", "udi_fapi.pcap", "-x"}) / time);
+  }
+  Run({bench.programs / "bench/peak_memory", bench.tool(), "log"}, "peak");
+  return {Median(tool_times),
+          Median(line_ratios),
+          Median(piece_ratios),
+          bench.has_tcpdump ? Median(tcpdump_ratios) : 0,
+          std::atoi(ReadAll("peak").c_str()),
+          std::filesystem::file_size("text")};
+}
+
+void PrintHead() {
+  constexpr const char* kForm = "%-11s %8s %6s %8s %8s %9s %10s %9s %9s\n";
+  std::printf(kForm, "workload", "records", "tool", "tool/", "tool/", "tcpdump/", "records/s",
+              "text/s", "peak");
+  std::printf(kForm, "", "", "", "lines", "pieces", "tool", "", "", "");
+}
+
+void PrintRow(const Row& row, const Figures& figures) {
+  std::printf("%-11s %8zu %4.0fms %8.2f %8.2f ", row.name.c_str(), row.records,
+              figures.seconds * 1e3, figures.to_lines, figures.to_pieces);
+  if (figures.tcpdump_to_tool > 0) {
+    std::printf("%9.1f ", figures.tcpdump_to_tool);
+  } else {
+    std::printf("%9s ", "-");
+  }
+  std::printf("%9.1fM %7.0fMB %6dKiB\n", static_cast<double>(row.records) / figures.seconds / 1e6,
+              static_cast<double>(figures.text_size) / figures.seconds / 1e6, figures.peak_kib);
+  std::fflush(stdout);
+}
+
+// Makes a directory of its own the working directory.
+std::string EnterScratchDirectory() {
+  std::string scratch = std::filesystem::temp_directory_path() / "udi_log_bench_XXXXXX";
+  if (mkdtemp(scratch.data()) == nullptr) std::exit(1);
+  std::filesystem::current_path(scratch);
+  return scratch;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc < 2) return 1;
-  const std::filesystem::path tools = std::filesystem::absolute(argv[1]);
-  const int runs = argc > 2 ? std::atoi(argv[2]) : 11;
-  const std::string tool = tools / "vrkt_wlan_udi_log_decode";
-  const std::string floor = tools / "bench/floor";
-  const std::string plain = tools / "bench/plain_printf";
-  const bool has_tcpdump = std::system("command -v tcpdump >/dev/null") == 0;
-  std::string scratch = std::filesystem::temp_directory_path() / "udi_log_bench_XXXXXX";
-  if (mkdtemp(scratch.data()) == nullptr) return 1;
-  std::filesystem::current_path(scratch);
-
-  std::printf("%-11s %8s %6s %8s %8s %7s %9s %10s %9s %9s\n", "workload", "records", "tool",
-              "tool/", "tool/", "plain/", "tcpdump/", "records/s", "text/s", "peak");
-  std::printf("%-11s %8s %6s %8s %8s %7s %9s %10s %9s %9s\n", "", "", "", "lines", "pieces", "tool",
-              "tool", "", "", "");
+  const Bench bench = {std::filesystem::absolute(argv[1]), argc > 2 ? std::atoi(argv[2]) : 11,
+                       std::system("command -v tcpdump >/dev/null") == 0};
+  const std::string scratch = EnterScratchDirectory();
+  PrintHead();
   setenv("TZ", "UTC0", 1);
-  std::vector<std::string_view> rows(std::begin(kWorkloads), std::end(kWorkloads));
-  rows.push_back("no TZ");
-  for (const std::string_view row : rows) {
-    if (row == "no TZ") unsetenv("TZ");
-    const std::string_view name = row == "no TZ" ? "seconds" : row;
-    const std::size_t records = name == "frames" ? 60000 : 300000;
-    const std::string log = std::string(name) + ".udi";
-    std::ofstream(log, std::ios::binary) << MakeWorkload(name, records);
-    Run({tool, log, "--pcap"}, "text");
-    Run({plain, log}, "plain_text");
-    RequireEqual(ReadAll("text") == ReadAll("plain_text"), name,
-                 "the plain decoder prints a different text");
-    Run({tools / "bench/record_pieces", log});
-    const std::uintmax_t text_size = std::filesystem::file_size("text");
-    const std::uintmax_t banner_size = ReadAll("text").find('\n') + 1;
-    for (const char* lengths : {"lines", "pieces"}) {
-      Run({floor, lengths, log}, "floor_text");
-      RequireEqual(std::filesystem::file_size("floor_text") == text_size - banner_size, name,
-                   "the floor does not write as many bytes as the tool");
-    }
-
-    std::vector<double> tool_times;
-    std::vector<double> line_ratios;
-    std::vector<double> piece_ratios;
-    std::vector<double> plain_ratios;
-    std::vector<double> tcpdump_ratios;
-    for (int run = 0; run < runs; ++run) {
-      const double time = Run({tool, log});
-      tool_times.push_back(time);
-      line_ratios.push_back(time / Run({floor, "lines", log}));
-      piece_ratios.push_back(time / Run({floor, "pieces", log}));
-      if (run % 4 == 0) plain_ratios.push_back(Run({plain, log}) / time);
-      if (run % 4 == 0 && has_tcpdump) {
-        tcpdump_ratios.push_back(Run({"tcpdump", "-r", "udi_fapi.pcap", "-x"}) / time);
-      }
-    }
-    Run({tools / "bench/peak_memory", tool, log}, "peak");
-    const double time = Median(tool_times);
-    std::printf("%-11s %8zu %4.0fms %8.2f %8.2f %7.1f ", std::string(row).c_str(), records,
-                time * 1e3, Median(line_ratios), Median(piece_ratios), Median(plain_ratios));
-    if (has_tcpdump) {
-      std::printf("%9.1f ", Median(tcpdump_ratios));
-    } else {
-      std::printf("%9s ", "-");
-    }
-    std::printf("%9.1fM %7.0fMB %6dKiB\n", static_cast<double>(records) / time / 1e6,
-                static_cast<double>(text_size) / time / 1e6, std::atoi(ReadAll("peak").c_str()));
-    std::fflush(stdout);
+  for (const Row& row : ListRows()) {
+    if (row.name == "no TZ") unsetenv("TZ");
+    PrepareFiles(bench, row);
+    CheckFloor(bench, row);
+    PrintRow(row, Measure(bench));
   }
   std::filesystem::current_path("/");
   std::filesystem::remove_all(scratch);

@@ -52,8 +52,8 @@ void HexadecimalDump(benchmark::State& state) {
 BENCHMARK(HexadecimalDump)->Arg(13)->Arg(64)->Arg(1500);
 
 std::uint8_t FindRates() {
-  for (const CompiledField& field : GetFields(*FindSignal(HipVersionTag::L, 0x9007))) {
-    if (GetText(field.prefix).text() == " rate:") return field.enum_index;
+  for (const CompiledField& field : GetFields(*FindSignal(kLastHipVersionTag, 0x9007))) {
+    if (GetText(field.name).text() == "rate") return field.enum_index;
   }
   std::abort();
 }
@@ -63,7 +63,7 @@ void LabelOfARate(benchmark::State& state) {
   const std::span<const CompiledLabel> labels = ListLabels(rates);
   std::size_t row = 0;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(FindLabel(rates, labels[row].value, HipVersionTag::L));
+    benchmark::DoNotOptimize(FindLabel(rates, labels[row].value, kLastHipVersionTag));
     row = (row + 331) % labels.size();
   }
 }

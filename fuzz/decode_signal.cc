@@ -4,25 +4,23 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include "base/little_endian.h"
 #include "expect.h"
 #include "hip/hip_versions.h"
 #include "support/capture_stream.h"
+#include "support/padded_payload.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 3) return 0;
   const HipDecoder decoder = HipVersionTable[data[0] % kHipVersionCount].decoder;
-  // A block exactly as long as the payload, so that a read past its end is detected.
-  const std::vector<std::uint8_t> payload(data + 3, data + size);
-  const auto length = static_cast<std::uint32_t>(payload.size());
-  const std::uint32_t bulk = LoadU16(data + 1) % (length + 1);
-  const std::uint32_t signal = length - bulk;
+  const PaddedPayload payload({reinterpret_cast<const char*>(data) + 3, size - 3});
+  const std::uint32_t bulk = LoadU16(data + 1) % (payload.length() + 1);
+  const std::uint32_t signal = payload.length() - bulk;
 
   std::uint32_t result = 0;
   const auto decode = [&] {
-    result = decoder(signal, payload.data(), bulk, payload.data() + signal, 0, nullptr);
+    result = decoder(signal, payload.bytes(), bulk, payload.bytes() + signal, 0, nullptr);
   };
   const std::string text = CaptureStandardOutput(decode);
   if (result == 1) {

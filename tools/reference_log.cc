@@ -12,30 +12,16 @@
 
 namespace {
 
-struct KnownSignal {
-  std::uint16_t id;
-  const CompiledSignal* layout;
-};
-
-std::vector<KnownSignal> FindKnownSignals(HipVersionTag version) {
-  std::vector<KnownSignal> signals;
-  for (unsigned id = 0; id <= 0xFFFF; ++id) {
-    const auto id16 = static_cast<std::uint16_t>(id);
-    if (const CompiledSignal* layout = FindSignal(version, id16)) signals.push_back({id16, layout});
-  }
-  return signals;
-}
-
 // A way to print 16 bits: an enumeration's index or, for a plain number, kNumber.
 using Printer = int;
 constexpr Printer kNumber = -1;
 
 Printer GetPrinter(const CompiledField& field) {
-  return field.renderer == FieldRenderer::kEnum16 ? field.enum_index : kNumber;
+  return field.form == FieldRenderer::kEnum16 ? field.enum_index : kNumber;
 }
 
 bool IsSixteenBitNumber(const CompiledField& field) {
-  return field.renderer == FieldRenderer::kU16 || field.renderer == FieldRenderer::kEnum16;
+  return field.form == FieldRenderer::kU16 || field.form == FieldRenderer::kEnum16;
 }
 
 // Finds values whose text differs between each way to print 16 bits and all others.
@@ -55,7 +41,7 @@ class ValueChooser {
   std::vector<std::uint16_t> LabelledValues(Printer printer) const {
     std::vector<std::uint16_t> values;
     if (printer == kNumber) return values;
-    for (const CompiledLabel& label : ListLabels(static_cast<std::uint8_t>(printer))) {
+    for (const CompiledLabel& label : ListLabels(static_cast<std::size_t>(printer))) {
       if (label.versions.Contains(version_)) values.push_back(label.value);
     }
     return values;
@@ -107,7 +93,7 @@ class ValueChooser {
 class RecordMaker {
  public:
   explicit RecordMaker(HipVersionTag version)
-      : signals_(FindKnownSignals(version)), chooser_(version, FindPrinters(signals_)) {}
+      : signals_(ListSignals(version)), chooser_(version, FindPrinters(signals_)) {}
 
   std::vector<ReferenceRecord> Make() && {
     std::set<Printer> done;
@@ -205,7 +191,7 @@ std::vector<ReferenceRecord> MakeReferenceRecords(HipVersionTag version) {
 
 Log MakeReferenceLog(HipVersionTag version) {
   Log log;
-  log.Header(HipVersionTable[static_cast<std::size_t>(version)].name);
+  log.Header(HipVersionTable[GetIndex(version)].name);
   Log::Time time = 0ms;
   for (const ReferenceRecord& record : MakeReferenceRecords(version)) {
     log.Record(time++, record.payload, record.signal_length);

@@ -84,8 +84,7 @@ std::vector<Record> ReadText(const std::string& log_path, const std::string& tex
 void WriteLogs(const std::string& directory, const std::string& old_directory) {
   for (const HipVersionEntry& version : HipVersionTable) {
     const std::string file = version.name + std::string(".udi");
-    const auto tag = static_cast<HipVersionTag>(&version - HipVersionTable.data());
-    Log log = MakeReferenceLog(tag);
+    Log log = MakeReferenceLog(version.tag);
     WriteFile(directory + '/' + file, log.bytes());
     if (old_directory.empty()) continue;
     std::set<std::pair<std::string, std::uint32_t>> known;

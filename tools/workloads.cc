@@ -3,29 +3,32 @@
 #include <cstdint>
 #include <cstdlib>
 #include <random>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include "base/little_endian.h"
 #include "fapi/vocabulary.h"
+#include "hip/hip_versions.h"
 
 namespace {
 
+// The figures in the documents are for this version.
 constexpr HipVersionTag kVersion = HipVersionTag::L;
-constexpr std::uint32_t kPackedVersion = 0x0E05000C;
 
 class Generator {
  public:
   explicit Generator(std::string_view name) : name_(name) {
-    for (unsigned id = 0; id <= 0xFFFF; ++id) {
-      const auto id16 = static_cast<std::uint16_t>(id);
-      if (FindSignal(kVersion, id16) == nullptr) continue;
-      any_.push_back(id16);
-      if (id >> 12 == 2) management_.push_back(id16);
+    for (const KnownSignal& signal : ListSignals(kVersion)) {
+      any_.push_back(signal.id);
+      if (signal.id >> 12 == 2) management_.push_back(signal.id);
     }
   }
 
-  void AppendHeader() { Words({0x1289ABEF, 6, kPackedVersion, 0x13572467, 0, 0, 4, 1780297200}); }
+  void AppendHeader() {
+    Words({0x1289ABEF, 6, HipVersionTable[GetIndex(kVersion)].version, 0x13572467, 0, 0, 4,
+           1780297200});
+  }
 
   void AppendRecord(std::uint32_t place) {
     std::uint32_t bulk = 0;
@@ -72,13 +75,15 @@ class Generator {
     const CompiledSignal& layout = *FindSignal(kVersion, id);
     std::vector<std::uint8_t> bytes(layout.min < layout.end ? layout.end : layout.min);
     StoreU16(id, bytes.data());
-    for (const CompiledField& field : GetFields(layout))
-      FillField(field, bytes.data() + field.offset);
+    std::span<const CompiledField> fields = GetFields(layout);
+    if (layout.ends_in_spares) fields = fields.first(fields.size() - kSpareCount);
+    for (const CompiledField& field : fields) FillField(field, bytes.data() + field.offset);
     return {bytes.begin(), bytes.end()};
   }
 
+  // The rarer forms stay zero.
   void FillField(const CompiledField& field, std::uint8_t* bytes) {
-    switch (field.renderer) {
+    switch (field.form) {
       case FieldRenderer::kU16:
       case FieldRenderer::kI16:
       case FieldRenderer::kX16:
@@ -95,8 +100,12 @@ class Generator {
       case FieldRenderer::kEnum16:
         StoreU16(PickValue(ListLabels(field.enum_index)), bytes);
         break;
-      default:
-        break;  // spares and the rare forms stay zero
+      case FieldRenderer::kU8:
+      case FieldRenderer::kX16NoSpace:
+      case FieldRenderer::kHex8:
+      case FieldRenderer::kWords:
+      case FieldRenderer::kDump:
+        break;
     }
   }
 

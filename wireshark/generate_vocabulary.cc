@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
-#include <set>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -22,45 +21,7 @@
 
 namespace {
 
-// The form of a field, by the name that udi.lua uses for it.
-const char* FormName(FieldRenderer renderer) {
-  switch (renderer) {
-    case FieldRenderer::kU8:
-      return "u8";
-    case FieldRenderer::kU16:
-      return "u16";
-    case FieldRenderer::kU32:
-      return "u32";
-    case FieldRenderer::kI16:
-      return "i16";
-    case FieldRenderer::kI32:
-      return "i32";
-    case FieldRenderer::kX16:
-      return "x16";
-    case FieldRenderer::kX16NoSpace:
-      return "x16_no_space";
-    case FieldRenderer::kX32:
-      return "x32";
-    case FieldRenderer::kMac:
-      return "mac";
-    case FieldRenderer::kHex8:
-      return "hex8";
-    case FieldRenderer::kWords:
-      return "words";
-    case FieldRenderer::kEnum16:
-      return "enum16";
-    case FieldRenderer::kSpares:
-      return "spares";
-  }
-  return "";
-}
-
-// The name in a field's or dump's prefix, as "vif" in " vif:".
-std::string NameIn(TextRange prefix) {
-  std::string_view text = GetText(prefix).text();
-  if (text.front() == ' ') text.remove_prefix(1);
-  return std::string(text.substr(0, text.find(':')));
-}
+std::string GetString(TextRange range) { return std::string(GetText(range).text()); }
 
 void WriteVersions(std::FILE* output) {
   std::fprintf(output, "  versions = {\n");
@@ -73,22 +34,18 @@ void WriteVersions(std::FILE* output) {
 
 // The argument of a field's form: how many words, or which enumeration.
 int FormArgument(const CompiledField& field) {
-  if (field.renderer == FieldRenderer::kWords) return field.words;
-  return field.renderer == FieldRenderer::kEnum16 ? field.enum_index : 0;
+  if (field.form == FieldRenderer::kWords) return field.words;
+  return field.form == FieldRenderer::kEnum16 ? field.enum_index : 0;
 }
 
 // A layout as "NAME MIN|NAME FORM OFFSET ARGUMENT|...". The dumps come first, as
 // they are printed.
 void WriteLayouts(std::FILE* output) {
   std::fprintf(output, "  layouts = {\n");
-  for (const CompiledSignal& signal : ListSignals()) {
-    std::fprintf(output, "    \"%s %d", std::string(GetText(signal.name).text()).c_str(),
-                 signal.min);
-    for (std::size_t dump = 0; dump < signal.dump_count; ++dump) {
-      std::fprintf(output, "|%s dump 0 0", NameIn(signal.dump_prefixes[dump]).c_str());
-    }
+  for (const CompiledSignal& signal : ListLayouts()) {
+    std::fprintf(output, "    \"%s %d", GetString(signal.name).c_str(), signal.min);
     for (const CompiledField& field : GetFields(signal)) {
-      std::fprintf(output, "|%s %s %d %d", NameIn(field.prefix).c_str(), FormName(field.renderer),
+      std::fprintf(output, "|%s %s %d %d", GetString(field.name).c_str(), GetForm(field.form).name,
                    field.offset, FormArgument(field));
     }
     std::fprintf(output, "\",\n");
@@ -99,21 +56,15 @@ void WriteLayouts(std::FILE* output) {
 // The enumerations that fields use, by index. A label is a line "VALUE VERSIONS
 // TEXT", with the versions by their letters.
 void WriteEnumerations(std::FILE* output) {
-  std::set<std::uint8_t> indices;
-  for (const CompiledSignal& signal : ListSignals()) {
-    for (const CompiledField& field : GetFields(signal)) {
-      if (field.renderer == FieldRenderer::kEnum16) indices.insert(field.enum_index);
-    }
-  }
   std::fprintf(output, "  enumerations = {\n");
-  for (const std::uint8_t index : indices) {
-    std::fprintf(output, "    [%d] = [[\n", index);
+  for (std::size_t index = 0; index < CountEnumerations(); ++index) {
+    std::fprintf(output, "    [%zu] = [[\n", index);
     for (const CompiledLabel& label : ListLabels(index)) {
       std::fprintf(output, "%04X ", label.value);
-      for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-        if (label.versions.Contains(version)) std::fputc(GetTagLetter(version), output);
+      for (const HipVersionEntry& version : HipVersionTable) {
+        if (label.versions.Contains(version.tag)) std::fputc(GetLetter(version.tag), output);
       }
-      std::fprintf(output, " %s\n", std::string(GetText(label.text).text()).c_str());
+      std::fprintf(output, " %s\n", GetString(label.text).c_str());
     }
     std::fprintf(output, "]],\n");
   }
@@ -123,13 +74,11 @@ void WriteEnumerations(std::FILE* output) {
 // The signals of each version, as "ID:LAYOUT" with the layout's number, from 1.
 void WriteSignals(std::FILE* output) {
   std::fprintf(output, "  signals = {\n");
-  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+  for (const HipVersionEntry& version : HipVersionTable) {
     std::fprintf(output, "    \"");
-    for (unsigned id = 0; id <= 0xFFFF; ++id) {
-      const CompiledSignal* const signal =
-          FindSignal(static_cast<HipVersionTag>(version), static_cast<std::uint16_t>(id));
-      if (signal == nullptr) continue;
-      std::fprintf(output, "%04X:%d ", id, static_cast<int>(signal - ListSignals().data()) + 1);
+    for (const KnownSignal& signal : ListSignals(version.tag)) {
+      std::fprintf(output, "%04X:%d ", signal.id,
+                   static_cast<int>(signal.layout - ListLayouts().data()) + 1);
     }
     std::fprintf(output, "\",\n");
   }

@@ -399,14 +399,10 @@ local FORMS = {
 }
 
 -- Calls `add(name, form, offset, argument)` for each dump and field of a layout,
--- in print order. The three spares at the end of most signals are one entry.
+-- in print order.
 local function for_each_field(layout, add)
   for name, form, offset, argument in layout:gmatch("|(%S+) (%S+) (%d+) (%d+)") do
-    if form == "spares" then
-      for i = 1, 3 do add("spare_" .. i, "u32", tonumber(offset) + 4 * (i - 1), 0) end
-    else
-      add(name, form, tonumber(offset), tonumber(argument))
-    end
+    add(name, form, tonumber(offset), tonumber(argument))
   end
 end
 

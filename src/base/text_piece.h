@@ -3,7 +3,7 @@
 
 #include <array>
 #include <bit>
-#include <concepts>
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -42,28 +42,27 @@ inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = MakeHexPairs()
 
 }  // namespace text_piece_tables
 
-// A piece of an output line, for instance a field with its value. It is assembled
-// here and printed by one call of the stream library. Whole lines are never
-// assembled.
+// A piece of an output line. It is assembled here and printed by one call of the stream
+// library.
 //
-// `kCapacity` is the size of the longest piece. The Append functions do not check
-// it. They may write up to kPaddedTextSize bytes after the text they append.
+// `kCapacity` is the size of the longest piece. The Append functions check it in debug
+// builds only. They may write up to kPaddedTextSize bytes after the text they append.
 //
 // Numbers are written without a branch per digit: their lengths are unpredictable,
 // and a mispredicted branch costs more than writing all digits.
 template <std::size_t kCapacity>
 class TextPiece {
  public:
-  void Append(char c) { text_[size_++] = c; }
-  void Append(std::string_view text) {
-    std::memcpy(end(), text.data(), text.size());
-    size_ += text.size();
-  }
+  static constexpr std::size_t capacity() { return kCapacity; }
+  std::size_t room() const { return kCapacity - size_; }
+
+  void Append(char c) { *Extend(1) = c; }
+  void Append(std::string_view text) { std::memcpy(Extend(text.size()), text.data(), text.size()); }
   void Append(PaddedText text) {
     constexpr std::size_t kUsual = kPaddedTextSize / 2;
-    std::memcpy(end(), text.data, kUsual);
-    if (text.size > kUsual) std::memcpy(end() + kUsual, text.data + kUsual, kUsual);
-    size_ += text.size;
+    char* const end = Extend(text.size);
+    std::memcpy(end, text.data, kUsual);
+    if (text.size > kUsual) std::memcpy(end + kUsual, text.data + kUsual, kUsual);
   }
 
   // In decimal, like printf's %u.
@@ -71,8 +70,7 @@ class TextPiece {
     constexpr std::uint32_t kEightDigits = 100000000;
     if (value >= kEightDigits) {
       AppendUpToEightDigits(value / kEightDigits);
-      StoreU64(FormatEightDigits(value % kEightDigits), EndBytes());
-      size_ += 8;
+      StoreU64(FormatEightDigits(value % kEightDigits), AsBytes(Extend(8)));
     } else {
       AppendUpToEightDigits(value);
     }
@@ -90,12 +88,12 @@ class TextPiece {
   // Zero-filled to kDigits digits, like printf's %02d. `value` must not be negative.
   template <std::size_t kDigits>
   void AppendZeroFilled(int value) {
+    char* const end = Extend(kDigits);
     auto rest = static_cast<unsigned>(value);
     for (std::size_t i = kDigits; i >= 2; i -= 2, rest /= 100) {
-      StoreU16(text_piece_tables::kDecimalPairs[rest % 100], EndBytes() + i - 2);
+      StoreU16(text_piece_tables::kDecimalPairs[rest % 100], AsBytes(end) + i - 2);
     }
-    if constexpr (kDigits % 2 == 1) *end() = static_cast<char>('0' + rest % 10);
-    size_ += kDigits;
+    if constexpr (kDigits % 2 == 1) *end = static_cast<char>('0' + rest % 10);
   }
 
   // Four or eight lower-case digits, like printf's %.4x or %.8x.
@@ -116,22 +114,20 @@ class TextPiece {
   void AppendHex(const std::uint8_t* bytes, std::size_t count) {
     constexpr std::size_t kVector = 16;
     const std::size_t in_vectors = count / kVector * kVector;
-    char* const digits = end();
+    char* const digits = Extend(2 * count);
     for (std::size_t i = 0; i < in_vectors; ++i) {
       digits[2 * i] = ToHexDigit(bytes[i] >> 4U);
       digits[2 * i + 1] = ToHexDigit(bytes[i] & 0xFU);
     }
     for (std::size_t i = in_vectors; i < count; ++i) WriteHexPair(bytes[i], digits + 2 * i);
-    size_ += 2 * count;
   }
   // Six bytes in stored order, with colons between them.
   void AppendMac(const std::uint8_t* address) {
-    char* const digits = end();
+    char* const digits = Extend(6 * 3 - 1);  // without the last colon
     for (std::size_t i = 0; i < 6; ++i) {
       WriteHexPair(address[i], digits + 3 * i);
       digits[3 * i + 2] = ':';
     }
-    size_ += 6 * 3 - 1;  // the last colon is not part of it
   }
 
   void Clear() { size_ = 0; }
@@ -141,13 +137,18 @@ class TextPiece {
   void Print() const { PrintPiece(text()); }
 
  private:
-  char* end() { return text_.data() + size_; }
-  std::uint8_t* EndBytes() { return reinterpret_cast<std::uint8_t*>(end()); }
+  // Makes the text longer, and returns the start of the new characters.
+  char* Extend(std::size_t count) {
+    assert(count <= room());
+    char* const end = text_.data() + size_;
+    size_ += count;
+    return end;
+  }
+  static std::uint8_t* AsBytes(char* text) { return reinterpret_cast<std::uint8_t*>(text); }
 
   void AppendUpToEightDigits(std::uint32_t value) {
     const unsigned count = CountDigits(value);
-    StoreU64(FormatEightDigits(value) >> (64 - 8 * count), EndBytes());
-    size_ += count;
+    StoreU64(FormatEightDigits(value) >> (64 - 8 * count), AsBytes(Extend(count)));
   }
   // `value` is below 100,000,000.
   static unsigned CountDigits(std::uint32_t value) {

@@ -14,7 +14,7 @@
 // One row is one label with the versions that have it. If the label of a value changes
 // between versions, each wording is a row, next to the others.
 //
-// vocabulary.cc makes the tables that decoders use from these, at compile time.
+// The files in compile/ make the tables that decoders use from these.
 
 // One label of one value in some versions. `line` is the row's line in the source, for
 // the compiler's messages.

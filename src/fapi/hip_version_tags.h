@@ -3,29 +3,42 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
-// The versions of the host interface protocol, one letter per version, in ascending
-// order. The rows of the vocabulary use these letters. The tool never prints them.
-// src/hip/hip_versions.cc has the version number of each letter.
-enum class HipVersionTag : std::uint8_t {
-  A,  // 13.1.0
-  B,  // 13.2.0
-  C,  // 13.3.0
-  D,  // 14.0.0
-  E,  // 14.0.4
-  F,  // 14.0.6
-  G,  // 14.1.8
-  H,  // 14.2.9
-  I,  // 14.3.10
-  J,  // 14.4.11
-  K,  // 14.4.12
-  L,  // 14.5.12
+// The versions of the host interface protocol, one letter per version. The rows of the
+// vocabulary use these letters. The tool never prints them.
+enum class HipVersionTag : std::uint8_t { A, B, C, D, E, F, G, H, I, J, K, L };
+
+struct HipVersionName {
+  HipVersionTag tag;
+  const char* dotted;  // as printed
 };
 
-inline constexpr HipVersionTag kLastHipVersionTag = HipVersionTag::L;
-inline constexpr std::size_t kHipVersionCount = static_cast<std::size_t>(kLastHipVersionTag) + 1;
+// One row per tag, in ascending order. The versions are written nowhere else: the table
+// of versions, the banner and the package take them from here.
+// clang-format off
+inline constexpr HipVersionName kHipVersionNames[] = {
+    {HipVersionTag::A, "13.1.0"},
+    {HipVersionTag::B, "13.2.0"},
+    {HipVersionTag::C, "13.3.0"},
+    {HipVersionTag::D, "14.0.0"},
+    {HipVersionTag::E, "14.0.4"},
+    {HipVersionTag::F, "14.0.6"},
+    {HipVersionTag::G, "14.1.8"},
+    {HipVersionTag::H, "14.2.9"},
+    {HipVersionTag::I, "14.3.10"},
+    {HipVersionTag::J, "14.4.11"},
+    {HipVersionTag::K, "14.4.12"},
+    {HipVersionTag::L, "14.5.12"},
+};
+// clang-format on
 
-constexpr char GetTagLetter(std::size_t version) { return static_cast<char>('A' + version); }
+inline constexpr std::size_t kHipVersionCount = std::size(kHipVersionNames);
+inline constexpr HipVersionTag kLastHipVersionTag = kHipVersionNames[kHipVersionCount - 1].tag;
+
+// A tag as an index of kHipVersionNames and of other tables with one entry per version.
+constexpr std::size_t GetIndex(HipVersionTag tag) { return static_cast<std::size_t>(tag); }
+constexpr char GetLetter(HipVersionTag tag) { return static_cast<char>('A' + GetIndex(tag)); }
 
 // A set of versions. Tables write it as in "A-D,F,H-": single tags and ranges in
 // ascending order, separated by commas. A range without an end includes the last
@@ -51,17 +64,14 @@ class HipVersionSet {
         }
       }
       if (first < next_allowed) throw "version tags must ascend, as in \"A-D,F,H-\"";
-      for (std::size_t version = first; version <= last; ++version) bits_ |= Bit(version);
+      for (std::size_t index = first; index <= last; ++index) bits_ |= Bit(index);
       next_allowed = last + 1;
       if (*text == '\0') return;
       if (*text++ != ',') throw "version tags are single letters and ranges, separated by commas";
     }
   }
 
-  constexpr bool Contains(std::size_t version) const { return (bits_ & Bit(version)) != 0; }
-  constexpr bool Contains(HipVersionTag tag) const {
-    return Contains(static_cast<std::size_t>(tag));
-  }
+  constexpr bool Contains(HipVersionTag tag) const { return (bits_ & Bit(GetIndex(tag))) != 0; }
   constexpr bool ContainsAll(HipVersionSet other) const {
     return (bits_ & other.bits_) == other.bits_;
   }
@@ -71,12 +81,13 @@ class HipVersionSet {
  private:
   static_assert(kHipVersionCount <= 16, "bits_ holds sixteen versions: widen it");
 
-  static constexpr std::uint16_t Bit(std::size_t version) {
-    return static_cast<std::uint16_t>(1U << version);
+  static constexpr std::uint16_t Bit(std::size_t index) {
+    return static_cast<std::uint16_t>(1U << index);
   }
   static consteval std::size_t ParseTag(char letter) {
-    if (letter < 'A' || letter >= GetTagLetter(kHipVersionCount)) throw "unknown version tag";
-    return static_cast<std::size_t>(letter - 'A');
+    const auto index = static_cast<std::size_t>(letter - 'A');
+    if (letter < 'A' || index >= kHipVersionCount) throw "unknown version tag";
+    return index;
   }
 
   std::uint16_t bits_ = 0;

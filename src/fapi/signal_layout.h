@@ -12,7 +12,7 @@
 #include "fapi/enum_table.h"
 #include "fapi/hip_version_tags.h"
 
-// A catalogue row:
+// A row of the vocabulary:
 //
 //   Signal("ma_unitdata_req", 0x1000, "A-C", Min(32), Dump("data"), U16("vif"),
 //          X16("host_tag"), Enum("priority", kUserPriority), ..., Spares()),
@@ -23,13 +23,13 @@
 // field directly after the one before it. `.At(12)` puts a field at byte 12 and skips
 // the bytes before it, which never print.
 //
-// The rows exist only at compile time. A row that breaks a rule does not compile.
-// vocabulary.cc makes the small tables that decoders use from the rows. Decoders do not
-// use the rows themselves, because each row takes the space of the signal with the
+// The rows exist only at compile time. A row that breaks a rule does not compile. The
+// files in compile/ make the small tables that decoders use from the rows. Decoders do
+// not use the rows themselves, because each row takes the space of the signal with the
 // most fields and has a pointer to relocate for each name.
 
 inline constexpr std::size_t kSignalHeaderSize = 10;
-inline constexpr std::size_t kMaxFields = 16;
+inline constexpr std::size_t kMaxFields = 20;  // dumps included
 inline constexpr std::size_t kMaxNameLength = 48;
 static_assert(kMaxNameLength + 4 <= kPaddedTextSize,
               "a name with the text around it is a PaddedText");
@@ -41,7 +41,7 @@ constexpr bool IsFieldOrSignalName(std::string_view name) {
   });
 }
 
-// A field in a row. `offset` is unset until At() or SignalLayout::Add sets it.
+// A field or a dump in a row. `offset` is unset until At() or SignalLayout::Add sets it.
 struct FieldToken {
   static constexpr std::size_t kUnset = 0;  // in the signal header, where no field is
 
@@ -52,55 +52,49 @@ struct FieldToken {
     placed.offset = byte;
     return placed;
   }
+  constexpr std::size_t GetWidth() const { return GetForm(form).width * words; }
 
   std::string_view name{};
-  FieldRenderer renderer{};
-  std::size_t size = 0;  // in bytes
+  FieldRenderer form{};
+  std::size_t words = 1;
   const EnumTable* labels = nullptr;
   std::size_t offset = kUnset;
 };
 
-consteval FieldToken MakeField(const char* name, FieldRenderer renderer, std::size_t size,
+consteval FieldToken MakeField(const char* name, FieldRenderer form, std::size_t words = 1,
                                const EnumTable* labels = nullptr) {
   if (!IsFieldOrSignalName(name)) {
     throw "a field's name is 1 to kMaxNameLength characters of a-z, 0-9 and _";
   }
-  return {.name = name, .renderer = renderer, .size = size, .labels = labels};
+  return {.name = name, .form = form, .words = words, .labels = labels};
 }
 
-consteval FieldToken U8(const char* name) { return MakeField(name, FieldRenderer::kU8, 1); }
-consteval FieldToken U16(const char* name) { return MakeField(name, FieldRenderer::kU16, 2); }
-consteval FieldToken U32(const char* name) { return MakeField(name, FieldRenderer::kU32, 4); }
-consteval FieldToken I16(const char* name) { return MakeField(name, FieldRenderer::kI16, 2); }
-consteval FieldToken I32(const char* name) { return MakeField(name, FieldRenderer::kI32, 4); }
-consteval FieldToken X16(const char* name) { return MakeField(name, FieldRenderer::kX16, 2); }
-consteval FieldToken X32(const char* name) { return MakeField(name, FieldRenderer::kX32, 4); }
-consteval FieldToken Mac(const char* name) { return MakeField(name, FieldRenderer::kMac, 6); }
-consteval FieldToken Hex8(const char* name) { return MakeField(name, FieldRenderer::kHex8, 8); }
+consteval FieldToken U8(const char* name) { return MakeField(name, FieldRenderer::kU8); }
+consteval FieldToken U16(const char* name) { return MakeField(name, FieldRenderer::kU16); }
+consteval FieldToken U32(const char* name) { return MakeField(name, FieldRenderer::kU32); }
+consteval FieldToken I16(const char* name) { return MakeField(name, FieldRenderer::kI16); }
+consteval FieldToken I32(const char* name) { return MakeField(name, FieldRenderer::kI32); }
+consteval FieldToken X16(const char* name) { return MakeField(name, FieldRenderer::kX16); }
+consteval FieldToken X32(const char* name) { return MakeField(name, FieldRenderer::kX32); }
+consteval FieldToken Mac(const char* name) { return MakeField(name, FieldRenderer::kMac); }
+consteval FieldToken Hex8(const char* name) { return MakeField(name, FieldRenderer::kHex8); }
 consteval FieldToken X16NoSpace(const char* name) {
-  return MakeField(name, FieldRenderer::kX16NoSpace, 2);
+  return MakeField(name, FieldRenderer::kX16NoSpace);
 }
 consteval FieldToken Words(const char* name, std::size_t count) {
   if (count > kMaxWords) throw "too many words for an array: raise kMaxWords";
-  return MakeField(name, FieldRenderer::kWords, 2 * count);
+  return MakeField(name, FieldRenderer::kWords, count);
 }
 consteval FieldToken Enum(const char* name, const EnumTable& labels) {
-  return MakeField(name, FieldRenderer::kEnum16, 2, &labels);
+  return MakeField(name, FieldRenderer::kEnum16, 1, &labels);
 }
 
-// A field that shows the bulk or, without bulk, the signal's bytes from Min on.
-struct DumpToken {
-  std::string_view name;
-};
-consteval DumpToken Dump(const char* name) {
-  if (!IsFieldOrSignalName(name)) {
-    throw "a dump's name is 1 to kMaxNameLength characters of a-z, 0-9 and _";
-  }
-  return {name};
-}
+// Shows the bulk or, without bulk, the signal's bytes from Min on.
+consteval FieldToken Dump(const char* name) { return MakeField(name, FieldRenderer::kDump); }
 
 // spare_1, spare_2 and spare_3, 4 bytes each. Nearly every signal ends with them.
-consteval FieldToken Spares() { return MakeField("spare_1", FieldRenderer::kSpares, 12); }
+struct SparesToken {};
+consteval SparesToken Spares() { return {}; }
 
 // The minimum length of a signal without bulk, in bytes. It is nearly always the end
 // of the last field. Min requires that, so a row with a missing field or a wrong width
@@ -141,30 +135,37 @@ struct SignalLayout {
   HipVersionSet versions;
   std::size_t min = 0;
   std::size_t end = kSignalHeaderSize;
-  std::size_t dump_count = 0;
-  std::array<std::string_view, kMaxDumps> dumps{};
   std::size_t field_count = 0;
   std::array<FieldToken, kMaxFields> fields{};
+  bool ends_in_spares = false;
 
   constexpr void Add(FieldToken field) {
+    ends_in_spares = false;
     if (field_count == kMaxFields) throw "too many fields for a row: raise kMaxFields";
+    if (field.form == FieldRenderer::kDump) {
+      if (end > kSignalHeaderSize) throw "dumps are printed before the fields: write them first";
+      if (field.offset != FieldToken::kUnset) throw "a dump has no place of its own: remove At";
+      fields[field_count++] = field;
+      return;
+    }
     if (field.offset == FieldToken::kUnset) field.offset = end;
     if (field.offset < end) throw "a field starts before the end of the field before it";
-    if (field.renderer == FieldRenderer::kEnum16 && !field.labels->versions.ContainsAll(versions)) {
+    if (field.form == FieldRenderer::kEnum16 && !field.labels->versions.ContainsAll(versions)) {
       throw "an enumeration has no labels in a version of this signal";
     }
-    end = field.offset + field.size;
-    if (end > 255) throw "a field ends after byte 255: widen CompiledField and CompiledSignal";
+    end = field.offset + field.GetWidth();
+    if (end > kMaxSignalEnd) throw "a field ends after kMaxSignalEnd: raise it";
     fields[field_count++] = field;
   }
-  constexpr void Add(DumpToken dump) {
-    if (dump_count == kMaxDumps) throw "a signal has at most two dumps";
-    if (field_count > 0) throw "dumps are printed before the fields: write them first";
-    dumps[dump_count++] = dump.name;
+  constexpr void Add(SparesToken /*spares*/) {
+    Add(U32("spare_1"));
+    Add(U32("spare_2"));
+    Add(U32("spare_3"));
+    ends_in_spares = true;
   }
   constexpr void SetMin(std::size_t row_min) {
-    if (row_min < kSignalHeaderSize || row_min > 255) {
-      throw "Min is outside the range of signal lengths, 10 to 255";
+    if (row_min < kSignalHeaderSize || row_min > kMaxSignalEnd) {
+      throw "Min is outside the range of signal lengths, 10 to kMaxSignalEnd";
     }
     min = row_min;
   }
@@ -185,7 +186,7 @@ consteval SignalLayout Signal(SignalName name, unsigned id, HipVersionSet versio
   return row;
 }
 
-// The rows of one family of signals.
+// The rows of one file.
 struct SignalTable {
   std::span<const SignalLayout> rows;
 };

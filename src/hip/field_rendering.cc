@@ -1,17 +1,8 @@
 #include "hip/field_rendering.h"
 
-#include <algorithm>
-#include <cstddef>
-
 #include "base/little_endian.h"
-#include "base/text_piece.h"
-#include "fapi/vocabulary.h"
 
 namespace {
-
-constexpr std::size_t kCharsPerWord = 7;  // as in "0x0001 "
-constexpr std::size_t kMaxValue = std::max(kPaddedTextSize, 1 + kMaxWords * kCharsPerWord);
-using FieldPiece = TextPiece<kPaddedTextSize + kMaxValue>;
 
 // In versions A to C an enumerated field whose value has no label prints without the
 // blank before its name. Intended.
@@ -19,115 +10,80 @@ constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
   return version >= HipVersionTag::D;
 }
 
-// Appends the value. The caller has appended `prefix`.
-void AppendEnumerated(FieldPiece& piece, PaddedText prefix, const CompiledField& field,
-                      std::uint16_t value, HipVersionTag version) {
-  const PaddedText label = FindLabel(field.enum_index, value, version);
-  if (!label.empty()) {
-    piece.Append(label);
-    return;
+bool HasBlank(const SignalView& signal, const CompiledField& field, const FieldValue& value) {
+  if (field.form == FieldRenderer::kEnum16 && value.kind == FieldValue::Kind::kNumber) {
+    return HasBlankBeforeUnlabelled(signal.version);
   }
-  if (!HasBlankBeforeUnlabelled(version)) {
-    piece.Clear();
-    piece.Append(std::string_view(prefix.data + 1, prefix.size - 1));
-  }
-  piece.AppendDecimal(value);
+  return GetForm(field.form).has_blank;
 }
 
 // A blank follows each word, also the last. Intended.
-void AppendWords(FieldPiece& piece, const std::uint8_t* words, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
+void AppendWords(LinePiece& piece, SignalSpan words) {
+  for (std::uint32_t i = 0; i < words.length; i += 2) {
     piece.Append("0x");
-    piece.AppendHex(LoadU16(words + 2 * i));
+    piece.AppendHex(LoadU16(words.bytes + i));
     piece.Append(' ');
-  }
-  piece.Append(']');
-}
-
-void AppendSpares(FieldPiece& piece, const std::uint8_t* spares) {
-  const std::uint32_t first = LoadU32(spares);
-  const std::uint32_t second = LoadU32(spares + 4);
-  const std::uint32_t third = LoadU32(spares + 8);
-  if ((first | second | third) == 0) {  // as they nearly always are
-    piece.Append("0 spare_2:0 spare_3:0");
-    return;
-  }
-  piece.AppendDecimal(first);
-  piece.Append(" spare_2:");
-  piece.AppendDecimal(second);
-  piece.Append(" spare_3:");
-  piece.AppendDecimal(third);
-}
-
-void AppendField(FieldPiece& piece, const CompiledField& field, const std::uint8_t* signal,
-                 HipVersionTag version) {
-  const PaddedText prefix = GetText(field.prefix);
-  const std::uint8_t* const bytes = signal + field.offset;
-  piece.Append(prefix);
-  switch (field.renderer) {
-    case FieldRenderer::kU8:
-      piece.AppendDecimal(*bytes);
-      break;
-    case FieldRenderer::kU16:
-      piece.AppendDecimal(LoadU16(bytes));
-      break;
-    case FieldRenderer::kU32:
-      piece.AppendDecimal(LoadU32(bytes));
-      break;
-    case FieldRenderer::kI16:
-      piece.AppendSigned(static_cast<std::int16_t>(LoadU16(bytes)));
-      break;
-    case FieldRenderer::kI32:
-      piece.AppendSigned(static_cast<std::int32_t>(LoadU32(bytes)));
-      break;
-    case FieldRenderer::kX16:
-    case FieldRenderer::kX16NoSpace:
-      piece.AppendHex(LoadU16(bytes));
-      break;
-    case FieldRenderer::kX32:
-      piece.AppendHex(LoadU32(bytes));
-      break;
-    case FieldRenderer::kMac:
-      piece.AppendMac(bytes);
-      break;
-    case FieldRenderer::kHex8:
-      piece.AppendHex(bytes, 8);
-      break;
-    case FieldRenderer::kWords:
-      AppendWords(piece, bytes, field.words);
-      break;
-    case FieldRenderer::kSpares:
-      AppendSpares(piece, bytes);
-      break;
-    case FieldRenderer::kEnum16:
-      AppendEnumerated(piece, prefix, field, LoadU16(bytes), version);
-      break;
   }
 }
 
 }  // namespace
 
-void PrintDump(PaddedText prefix, SignalSpan region) {
-  constexpr std::size_t kBytesPerPiece = 512;
-  TextPiece<kPaddedTextSize + 2 * kBytesPerPiece + 1> piece;
-  piece.Append(prefix);
-  std::size_t done = 0;
-  while (region.length - done > kBytesPerPiece) {
-    piece.AppendHex(region.bytes + done, kBytesPerPiece);
-    piece.Print();
-    piece.Clear();
-    done += kBytesPerPiece;
+void AppendValue(LinePiece& piece, const CompiledField& field, const FieldValue& value) {
+  // The form's texts are constants in each case.
+  const auto before = [&piece](FieldRenderer form) { piece.Append(GetForm(form).before_value); };
+  switch (field.form) {
+    case FieldRenderer::kU8:
+    case FieldRenderer::kU16:
+    case FieldRenderer::kU32:
+      piece.AppendDecimal(static_cast<std::uint32_t>(value.number));
+      break;
+    case FieldRenderer::kI16:
+    case FieldRenderer::kI32:
+      piece.AppendSigned(static_cast<std::int32_t>(value.number));
+      break;
+    case FieldRenderer::kX16:
+    case FieldRenderer::kX16NoSpace:
+      before(FieldRenderer::kX16);
+      piece.AppendHex(static_cast<std::uint16_t>(value.number));
+      break;
+    case FieldRenderer::kX32:
+      before(FieldRenderer::kX32);
+      piece.AppendHex(static_cast<std::uint32_t>(value.number));
+      break;
+    case FieldRenderer::kMac:
+      piece.AppendMac(value.bytes.bytes);
+      break;
+    case FieldRenderer::kHex8:
+      before(FieldRenderer::kHex8);
+      piece.AppendHex(value.bytes.bytes, value.bytes.length);
+      break;
+    case FieldRenderer::kWords:
+      before(FieldRenderer::kWords);
+      AppendWords(piece, value.bytes);
+      piece.Append(GetForm(FieldRenderer::kWords).after_value);
+      break;
+    case FieldRenderer::kEnum16:
+      if (value.kind == FieldValue::Kind::kLabel) {
+        piece.Append(value.label);
+      } else {
+        piece.AppendDecimal(static_cast<std::uint32_t>(value.number));
+      }
+      break;
+    case FieldRenderer::kDump:
+      break;  // RenderSignal prints dumps piece by piece
   }
-  piece.AppendHex(region.bytes + done, region.length - done);
-  piece.Append('}');
-  piece.Print();
 }
 
-void PrintFields(std::span<const CompiledField> fields, const std::uint8_t* signal,
-                 HipVersionTag version) {
-  for (const CompiledField& field : fields) {
-    FieldPiece piece;
-    AppendField(piece, field, signal, version);
-    piece.Print();
-  }
+void AppendField(LinePiece& piece, const SignalView& signal, const CompiledField& field) {
+  const FieldValue value = ReadField(signal, field);
+  piece.Append(GetPrefix(field, HasBlank(signal, field, value)));
+  AppendValue(piece, field, value);
+}
+
+std::string RenderUnknownSignal(std::uint16_t id) {
+  LinePiece piece;
+  piece.Append("Unknown Hip Signal : 0x");
+  piece.AppendHex(id);
+  piece.Append('\n');
+  return std::string(piece.text());
 }

@@ -1,22 +1,98 @@
 #ifndef VRKT_HIP_FIELD_RENDERING_H_
 #define VRKT_HIP_FIELD_RENDERING_H_
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
+#include <string_view>
 
+#include "base/little_endian.h"
 #include "base/padded_text.h"
+#include "base/text_piece.h"
 #include "fapi/compiled_signal.h"
-#include "fapi/hip_version_tags.h"
-#include "hip/hip_signal.h"
+#include "fapi/vocabulary.h"
+#include "hip/field_value.h"
+#include "hip/signal_view.h"
 
-// These functions print to standard output and do not check lengths.
+// The text of a signal's line, made of the values of its fields.
 
-// Prints a dump: `prefix`, as in " data:{", the region's bytes in stored order and the
-// closing brace. An empty region prints as "{}".
-void PrintDump(PaddedText prefix, SignalSpan region);
+inline constexpr std::size_t kCharsPerWord = 7;  // as in "0x0001 "
+inline constexpr std::size_t kMaxValueText =
+    std::max(kPaddedTextSize, 2 + kMaxWords * kCharsPerWord);
+inline constexpr std::size_t kMaxFieldText = kPaddedTextSize + kMaxValueText;
 
-// Prints fields in order. `signal` must be readable up to the end of each.
-void PrintFields(std::span<const CompiledField> fields, const std::uint8_t* signal,
-                 HipVersionTag version);
+// Part of a line. Most lines fit into one.
+using LinePiece = TextPiece<2048>;
+static_assert(LinePiece::capacity() >= 4 * kMaxFieldText);
+
+// Appends the value of any field but a dump, with the text that its form has before and
+// after it, as in "0x0102": at most kMaxValueText characters.
+void AppendValue(LinePiece& piece, const CompiledField& field, const FieldValue& value);
+
+// Appends any field but a dump, as in " host_tag:0x0102": at most kMaxFieldText
+// characters.
+void AppendField(LinePiece& piece, const SignalView& signal, const CompiledField& field);
+
+// Appends the bytes of a dump between braces. Whenever the piece is full, calls `emit`
+// with its text and clears it.
+template <typename Emit>
+void AppendDump(LinePiece& piece, SignalSpan bytes, Emit& emit) {
+  piece.Append(GetForm(FieldRenderer::kDump).before_value);
+  std::size_t done = 0;
+  for (;;) {
+    const std::size_t count = std::min(bytes.length - done, (piece.room() - 1) / 2);
+    piece.AppendHex(bytes.bytes + done, count);
+    done += count;
+    if (done == bytes.length) break;
+    emit(piece.text());
+    piece.Clear();
+  }
+  piece.Append(GetForm(FieldRenderer::kDump).after_value);
+}
+
+// The line of an id that the version does not have, with its line end.
+std::string RenderUnknownSignal(std::uint16_t id);
+
+// The spares are nearly always zero. To print them as one text takes a fifth of the
+// instructions off a line.
+inline constexpr std::string_view kZeroSpares = " spare_1:0 spare_2:0 spare_3:0";
+
+inline bool HasZeroSpares(const SignalView& signal) {
+  if (!signal.layout->ends_in_spares) return false;
+  const std::uint8_t* const spares = signal.bytes + signal.layout->end - 4 * kSpareCount;
+  return (LoadU32(spares) | LoadU32(spares + 4) | LoadU32(spares + 8)) == 0;
+}
+
+// Calls `emit` with the parts of a signal's line, in order, from the signal's name to the
+// line end. The signal has a layout and is not too short. A part is at most as long as a
+// LinePiece: a line can be twice as long as its record, which can have up to 4 GiB.
+template <typename Emit>
+void RenderSignal(const SignalView& signal, Emit emit) {
+  LinePiece piece;
+  const auto make_room = [&](std::size_t size) {
+    if (piece.room() >= size) return;
+    emit(piece.text());
+    piece.Clear();
+  };
+  piece.Append(GetText(signal.layout->name));
+  std::span<const CompiledField> fields = GetFields(*signal.layout);
+  const bool spares_are_zero = HasZeroSpares(signal);
+  if (spares_are_zero) fields = fields.first(fields.size() - kSpareCount);
+  for (const CompiledField& field : fields) {
+    make_room(kMaxFieldText);
+    if (field.form == FieldRenderer::kDump) {
+      piece.Append(GetPrefix(field, true));
+      AppendDump(piece, signal.dump, emit);
+    } else {
+      AppendField(piece, signal, field);
+    }
+  }
+  make_room(kZeroSpares.size() + 1);
+  if (spares_are_zero) piece.Append(kZeroSpares);
+  piece.Append('\n');
+  emit(piece.text());
+}
 
 #endif  // VRKT_HIP_FIELD_RENDERING_H_

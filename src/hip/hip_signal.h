@@ -1,10 +1,9 @@
 #ifndef VRKT_HIP_HIP_SIGNAL_H_
 #define VRKT_HIP_HIP_SIGNAL_H_
 
-#include <cstddef>
 #include <cstdint>
 
-// Bytes of a record's payload. The record loop owns them.
+// Bytes of a record's payload, which somebody else owns.
 struct SignalSpan {
   std::uint32_t length;  // in bytes
   const std::uint8_t* bytes;
@@ -12,6 +11,10 @@ struct SignalSpan {
 
 // The three parts of a payload. In a record they follow each other without gaps. An
 // empty bulk may have a null address.
+//
+// The bytes from the signal's start are readable up to kMaxSignalEnd, also where the
+// payload is shorter: the reader of the log puts zeros after it. So the id and the
+// fields of a signal that is too short can be read without a test of its length.
 struct HipSignal {
   SignalSpan signal;  // starts at the id
   SignalSpan bulk1;

@@ -1,12 +1,9 @@
 #include "hip/hip_versions.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdio>
-#include <cstdlib>
 #include <utility>
-
-#include "base/program_name.h"
 
 namespace {
 
@@ -35,66 +32,38 @@ consteval std::uint32_t PackVersion(const char* name) {
   return version;
 }
 
-template <HipVersionTag kTag>
-consteval HipVersionEntry MakeEntry(const char* name) {
-  return {name, PackVersion(name), &DecodeSignalOfVersion<kTag>, kLinkTypeUser0};
+template <std::size_t... kIndex>
+consteval std::array<HipVersionEntry, kHipVersionCount> MakeTable(
+    std::index_sequence<kIndex...> /*indices*/) {
+  return {{{kHipVersionNames[kIndex].tag, kHipVersionNames[kIndex].dotted,
+            PackVersion(kHipVersionNames[kIndex].dotted),
+            &DecodeSignalOfVersion<kHipVersionNames[kIndex].tag>, kLinkTypeUser0}...}};
 }
 
 }  // namespace
 
-// clang-format off
-constexpr std::array<HipVersionEntry, kHipVersionCount> HipVersionTable = {
-    MakeEntry<HipVersionTag::A>("13.1.0"),
-    MakeEntry<HipVersionTag::B>("13.2.0"),
-    MakeEntry<HipVersionTag::C>("13.3.0"),
-    MakeEntry<HipVersionTag::D>("14.0.0"),
-    MakeEntry<HipVersionTag::E>("14.0.4"),
-    MakeEntry<HipVersionTag::F>("14.0.6"),
-    MakeEntry<HipVersionTag::G>("14.1.8"),
-    MakeEntry<HipVersionTag::H>("14.2.9"),
-    MakeEntry<HipVersionTag::I>("14.3.10"),
-    MakeEntry<HipVersionTag::J>("14.4.11"),
-    MakeEntry<HipVersionTag::K>("14.4.12"),
-    MakeEntry<HipVersionTag::L>("14.5.12"),
-};
-// clang-format on
+constexpr std::array<HipVersionEntry, kHipVersionCount> HipVersionTable =
+    MakeTable(std::make_index_sequence<kHipVersionCount>());
 
 namespace {
 
-template <std::size_t... kVersion>
-consteval bool EachTagHasItsRow(std::index_sequence<kVersion...> /*versions*/) {
-  return ((HipVersionTable[kVersion].name != nullptr &&
-           HipVersionTable[kVersion].decoder ==
-               &DecodeSignalOfVersion<static_cast<HipVersionTag>(kVersion)>)&&...);
-}
-static_assert(EachTagHasItsRow(std::make_index_sequence<kHipVersionCount>()),
-              "each version tag has a row with its own decoder, in order of the tags");
-
-consteval bool VersionsAscend() {
-  for (std::size_t version = 1; version < kHipVersionCount; ++version) {
-    if (HipVersionTable[version].version <= HipVersionTable[version - 1].version) return false;
+consteval bool TagsAndVersionsAscend() {
+  for (std::size_t i = 0; i < kHipVersionCount; ++i) {
+    if (GetIndex(HipVersionTable[i].tag) != i) return false;
+    if (i > 0 && HipVersionTable[i].version <= HipVersionTable[i - 1].version) return false;
   }
   return true;
 }
-static_assert(VersionsAscend(), "the versions are in ascending order");
+static_assert(TagsAndVersionsAscend(),
+              "kHipVersionNames has each tag once, and tags and versions ascend");
 
 }  // namespace
 
-void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor) {
+bool SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor) {
   const HipVersionEntry* const end = HipVersionTable.data() + HipVersionTable.size();
-  for (; hipCursor != end; ++hipCursor) {
-    if (hipCursor->version == hip_version) {
-      std::fprintf(stderr, "%s: Log File Hip Version %s detected\n", programName, hipCursor->name);
-      return;
-    }
-  }
-  std::fprintf(stderr, "%s: Incompatible hip version(%d.%d.%d) detected in log file header.\n",
-               programName, static_cast<int>(hip_version >> 24U),
-               static_cast<int>(hip_version >> 16U & 0xFFU),
-               static_cast<int>(hip_version & 0xFFFFU));
-  std::fprintf(stderr, "%s: This decoder supports hip versions:\n", programName);
-  for (const HipVersionEntry& entry : HipVersionTable) {
-    std::fprintf(stderr, "%s:      %s\n", programName, entry.name);
-  }
-  std::exit(-1);
+  const HipVersionEntry* const found = std::find_if(
+      hipCursor, end, [&](const HipVersionEntry& entry) { return entry.version == hip_version; });
+  if (found == end) return false;
+  hipCursor = found;
+  return true;
 }

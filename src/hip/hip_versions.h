@@ -9,6 +9,7 @@
 
 // One version of the host interface protocol.
 struct HipVersionEntry {
+  HipVersionTag tag;
   const char* name;       // dotted, as printed
   std::uint32_t version;  // packed: first number << 24 | second << 16 | third
   HipDecoder decoder;     // the version's entry point
@@ -21,10 +22,10 @@ struct HipVersionEntry {
 // One row per version, in ascending order.
 extern const std::array<HipVersionEntry, kHipVersionCount> HipVersionTable;
 
-// Moves `hipCursor` forward to the row of exactly this packed version and reports the
-// version on standard error. The search starts at the row of the previous epoch: after
-// a driver reload the version may stay the same or increase, but not decrease. If
-// there is no such row, reports that and ends the process with status -1.
-void SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor);
+// Moves `hipCursor` forward to the row of exactly this packed version. The search starts
+// at the row of the previous epoch: after a driver reload the version may stay the same
+// or increase, but not decrease. Returns false, and leaves `hipCursor` as it is, if there
+// is no such row.
+bool SelectHipVersion(std::uint32_t hip_version, const HipVersionEntry*& hipCursor);
 
 #endif  // VRKT_HIP_HIP_VERSIONS_H_

@@ -15,8 +15,6 @@
 // Returns 1 if it printed a signal line. Returns 0 if the version does not have the
 // id, after printing a line that says so. Returns 0 and prints nothing if the signal
 // is too short for its layout: the line that the caller began has no end.
-//
-// Fields beyond the end of the signal show the bytes of the bulk, then zeros.
 using HipDecoder = std::uint32_t (*)(std::uint32_t signal_length, const std::uint8_t* signal,
                                      std::uint32_t bulk1_length, const std::uint8_t* bulk1,
                                      std::uint32_t bulk2_length, const std::uint8_t* bulk2);

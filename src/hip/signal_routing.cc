@@ -1,56 +1,56 @@
 #include "hip/signal_routing.h"
 
-#include <array>
 #include <cstddef>
-#include <cstdio>
+#include <string_view>
 
 #include "base/little_endian.h"
 #include "base/program_name.h"
-#include "base/unlocked_stdio.h"
+#include "base/text_piece.h"
+#include "fapi/compiled_signal.h"
 
 namespace {
 
 // Offsets in the payload. The bulk lengths are there only in versions below 12.0;
 // later versions have a signal length in the log's record instead.
-constexpr std::size_t kIdOffset = 0;
-constexpr std::size_t kSecondWordOffset = 2;
 constexpr std::size_t kBulk1LengthOffset = 8;
 constexpr std::size_t kBulk2LengthOffset = 12;
 constexpr std::size_t kDroppedFramesOffset = 12;
+static_assert(kDroppedFramesOffset + 4 <= kMaxSignalEnd);
 constexpr std::uint32_t kFirstVersionWithoutBulkLengths = 0x0C000000;
 
-// Ids 0x0065 to 0x9FFF go to the HIP side, all others to the driver side.
+// The ids of the HIP side. All others are of the driver side.
 constexpr std::uint16_t kFirstHipId = 0x0065;
 constexpr std::uint16_t kLastHipId = 0x9FFF;
 
-template <std::size_t kWidth>
-std::array<std::uint8_t, kWidth> CopyBytes(SignalSpan payload, std::size_t offset) {
-  std::array<std::uint8_t, kWidth> bytes{};
-  for (std::size_t i = 0; i < kWidth && offset + i < payload.length; ++i) {
-    bytes[i] = payload.bytes[offset + i];
+// The signals that the interface assigns to the driver side. Their ids are in the range
+// of the HIP side, so no log reaches them here. Intended.
+struct DriverSignal {
+  std::uint16_t id;
+  std::string_view text;
+  std::string_view text_after_count;  // empty if the signal has no count of dropped frames
+  bool is_unload;
+};
+constexpr DriverSignal kDriverSignals[] = {
+    {0x8010, "Driver: Unloaded", "", true},
+    {0x8011, "Driver: Dropped: ", " Udi Frames", false},
+    {0x8012, "Driver: Dropped: ", " Udi Basic Data Frames", false},
+    {0x8013, "Driver: Suspended", "", false},
+    {0x8014, "Driver: Resumed", "", false},
+};
+
+const DriverSignal* FindDriverSignal(std::uint16_t id) {
+  for (const DriverSignal& signal : kDriverSignals) {
+    if (signal.id == id) return &signal;
   }
-  return bytes;
-}
-
-std::uint16_t ReadU16(SignalSpan payload, std::size_t offset) {
-  return LoadU16(CopyBytes<2>(payload, offset).data());
-}
-
-std::uint32_t ReadU32(SignalSpan payload, std::size_t offset) {
-  return LoadU32(CopyBytes<4>(payload, offset).data());
-}
-
-std::optional<HipSignal> ReportInvalidLength() {
-  std::printf("%s: Invalid length in data reference\n", programName);
-  return std::nullopt;
+  return nullptr;
 }
 
 // For versions below 12.0. The version table has none, but the interface keeps this
 // split.
 std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
-  const std::uint32_t bulk1_length = ReadU16(payload, kBulk1LengthOffset);
-  const std::uint32_t bulk2_length = ReadU16(payload, kBulk2LengthOffset);
-  if (bulk1_length + bulk2_length > payload.length) return ReportInvalidLength();
+  const std::uint32_t bulk1_length = LoadU16(payload.bytes + kBulk1LengthOffset);
+  const std::uint32_t bulk2_length = LoadU16(payload.bytes + kBulk2LengthOffset);
+  if (bulk1_length + bulk2_length > payload.length) return std::nullopt;
   const std::uint32_t signal_length = payload.length - bulk1_length - bulk2_length;
   const std::uint8_t* const bulk1 = payload.bytes + signal_length;
   return HipSignal{
@@ -58,44 +58,25 @@ std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
 }
 
 std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t signal_length) {
-  // If signal_length exceeds the payload's length, this wraps around to a value above
-  // the payload's length.
-  const std::uint32_t bulk1_length = payload.length - signal_length;
-  if (bulk1_length > payload.length) return ReportInvalidLength();
-  return HipSignal{
-      {signal_length, payload.bytes}, {bulk1_length, payload.bytes + signal_length}, {0, nullptr}};
+  if (signal_length > payload.length) return std::nullopt;
+  return HipSignal{{signal_length, payload.bytes},
+                   {payload.length - signal_length, payload.bytes + signal_length},
+                   {0, nullptr}};
 }
 
 }  // namespace
 
-std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded) {
-  driverUnloaded = false;
-  const std::uint16_t id = ReadU16(payload, kIdOffset);
-  // The interface assigns these five ids to the driver side, but RouteSignal sends
-  // their range to the HIP side, so no log reaches their cases. Intended.
-  switch (id) {
-    case 0x8010:
-      driverUnloaded = true;
-      PrintPiece("Driver: Unloaded\n");
-      return 1;
-    case 0x8011:
-      std::printf("Driver: Dropped: %d Udi Frames\n",
-                  static_cast<std::int32_t>(ReadU32(payload, kDroppedFramesOffset)));
-      return 1;
-    case 0x8012:
-      std::printf("Driver: Dropped: %d Udi Basic Data Frames\n",
-                  static_cast<std::int32_t>(ReadU32(payload, kDroppedFramesOffset)));
-      return 1;
-    case 0x8013:
-      PrintPiece("Driver: Suspended\n");
-      return 1;
-    case 0x8014:
-      PrintPiece("Driver: Resumed\n");
-      return 1;
-    default:
-      std::printf("Unknown Driver Signal : 0x%.4x\n", static_cast<unsigned>(id));
-      return 0;
+bool IsDriverSide(std::uint16_t id) { return id < kFirstHipId || id > kLastHipId; }
+
+RoutedSignal RouteSignal(const SignalRecord& record, std::uint32_t hip_version) {
+  if (IsDriverSide(record.id)) {
+    const bool is_known = FindDriverSignal(record.id) != nullptr;
+    return {is_known ? SignalRoute::kDriver : SignalRoute::kUnknownDriver, {}};
   }
+  const std::optional<HipSignal> split =
+      SplitSignalRecord(record.payload, record.signal_length, hip_version);
+  if (!split) return {SignalRoute::kInvalidLength, {}};
+  return {SignalRoute::kHip, *split};
 }
 
 std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t signal_length,
@@ -104,19 +85,31 @@ std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t sig
   return SplitBySignalLength(payload, signal_length);
 }
 
-void RouteSignal(SignalSpan payload, std::uint32_t signal_length, const HipVersionEntry& version,
-                 bool& driverUnloaded) {
-  const std::uint16_t id = ReadU16(payload, kIdOffset);
-  if (id < kFirstHipId || id > kLastHipId) {
-    if (DecodeDriverSignal(payload, driverUnloaded) == 0) {
-      std::fprintf(stderr, "%s: Decode Error: Unknown Signal 0x%.4X::0x%.4X\n", programName,
-                   static_cast<unsigned>(ReadU16(payload, kSecondWordOffset)),
-                   static_cast<unsigned>(id));
-    }
-    return;
+std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded) {
+  const DriverSignal* const signal = FindDriverSignal(LoadU16(payload.bytes));
+  driverUnloaded = signal != nullptr && signal->is_unload;
+  return signal == nullptr ? 0 : 1;
+}
+
+std::string RenderDriverSignal(SignalSpan payload) {
+  const std::uint16_t id = LoadU16(payload.bytes);
+  const DriverSignal* const signal = FindDriverSignal(id);
+  if (signal == nullptr) {
+    TextPiece<32> line;
+    line.Append("Unknown Driver Signal : 0x");
+    line.AppendHex(id);
+    line.Append('\n');
+    return std::string(line.text());
   }
-  const std::optional<HipSignal> split = SplitSignalRecord(payload, signal_length, version.version);
-  if (!split) return;
-  version.decoder(split->signal.length, split->signal.bytes, split->bulk1.length,
-                  split->bulk1.bytes, split->bulk2.length, split->bulk2.bytes);
+  std::string line(signal->text);
+  if (!signal->text_after_count.empty()) {
+    const std::uint32_t count = LoadU32(payload.bytes + kDroppedFramesOffset);
+    line += std::to_string(static_cast<std::int32_t>(count));
+    line += signal->text_after_count;
+  }
+  return line += '\n';
+}
+
+std::string RenderInvalidLength() {
+  return std::string(programName) + ": Invalid length in data reference\n";
 }

@@ -6,19 +6,30 @@
 #include <optional>
 #include <string_view>
 
+#include "base/little_endian.h"
 #include "base/program_name.h"
+#include "base/unlocked_stdio.h"
 #include "capture/pcap_writer.h"
 #include "hip/hip_versions.h"
-#include "intake/log_stream.h"
-#include "intake/run_state.h"
+#include "hip/signal_routing.h"
+#include "intake/line_stamp.h"
+#include "intake/log_reader.h"
+#include "intake/log_text.h"
 #include "intake/standard_streams.h"
 
 namespace {
 
+constexpr int kSuccess = 0;
 constexpr int kRejected = -1;
 constexpr int kNoArguments = 1;
 constexpr std::string_view kStandardInput = "stdin";
 constexpr std::string_view kPcapOption = "--pcap";
+
+// The streams of one run. The state of the log is in a LogReader.
+struct RunState {
+  std::FILE* input = nullptr;
+  std::FILE* pcap = nullptr;  // null if no capture file is written
+};
 
 // Returns the name used in reports: the part of argument 0 after its last "/", which may
 // be empty. Without an argument 0, the name is that of the tool.
@@ -84,13 +95,92 @@ std::optional<int> ReadArguments(int argc, const char* const* argv, RunState& st
   return std::nullopt;
 }
 
-void DecodeEpochs(RunState& state) {
-  do {
-    SelectHipVersion(ReadLogFileHeader(state.input), state.hipCursor);
-    if (state.pcap != nullptr) {
-      WritePcapGlobalHeader(state.pcap, state.hipCursor->pcap_link_type);
-    }
-  } while (ReadRecords(state));
+// Prints what follows the stamp of a signal's line.
+void PrintSignal(const SignalRecord& record, const HipVersionEntry& version) {
+  const RoutedSignal routed = RouteSignal(record, version.version);
+  const auto& [signal, bulk1, bulk2] = routed.signal;
+  switch (routed.route) {
+    case SignalRoute::kHip:
+      version.decoder(signal.length, signal.bytes, bulk1.length, bulk1.bytes, bulk2.length,
+                      bulk2.bytes);
+      break;
+    case SignalRoute::kInvalidLength:
+      PrintPiece(RenderInvalidLength());
+      break;
+    case SignalRoute::kDriver:
+      PrintPiece(RenderDriverSignal(record.payload));
+      break;
+    case SignalRoute::kUnknownDriver:
+      PrintPiece(RenderDriverSignal(record.payload));
+      std::fprintf(stderr, "%s: Decode Error: Unknown Signal 0x%.4X::0x%.4X\n", programName,
+                   static_cast<unsigned>(LoadU16(record.payload.bytes + 2)),
+                   static_cast<unsigned>(record.id));
+      break;
+  }
+}
+
+void ShowItem(const LogItem& item, const HipVersionEntry& version, std::FILE* pcap) {
+  switch (item.kind) {
+    case LogItem::Kind::kHeader:
+      std::fprintf(stderr, "%s: Log File Hip Version %s detected\n", programName, version.name);
+      if (pcap != nullptr) WritePcapGlobalHeader(pcap, version.pcap_link_type);
+      break;
+    case LogItem::Kind::kUptime:
+    case LogItem::Kind::kLoaded:
+    case LogItem::Kind::kUnloaded:
+      PrintLineStamp(item.timeBase, item.time);
+      PrintPiece(RenderDriverEvent(item));
+      break;
+    case LogItem::Kind::kSignal:
+      PrintLineStamp(item.timeBase, item.time);
+      if (pcap != nullptr) {
+        WritePcapRecord(pcap, item.timeBase, item.time, item.signal.payload.length,
+                        item.signal.payload.bytes);
+      }
+      PrintSignal(item.signal, version);
+      break;
+  }
+}
+
+void ReportEnd(const LogEnd& end) {
+  const std::string report = DescribeLogEnd(end);
+  if (!report.empty()) std::fprintf(stderr, "%s: %s\n", programName, report.c_str());
+  if (end.kind != LogEnd::Kind::kUnknownHipVersion) return;
+  std::fprintf(stderr, "%s: This decoder supports hip versions:\n", programName);
+  for (const HipVersionEntry& entry : HipVersionTable) {
+    std::fprintf(stderr, "%s:      %s\n", programName, entry.name);
+  }
+}
+
+// A rejected header and a failure to read a word are failures of the run. A damaged log is
+// not: only the report tells it from a good one.
+int GetExitStatus(const LogEnd& end) {
+  switch (end.kind) {
+    case LogEnd::Kind::kWordUnreadable:
+    case LogEnd::Kind::kOldFormat:
+    case LogEnd::Kind::kBadHeaderMagic:
+    case LogEnd::Kind::kNewFormat:
+    case LogEnd::Kind::kUnknownHipVersion:
+      return kRejected;
+    case LogEnd::Kind::kComplete:
+    case LogEnd::Kind::kCut:
+    case LogEnd::Kind::kPayloadUnreadable:
+    case LogEnd::Kind::kNoMemory:
+    case LogEnd::Kind::kBadMagic:
+    case LogEnd::Kind::kBadTimeRefSize:
+    case LogEnd::Kind::kBadLoadSize:
+    case LogEnd::Kind::kBadUnloadSize:
+      return kSuccess;
+  }
+  return kSuccess;
+}
+
+int DecodeLog(const RunState& state) {
+  LogReader log(state.input);
+  LogItem item;
+  while (log.Read(item)) ShowItem(item, log.version(), state.pcap);
+  ReportEnd(log.end());
+  return GetExitStatus(log.end());
 }
 
 void CloseStreams(const RunState& state) {
@@ -106,7 +196,7 @@ int RunLogDecoder(int argc, const char* const* argv) {
   OccupyClosedStandardStreams();
   RunState state;
   if (const std::optional<int> status = ReadArguments(argc, argv, state)) return *status;
-  DecodeEpochs(state);
+  const int status = DecodeLog(state);
   CloseStreams(state);
-  return 0;
+  return status;
 }

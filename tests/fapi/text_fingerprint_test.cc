@@ -15,6 +15,7 @@
 #include "hip/hip_versions.h"
 #include "reference_log.h"
 #include "support/capture_stream.h"
+#include "support/padded_payload.h"
 
 namespace {
 
@@ -42,14 +43,14 @@ constexpr struct {
 
 // The reference text of one version: its name and packed number, then each record with
 // its id and lengths.
-std::string PrintReferenceText(HipVersionTag tag) {
-  const HipVersionEntry& version = HipVersionTable[static_cast<std::size_t>(tag)];
-  const std::vector<ReferenceRecord> records = MakeReferenceRecords(tag);
+std::string PrintReferenceText(const HipVersionEntry& version) {
+  const std::vector<ReferenceRecord> records = MakeReferenceRecords(version.tag);
   return CaptureStandardOutput([&] {
     std::printf("%s 0x%08X\n", version.name, static_cast<unsigned>(version.version));
     for (const ReferenceRecord& record : records) {
       const auto length = static_cast<std::uint32_t>(record.payload.size());
-      const auto* const bytes = reinterpret_cast<const std::uint8_t*>(record.payload.data());
+      const PaddedPayload payload(record.payload);
+      const std::uint8_t* const bytes = payload.bytes();
       std::printf("0x%04X %u %u ", static_cast<unsigned>(record.id),
                   static_cast<unsigned>(record.signal_length), static_cast<unsigned>(length));
       version.decoder(record.signal_length, bytes, length - record.signal_length,
@@ -68,9 +69,10 @@ std::uint64_t HashText(const std::string& text) {
 TEST(TextFingerprint, OfEachVersion) {
   std::string names;
   std::string constants;
-  for (std::size_t i = 0; i < kHipVersionCount; ++i) {
-    const std::string name = HipVersionTable[i].name;
-    const std::uint64_t hash = HashText(PrintReferenceText(static_cast<HipVersionTag>(i)));
+  for (const HipVersionEntry& version : HipVersionTable) {
+    const std::size_t i = GetIndex(version.tag);
+    const std::string name = version.name;
+    const std::uint64_t hash = HashText(PrintReferenceText(version));
     if (i < std::size(kFingerprints) && kFingerprints[i].version == name &&
         kFingerprints[i].hash == hash) {
       continue;

@@ -14,28 +14,25 @@
 
 namespace {
 
-struct KnownSignal {
+struct NamedSignal {
   char version;
   std::uint16_t id;
   std::string name;
   const CompiledSignal* layout;
 };
 
-std::vector<KnownSignal> FindKnownSignals() {
-  std::vector<KnownSignal> signals;
-  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-    for (unsigned id = 0; id <= 0xFFFF; ++id) {
-      const auto id16 = static_cast<std::uint16_t>(id);
-      const CompiledSignal* layout = FindSignal(static_cast<HipVersionTag>(version), id16);
-      if (layout == nullptr) continue;
-      signals.push_back(
-          {GetTagLetter(version), id16, std::string(GetText(layout->name).text()), layout});
+std::vector<NamedSignal> FindAllSignals() {
+  std::vector<NamedSignal> signals;
+  for (const HipVersionName& version : kHipVersionNames) {
+    for (const KnownSignal& signal : ListSignals(version.tag)) {
+      signals.push_back({GetLetter(version.tag), signal.id,
+                         std::string(GetText(signal.layout->name).text()), signal.layout});
     }
   }
   return signals;
 }
 
-std::string Describe(const KnownSignal& signal) { return signal.name + " in " + signal.version; }
+std::string Describe(const NamedSignal& signal) { return signal.name + " in " + signal.version; }
 
 TEST(Vocabulary, IdsMatchFamilyAndRole) {
   const std::map<std::string, unsigned> kRoles = {
@@ -43,7 +40,7 @@ TEST(Vocabulary, IdsMatchFamilyAndRole) {
   const std::map<std::string, std::string> kFamilies = {
       {"ma", "1"},       {"mlme", "2"},  {"debug", "89"}, {"test", "9"},
       {"wlanlite", "9"}, {"radio", "9"}, {"phy", "9"}};
-  for (const KnownSignal& signal : FindKnownSignals()) {
+  for (const NamedSignal& signal : FindAllSignals()) {
     const auto role = kRoles.find(signal.name.substr(signal.name.size() - 4));
     ASSERT_NE(role, kRoles.end()) << Describe(signal);
     EXPECT_EQ(signal.id >> 8 & 0xF, role->second)
@@ -57,8 +54,8 @@ TEST(Vocabulary, IdsMatchFamilyAndRole) {
 }
 
 TEST(Vocabulary, ThreeSpareSignalsHaveTheHighestIdsOfTheirBlock) {
-  std::map<std::pair<char, unsigned>, std::vector<KnownSignal>> blocks;
-  for (const KnownSignal& signal : FindKnownSignals()) {
+  std::map<std::pair<char, unsigned>, std::vector<NamedSignal>> blocks;
+  for (const NamedSignal& signal : FindAllSignals()) {
     blocks[{signal.version, signal.id >> 8}].push_back(signal);
   }
   for (const auto& [block, signals] : blocks) {
@@ -67,7 +64,7 @@ TEST(Vocabulary, ThreeSpareSignalsHaveTheHighestIdsOfTheirBlock) {
     for (unsigned number = 1; number <= 3; ++number) {
       const std::string name = "_spare_signal" + std::to_string(number) + std::string(role);
       const auto spare = std::ranges::find_if(
-          signals, [&](const KnownSignal& signal) { return signal.name.ends_with(name); });
+          signals, [&](const NamedSignal& signal) { return signal.name.ends_with(name); });
       ASSERT_NE(spare, signals.end())
           << "block 0x" << std::hex << block.second << " of " << block.first << " lacks " << name;
       EXPECT_EQ(spare->id, signals.back().id - 3 + number) << Describe(*spare);
@@ -75,26 +72,17 @@ TEST(Vocabulary, ThreeSpareSignalsHaveTheHighestIdsOfTheirBlock) {
   }
 }
 
-TEST(Vocabulary, SignalsEndInThreeSpares) {
-  for (const KnownSignal& signal : FindKnownSignals()) {
+TEST(Vocabulary, SignalsEndInSpares) {
+  for (const NamedSignal& signal : FindAllSignals()) {
     ASSERT_FALSE(GetFields(*signal.layout).empty()) << Describe(signal);
-    const CompiledField& last = GetFields(*signal.layout).back();
-    const bool is_triple = last.renderer == FieldRenderer::kSpares;
-    EXPECT_EQ(GetText(last.prefix).text(), is_triple ? " spare_1:" : " spare_3:")
-        << Describe(signal);
+    EXPECT_EQ(GetText(GetFields(*signal.layout).back().name).text(), "spare_3") << Describe(signal);
   }
 }
 
 // FindLabel uses an index for values without a gap from zero and a binary search for
 // the others. The result must be that of a linear search.
 TEST(Vocabulary, LookUpFindsEachLabel) {
-  std::set<std::uint8_t> enums;
-  for (const KnownSignal& signal : FindKnownSignals()) {
-    for (const CompiledField& field : GetFields(*signal.layout)) {
-      if (field.renderer == FieldRenderer::kEnum16) enums.insert(field.enum_index);
-    }
-  }
-  for (const std::uint8_t index : enums) {
+  for (std::size_t index = 0; index < CountEnumerations(); ++index) {
     // Each value with a label in any version, its neighbours, and some far from any.
     std::set<std::uint16_t> values;
     for (unsigned value = 0; value <= 0xFFFF; value += 0xFF) {
@@ -105,15 +93,15 @@ TEST(Vocabulary, LookUpFindsEachLabel) {
         values.insert(static_cast<std::uint16_t>(label.value + step));
       }
     }
-    for (std::size_t version = 0; version < kHipVersionCount; ++version) {
+    for (const HipVersionName& version : kHipVersionNames) {
       for (const std::uint16_t value : values) {
         std::string_view expected;
         for (const CompiledLabel& label : ListLabels(index)) {
-          if (label.value != value || !label.versions.Contains(version)) continue;
+          if (label.value != value || !label.versions.Contains(version.tag)) continue;
           expected = GetText(label.text).text();
         }
-        ASSERT_EQ(FindLabel(index, value, static_cast<HipVersionTag>(version)).text(), expected)
-            << "value " << value << " in " << GetTagLetter(version);
+        ASSERT_EQ(FindLabel(index, value, version.tag).text(), expected)
+            << "value " << value << " in " << version.dotted;
       }
     }
   }

@@ -4,74 +4,86 @@
 
 #include <cstdlib>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "fapi/vocabulary.h"
 #include "log_builder.h"
-#include "support/capture_stream.h"
+#include "support/padded_payload.h"
 
 namespace {
 
-// An enumerated field of the vocabulary, " direction:" of ma_blockack_ind. The tests use
-// its prefix and its labels for all forms.
+using Kind = FieldValue::Kind;
+
+// An enumerated field of the vocabulary, "direction" of ma_blockack_ind. The tests use
+// its name and its labels for all forms.
 CompiledField FindDirection() {
-  for (const CompiledField& field : GetFields(*FindSignal(HipVersionTag::L, 0x1301))) {
-    if (GetText(field.prefix).text() == " direction:") return field;
+  for (const CompiledField& field : GetFields(*FindSignal(kLastHipVersionTag, 0x1301))) {
+    if (GetText(field.name).text() == "direction") return field;
   }
   std::abort();
 }
 
-std::string Render(FieldRenderer renderer, const std::string& value, std::uint8_t words = 0,
-                   HipVersionTag version = HipVersionTag::L) {
+struct Rendered {
+  FieldValue value;
+  std::string text;  // without the field's name
+};
+
+Rendered Render(FieldRenderer form, const std::string& bytes, std::uint8_t words = 1) {
   // The field is at an odd offset. The bytes around it must have no effect.
-  std::string bytes(1, '\xEE');
-  bytes.append(value).append(1, '\xEE');
+  const PaddedPayload payload('\xEE' + bytes + '\xEE');
   CompiledField field = FindDirection();
   field.offset = 1;
-  field.renderer = renderer;
+  field.form = form;
   field.words = words;
-  const std::string text = CaptureStandardOutput([&] {
-    PrintFields({&field, 1}, reinterpret_cast<const std::uint8_t*>(bytes.data()), version);
-  });
-  const std::string prefix(GetText(field.prefix).text());
+  const SignalView signal{kLastHipVersionTag, 0, nullptr, false, payload.bytes(), {}};
+  LinePiece piece;
+  AppendField(piece, signal, field);
+  const std::string text(piece.text());
+  const std::string prefix = form == FieldRenderer::kX16NoSpace ? "direction:" : " direction:";
   EXPECT_EQ(text.substr(0, prefix.size()), prefix);
-  return text.substr(prefix.size());
+  return {ReadField(signal, field), text.substr(prefix.size())};
 }
 
-TEST(FieldRendering, EveryFormPrintsItsValue) {
+TEST(FieldRendering, EveryFormHasItsValueAndText) {
   const struct {
-    FieldRenderer renderer;
+    FieldRenderer form;
     const char* bytes;
+    Kind kind;
+    std::int64_t number;
     const char* text;
   } kCases[] = {
-      {FieldRenderer::kU8, "ff", "255"},
-      {FieldRenderer::kU8, "00", "0"},
-      {FieldRenderer::kU16, "3412", "4660"},
-      {FieldRenderer::kU16, "ffff", "65535"},
-      {FieldRenderer::kU32, "ffffffff", "4294967295"},
-      {FieldRenderer::kU32, "00000080", "2147483648"},
-      {FieldRenderer::kI16, "ffff", "-1"},
-      {FieldRenderer::kI16, "0080", "-32768"},
-      {FieldRenderer::kI16, "ff7f", "32767"},
-      {FieldRenderer::kI32, "ffffffff", "-1"},
-      {FieldRenderer::kI32, "00000080", "-2147483648"},
-      {FieldRenderer::kX16, "0000", "0000"},
-      {FieldRenderer::kX16, "cdab", "abcd"},
-      {FieldRenderer::kX16NoSpace, "1000", "0010"},
-      {FieldRenderer::kX32, "2a000000", "0000002a"},
-      {FieldRenderer::kX32, "efcdab89", "89abcdef"},
-      {FieldRenderer::kMac, "000a0b0c0dfe", "00:0a:0b:0c:0d:fe"},
-      {FieldRenderer::kHex8, "0102030405060708", "0102030405060708"},
-      {FieldRenderer::kSpares, "00000000 00000000 00000000", "0 spare_2:0 spare_3:0"},
-      {FieldRenderer::kSpares, "07000000 00000000 00000000", "7 spare_2:0 spare_3:0"},
-      {FieldRenderer::kSpares, "00000000 ffffffff 00000000", "0 spare_2:4294967295 spare_3:0"},
-      {FieldRenderer::kSpares, "00000000 00000000 0a000000", "0 spare_2:0 spare_3:10"},
-      {FieldRenderer::kEnum16, "0100", "receive"},
-      {FieldRenderer::kEnum16, "0001", "256"},
-      {FieldRenderer::kEnum16, "ffff", "65535"},
+      {FieldRenderer::kU8, "ff", Kind::kNumber, 255, "255"},
+      {FieldRenderer::kU8, "00", Kind::kNumber, 0, "0"},
+      {FieldRenderer::kU16, "3412", Kind::kNumber, 4660, "4660"},
+      {FieldRenderer::kU16, "ffff", Kind::kNumber, 65535, "65535"},
+      {FieldRenderer::kU32, "ffffffff", Kind::kNumber, 4294967295, "4294967295"},
+      {FieldRenderer::kU32, "00000080", Kind::kNumber, 2147483648, "2147483648"},
+      {FieldRenderer::kI16, "ffff", Kind::kNumber, -1, "-1"},
+      {FieldRenderer::kI16, "0080", Kind::kNumber, -32768, "-32768"},
+      {FieldRenderer::kI16, "ff7f", Kind::kNumber, 32767, "32767"},
+      {FieldRenderer::kI32, "ffffffff", Kind::kNumber, -1, "-1"},
+      {FieldRenderer::kI32, "00000080", Kind::kNumber, -2147483648, "-2147483648"},
+      {FieldRenderer::kX16, "0000", Kind::kNumber, 0, "0x0000"},
+      {FieldRenderer::kX16, "cdab", Kind::kNumber, 0xABCD, "0xabcd"},
+      {FieldRenderer::kX16NoSpace, "1000", Kind::kNumber, 16, "0x0010"},
+      {FieldRenderer::kX32, "2a000000", Kind::kNumber, 42, "0x0000002a"},
+      {FieldRenderer::kX32, "efcdab89", Kind::kNumber, 0x89ABCDEF, "0x89abcdef"},
+      {FieldRenderer::kMac, "000a0b0c0dfe", Kind::kDigits, 0, "00:0a:0b:0c:0d:fe"},
+      {FieldRenderer::kHex8, "0102030405060708", Kind::kDigits, 0, "0x0102030405060708"},
+      {FieldRenderer::kEnum16, "0100", Kind::kLabel, 1, "receive"},
+      {FieldRenderer::kEnum16, "0001", Kind::kNumber, 256, "256"},
+      {FieldRenderer::kEnum16, "ffff", Kind::kNumber, 65535, "65535"},
   };
   for (const auto& c : kCases) {
-    EXPECT_EQ(Render(c.renderer, FromHex(c.bytes)), c.text)
-        << "form " << static_cast<int>(c.renderer) << " of " << c.bytes;
+    const std::string what = std::string(GetForm(c.form).name) + " of " + c.bytes;
+    const std::string bytes = FromHex(c.bytes);
+    const Rendered rendered = Render(c.form, bytes);
+    EXPECT_EQ(rendered.text, c.text) << what;
+    EXPECT_EQ(rendered.value.kind, c.kind) << what;
+    EXPECT_EQ(rendered.value.number, c.number) << what;
+    EXPECT_EQ(rendered.value.label.text(), c.kind == Kind::kLabel ? c.text : "") << what;
+    EXPECT_EQ(rendered.value.bytes.length, c.kind == Kind::kDigits ? bytes.size() : 0) << what;
   }
 }
 
@@ -80,22 +92,28 @@ TEST(FieldRendering, DecimalsOfEveryLength) {
     for (const std::uint64_t value : {power - 1, power, power + power / 2, 2 * power - 1}) {
       if (value > 0xFFFFFFFF) continue;
       const auto number = static_cast<std::uint32_t>(value);
-      EXPECT_EQ(Render(FieldRenderer::kU32, ToBytes(number, 4)), std::to_string(number));
-      EXPECT_EQ(Render(FieldRenderer::kI32, ToBytes(number, 4)),
+      EXPECT_EQ(Render(FieldRenderer::kU32, ToBytes(number, 4)).text, std::to_string(number));
+      EXPECT_EQ(Render(FieldRenderer::kI32, ToBytes(number, 4)).text,
                 std::to_string(static_cast<std::int32_t>(number)));
     }
   }
 }
 
 TEST(FieldRendering, WordsEndInABlank) {
-  EXPECT_EQ(Render(FieldRenderer::kWords, FromHex("0100 0200 ffff"), 3), "0x0001 0x0002 0xffff ]");
-  EXPECT_EQ(Render(FieldRenderer::kWords, FromHex("0100 0200 ffff"), 1), "0x0001 ]");
+  const Rendered words = Render(FieldRenderer::kWords, FromHex("0100 0200 ffff"), 3);
+  EXPECT_EQ(words.text, "[0x0001 0x0002 0xffff ]");
+  EXPECT_EQ(words.value.kind, Kind::kWords);
+  EXPECT_EQ(words.value.bytes.length, 6U);
+  EXPECT_EQ(Render(FieldRenderer::kWords, FromHex("0100 0200 ffff"), 1).text, "[0x0001 ]");
 }
 
+// Around the lengths of a vector of bytes and of a piece of a line, which has the name and
+// the opening brace before the first digit.
 TEST(FieldRendering, DumpsOfAnyLength) {
-  const std::string padded = " data:{" + std::string(kPaddedTextSize, '?');
-  const PaddedText kHead{padded.data(), 7};
-  for (const std::size_t length : {0U, 1U, 15U, 16U, 17U, 511U, 512U, 513U, 1024U, 1025U, 70000U}) {
+  constexpr std::size_t kPiece = LinePiece::capacity() / 2;
+  std::vector<std::size_t> lengths = {0, 1, 15, 16, 17, 70000};
+  for (std::size_t length = kPiece - 60; length < kPiece + 4; ++length) lengths.push_back(length);
+  for (const std::size_t length : lengths) {
     std::string bytes;
     std::string hex;
     for (std::size_t i = 0; i < length; ++i) {
@@ -104,11 +122,20 @@ TEST(FieldRendering, DumpsOfAnyLength) {
       hex += "0123456789abcdef"[byte / 16];
       hex += "0123456789abcdef"[byte % 16];
     }
-    EXPECT_EQ(CaptureStandardOutput([&] {
-                PrintDump(kHead, {static_cast<std::uint32_t>(length),
-                                  reinterpret_cast<const std::uint8_t*>(bytes.data())});
-              }),
-              " data:{" + hex + "}");
+    const PaddedPayload bulk(bytes);
+    for (const char last_spare : {'\0', '\1'}) {
+      const PaddedPayload signal(Fapi(0x1000).PadTo(30).U32(last_spare).signal());
+      SignalView view = ViewSignal(kLastHipVersionTag, {signal.span(), {}, {}});
+      view.dump = bulk.span();
+      std::string line;
+      RenderSignal(view, [&](std::string_view part) { line += part; });
+      EXPECT_EQ(line, "ma_unitdata_req data:{" + hex +
+                          "} vif:0 host_tag:0x0000 priority:qos_up0 peer_index:0 "
+                          "data_unit_descriptor:ieee802_11_frame bulk_data_descriptor:inline "
+                          "spare_1:0 spare_2:0 spare_3:" +
+                          (last_spare == 0 ? "0\n" : "1\n"))
+          << length;
+    }
   }
 }
 

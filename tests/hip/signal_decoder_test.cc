@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "hip/hip_versions.h"
 #include "log_builder.h"
 #include "support/capture_stream.h"
+#include "support/padded_payload.h"
 
 namespace {
 
@@ -21,17 +21,13 @@ void PrintTo(const Decoded& decoded, std::ostream* out) {
   *out << decoded.result << " \"" << decoded.text << '"';
 }
 
-// Decodes a block exactly as long as the payload, so that the sanitizers detect reads
-// past its end.
 Decoded Decode(char version, const Fapi& signal) {
-  const std::string payload = signal.signal() + signal.bulk();
-  const std::vector<std::uint8_t> block(payload.begin(), payload.end());
+  const PaddedPayload payload(signal.signal() + signal.bulk());
   const auto length = static_cast<std::uint32_t>(signal.signal().size());
   Decoded decoded;
   decoded.text = CaptureStandardOutput([&] {
     decoded.result = HipVersionTable[static_cast<std::size_t>(version - 'A')].decoder(
-        length, block.data(), static_cast<std::uint32_t>(signal.bulk().size()),
-        block.data() + length, 0, nullptr);
+        length, payload.bytes(), payload.length() - length, payload.bytes() + length, 0, nullptr);
   });
   return decoded;
 }
@@ -122,8 +118,8 @@ TEST(SignalDecoder, MissingIdBytesReadAsZero) {
 }
 
 TEST(SignalDecoder, Bulk2IsNotDumpedOrCounted) {
-  const std::string payload = UnitdataReq().PadTo(33).signal() + "\x7F";
-  const auto* const bytes = reinterpret_cast<const std::uint8_t*>(payload.data());
+  const PaddedPayload payload(UnitdataReq().PadTo(33).signal() + "\x7F");
+  const std::uint8_t* const bytes = payload.bytes();
   const HipDecoder decoder = HipVersionTable.back().decoder;
   EXPECT_EQ(CaptureStandardOutput([&] { decoder(33, bytes, 0, bytes + 33, 1, bytes + 33); }), "");
   // Fields of a short signal extend into it, because it directly follows bulk 1.
@@ -131,9 +127,8 @@ TEST(SignalDecoder, Bulk2IsNotDumpedOrCounted) {
             "ma_unitdata_req data:{ff}" +
                 kUnitdataReqFields.substr(0, kUnitdataReqFields.size() - 11) + "2147483647\n");
   // Also if bulk 1 is empty and its address is null.
-  const std::string words =
-      Fapi(0x9013).U16(0xEEEE, 1, 2, 3, 4, 5, 6).signal() + FromHex("0700 0800");
-  const auto* const word_bytes = reinterpret_cast<const std::uint8_t*>(words.data());
+  const PaddedPayload words(Fapi(0x9013).U16(0xEEEE, 1, 2, 3, 4, 5, 6, 7, 8).signal());
+  const std::uint8_t* const word_bytes = words.bytes();
   const HipDecoder decoder_of_b = HipVersionTable[1].decoder;
   EXPECT_EQ(
       CaptureStandardOutput([&] { decoder_of_b(24, word_bytes, 0, nullptr, 4, word_bytes + 24); }),

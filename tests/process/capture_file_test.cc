@@ -71,7 +71,7 @@ TEST(CaptureFile, RunContinuesIfItCannotBeOpened) {
   EXPECT_EQ(result.err, "decode: fopen(output.pcap|/sdcard/udi_fapi.pcap) Failed errno:" +
                             std::to_string(ENOENT) +
                             "\ndecode: Log File Hip Version 14.5.12 detected\n");
-  EXPECT_EQ(result.out, std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: Loaded\n");
+  EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: Loaded\n");
   EXPECT_EQ(result.status, 0);
 }
 

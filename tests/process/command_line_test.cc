@@ -24,7 +24,9 @@ std::string Usage(const std::string& name) {
                      name +
                      " stdin\n"
                      "        : Supported Hip Versions\n";
-  for (const char* version : kHipVersions) text += std::string("        :     ") + version + "\n";
+  for (const HipVersionName& version : kHipVersionNames) {
+    text += std::string("        :     ") + version.dotted + "\n";
+  }
   return text;
 }
 
@@ -90,7 +92,7 @@ TEST(CommandLine, InputAndCapture) {
     WriteFile(directory.path() + "/stdin", file);
     const ToolResult result =
         RunTool({.arguments = c.arguments, .input = input, .directory = directory.path()});
-    EXPECT_EQ(result.out, std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: " +
+    EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: " +
                               (c.reads_file ? "Loaded\n" : "Unloaded\n"));
     EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n");
     EXPECT_EQ(result.status, 0);

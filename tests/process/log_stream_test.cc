@@ -12,8 +12,8 @@ constexpr const char* kDetected = "decode: Log File Hip Version 14.5.12 detected
 
 std::string SupportedVersions() {
   std::string text = "decode: This decoder supports hip versions:\n";
-  for (const char* version : kHipVersions) {
-    text += std::string("decode:      ") + version + "\n";
+  for (const HipVersionName& version : kHipVersionNames) {
+    text += std::string("decode:      ") + version.dotted + "\n";
   }
   return text;
 }
@@ -172,7 +172,7 @@ TEST(LogStream, Records) {
   const std::string header = Log().Header("14.5.12").bytes();
   for (const auto& c : kCases) {
     const ToolResult result = RunTool({.input = header + c.records.bytes()});
-    EXPECT_EQ(result.out, std::string(kBanner) + c.out) << c.what;
+    EXPECT_EQ(result.out, kBanner + c.out) << c.what;
     EXPECT_EQ(result.err, kDetected + c.err) << c.what;
     EXPECT_EQ(result.status, 0) << c.what;
   }
@@ -197,7 +197,7 @@ TEST(LogStream, VersionsMayNotDecrease) {
                 "decode: Incompatible hip version(14.2.9) detected in log file header.\n" +
                 SupportedVersions());
   EXPECT_EQ(down.status, 255);
-  EXPECT_EQ(down.out, std::string(kBanner) +
+  EXPECT_EQ(down.out, kBanner +
                           "1970/01/01-00:00:00.000 Driver: Unloaded\n"
                           "1970/01/01-00:00:00.000 Driver: Loaded\n");
 }
@@ -226,7 +226,7 @@ TEST(LogStream, StampsAreInLocalTime) {
     const ToolResult result =
         RunTool({.input = Log().Header("14.0.0").TimeRef(c.seconds).Load(7ms).bytes(),
                  .time_zone = c.zone});
-    EXPECT_EQ(result.out, std::string(kBanner) + c.stamp + ".007 Driver: Loaded\n") << c.zone;
+    EXPECT_EQ(result.out, kBanner + c.stamp + ".007 Driver: Loaded\n") << c.zone;
   }
 }
 

@@ -104,7 +104,7 @@ TEST(Streams, ReadErrorAfterARecord) {
     const ToolResult result =
         RunTool({.before_exec = [&] { dup2(terminal.controller, STDIN_FILENO); }});
     close(terminal.controller);
-    EXPECT_EQ(result.out, std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: Loaded\n");
+    EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: Loaded\n");
     EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n" + c.err);
     EXPECT_EQ(result.status, c.status);
   }
@@ -160,7 +160,7 @@ TEST(Streams, OverstatedLength) {
                               .Words({Log::kSignalMagic, 0, 0xFFFFFFFF, 10})
                               .Bytes(std::string(100, 'x'))
                               .bytes();
-  const std::string out = std::string(kBanner) + "1970/01/01-00:00:00.000 Driver: Loaded\n";
+  const std::string out = kBanner + "1970/01/01-00:00:00.000 Driver: Loaded\n";
   if constexpr (sizeof(void*) > 4) {
     const ToolResult result = RunTool({.input = cut});
     EXPECT_EQ(result.out, out);

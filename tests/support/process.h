@@ -3,8 +3,9 @@
 
 #include <functional>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "fapi/hip_version_tags.h"
 
 // Runs the built tool in a process of its own.
 
@@ -36,25 +37,9 @@ bool IsInstalled(const std::string& program);
 // The tool as a shell command.
 std::string ToolCommand();
 
-// The first line of every run's standard output, and the versions in the usage text and
-// in reports.
-inline constexpr std::string_view kBanner = "Decode Tool version:14.5.12.1\n";
-// clang-format off
-inline constexpr const char* kHipVersions[] = {
-    "13.1.0",
-    "13.2.0",
-    "13.3.0",
-    "14.0.0",
-    "14.0.4",
-    "14.0.6",
-    "14.1.8",
-    "14.2.9",
-    "14.3.10",
-    "14.4.11",
-    "14.4.12",
-    "14.5.12",
-};
-// clang-format on
+// The first line of every run's standard output.
+inline const std::string kBanner =
+    std::string("Decode Tool version:") + kHipVersionNames[kHipVersionCount - 1].dotted + ".1\n";
 
 // A directory that is removed with its contents.
 class TemporaryDirectory {

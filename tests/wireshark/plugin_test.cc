@@ -211,8 +211,8 @@ class PluginInSharkd : public Plugin {
 
 TEST_F(Plugin, EveryLineOfEveryVersion) {
   std::string log;
-  for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-    log += MakeReferenceLog(static_cast<HipVersionTag>(version)).Unload(0ms).Load(0ms).bytes();
+  for (const HipVersionName& version : kHipVersionNames) {
+    log += MakeReferenceLog(version.tag).Unload(0ms).Load(0ms).bytes();
   }
   const WiresharkUser user;
   WriteFile(user.PathOf("all.udi"), log);
@@ -467,7 +467,7 @@ TEST_F(PluginInSharkd, FramesOfOthersAreIgnored) {
 
 // A capture file does not say which bytes are bulk.
 TEST_F(PluginInSharkd, CaptureFile) {
-  const std::string kLastVersion = *std::rbegin(kHipVersions);
+  const std::string kLastVersion = kHipVersionNames[GetIndex(kLastHipVersionTag)].dotted;
   const std::string log = MakeReferenceLog(HipVersionTag::I).bytes();
   Log without_bulk = Log().Header("14.3.10");
   for (const ReferenceRecord& record : MakeReferenceRecords(HipVersionTag::I)) {

@@ -1,4 +1,4 @@
-#include "intake/log_stream.h"
+#include "intake/log_reader.h"
 
 #include <gtest/gtest.h>
 
@@ -13,12 +13,12 @@
 namespace {
 
 // A truncated log decodes up to its last complete record, without a report.
-TEST(LogStream, CutAtEachByte) {
+TEST(LogReader, CutAtEachByte) {
   ::setenv("TZ", "UTC0", 1);
   const Log log = SessionLog();
   const std::string& bytes = log.bytes();
   const ToolResult whole = DecodeInProcess(bytes);
-  ToolResult expected{.status = 0, .out = std::string(kBanner)};
+  ToolResult expected{.status = 0, .out = kBanner};
   auto next_end = log.ends().begin();
   for (std::size_t cut = 0; cut <= bytes.size(); ++cut) {
     const ToolResult result = DecodeInProcess(bytes.substr(0, cut));

@@ -1,0 +1,17 @@
+#ifndef VRKT_INTAKE_LOG_TEXT_H_
+#define VRKT_INTAKE_LOG_TEXT_H_
+
+#include <string>
+
+#include "intake/log_reader.h"
+
+// What the tool prints for a log, except its signals.
+
+// The line of a driver event after the stamp, with its line end.
+std::string RenderDriverEvent(const LogItem& event);
+
+// The report of a log's end, without the tool's name and a line end. It is empty for a
+// complete or cut log, whose end is not reported.
+std::string DescribeLogEnd(const LogEnd& end);
+
+#endif  // VRKT_INTAKE_LOG_TEXT_H_
