@@ -14,9 +14,12 @@ inline std::string ReadFile(const std::string& path) {
   return bytes.str();
 }
 
-inline void WriteFile(const std::string& path, std::string_view bytes) {
-  std::ofstream(path, std::ios::binary)
-      .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+// Returns whether all bytes were written.
+inline bool WriteFile(const std::string& path, std::string_view bytes) {
+  std::ofstream file(path, std::ios::binary);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  return !file.fail();
 }
 
 #endif  // VRKT_TOOLS_FILES_H_

@@ -6,13 +6,18 @@
 //        reference_text show DIR
 //          prints the decoded text in DIR/VERSION.txt by version and id
 //        reference_text diff DIR OLD_DIR
-//          prints the lines that differ between DIR/VERSION.txt and
-//          OLD_DIR/VERSION.txt, both decoded from DIR/VERSION.udi
+//          prints what differs between DIR/VERSION.txt and OLD_DIR/VERSION.txt, both
+//          decoded from DIR/VERSION.udi: the text before the first stamp, the first
+//          stamp and the lines
+//
+// Exit status, as of diff: 0 if nothing differs, 1 if something differs or one of the
+// tools rejected a log, 2 if texts cannot be compared, or for any other failure.
 
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
@@ -28,6 +33,8 @@
 
 namespace {
 
+enum ExitStatus : int { kSame = 0, kDiffers = 1, kTrouble = 2 };
+
 constexpr std::size_t kHeaderSize = 12;
 constexpr std::size_t kRecordHeaderSize = 16;
 
@@ -35,15 +42,14 @@ std::uint32_t LoadWord(std::string_view bytes, std::size_t at) {
   return LoadU32(reinterpret_cast<const std::uint8_t*>(bytes.data()) + at);
 }
 
-// A record of a log and the text that a tool printed for it after the stamp.
 struct Record {
   std::string payload;
   std::uint32_t signal_length;
-  std::string text{};
 
   unsigned id() const { return LoadWord(payload, 0) & 0xFFFF; }
 };
 
+// Returns no records if there is no log, as for a version that old commits lack.
 std::vector<Record> ReadLog(const std::string& path) {
   const std::string log = ReadFile(path);
   std::vector<Record> records;
@@ -55,58 +61,99 @@ std::vector<Record> ReadLog(const std::string& path) {
   return records;
 }
 
-// The stamp of record `number`, in UTC.
-std::string MakeStamp(std::size_t number) {
-  const auto milliseconds = static_cast<unsigned>(number);
-  char stamp[32];
-  std::snprintf(stamp, sizeof stamp, "1970/01/01-00:%02u:%02u.%03u ", milliseconds / 60000 % 60,
-                milliseconds / 1000 % 60, milliseconds % 1000);
-  return stamp;
+bool HasStamp(std::string_view text, std::size_t at) {
+  constexpr std::string_view kForm = "0000/00/00-00:00:00.000 ";
+  const std::string_view candidate = text.substr(at, kForm.size());
+  return std::ranges::equal(candidate, kForm, [](char c, char form) {
+    return form == '0' ? std::isdigit(static_cast<unsigned char>(c)) != 0 : c == form;
+  });
 }
 
-// Returns the records of a log with their text, or nothing if the tool rejected the log.
-// The line of a too short signal has no end, so lines are found by their stamps.
-std::vector<Record> ReadText(const std::string& log_path, const std::string& text_path) {
-  const std::string text = ReadFile(text_path);
-  std::vector<Record> records = ReadLog(log_path);
-  std::size_t start = text.find(MakeStamp(0));
-  if (start == std::string::npos) return {};
-  for (std::size_t i = 0; i < records.size() && start != std::string::npos; ++i) {
-    start += MakeStamp(i).size();
-    const std::size_t end = text.find(MakeStamp(i + 1), start);
-    records[i].text = text.substr(start, end - start);
-    if (records[i].text.ends_with('\n')) records[i].text.pop_back();
-    start = end;
+struct Line {
+  std::string stamp;
+  std::string text;
+};
+
+// What a tool printed for a log.
+struct Text {
+  std::string start;  // before the first stamp
+  std::vector<Line> lines;
+
+  // A tool prints one line before it reads the log.
+  bool IsOfRejectedLog() const {
+    return lines.empty() && !start.empty() && start.find('\n') == std::string::npos;
   }
-  return records;
+};
+
+std::string RemoveLineEnd(std::string text) {
+  if (text.ends_with('\n')) text.pop_back();
+  return text;
+}
+
+[[noreturn]] void Fail(const std::string& path) {
+  std::perror(path.c_str());
+  std::exit(kTrouble);
+}
+
+// The line of a too short signal has no end, so lines are found by their stamps.
+Text ReadText(const std::string& path) {
+  if (!std::ifstream(path)) Fail(path);
+  const std::string text = ReadFile(path);
+  std::vector<std::size_t> starts;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (HasStamp(text, at)) starts.push_back(at);
+  }
+  Text split = {RemoveLineEnd(text.substr(0, starts.empty() ? text.size() : starts[0])), {}};
+  for (std::size_t i = 0; i < starts.size(); ++i) {
+    const std::size_t end = i + 1 < starts.size() ? starts[i + 1] : text.size();
+    const std::size_t blank = text.find(' ', starts[i]);
+    split.lines.push_back({text.substr(starts[i], blank - starts[i]),
+                           RemoveLineEnd(text.substr(blank + 1, end - blank - 1))});
+  }
+  return split;
 }
 
 void WriteLogs(const std::string& directory, const std::string& old_directory) {
   for (const HipVersionEntry& version : HipVersionTable) {
     const std::string file = version.name + std::string(".udi");
     Log log = MakeReferenceLog(version.tag);
-    WriteFile(directory + '/' + file, log.bytes());
-    if (old_directory.empty()) continue;
     std::set<std::pair<std::string, std::uint32_t>> known;
-    for (const Record& record : ReadLog(directory + '/' + file)) {
+    for (const ReferenceRecord& record : MakeReferenceRecords(version.tag)) {
       known.insert({record.payload, record.signal_length});
     }
-    for (const Record& record : ReadLog(old_directory + '/' + file)) {
-      if (!known.insert({record.payload, record.signal_length}).second) continue;
-      log.Record(Log::Time(known.size() - 1), record.payload, record.signal_length);
+    if (!old_directory.empty()) {
+      for (const Record& record : ReadLog(old_directory + '/' + file)) {
+        if (!known.insert({record.payload, record.signal_length}).second) continue;
+        log.Record(Log::Time(known.size() - 1), record.payload, record.signal_length);
+      }
     }
-    WriteFile(directory + '/' + file, log.bytes());
+    if (!WriteFile(directory + '/' + file, log.bytes())) Fail(directory + '/' + file);
   }
 }
 
-void ShowText(const std::string& directory) {
+// Whether the text has a stamp for each record. Reports it if not.
+bool HasAllStamps(const Text& text, const std::vector<Record>& records, const char* version,
+                  const char* tool) {
+  if (text.lines.size() == records.size()) return true;
+  std::fprintf(stderr,
+               "%s: the text of the %s tool has %zu stamps like 1970/01/01-00:00:00.000 for %zu "
+               "records\n",
+               version, tool, text.lines.size(), records.size());
+  return false;
+}
+
+int ShowText(const std::string& directory) {
   for (const HipVersionEntry& version : HipVersionTable) {
     const std::string path = directory + "/" + version.name;
-    for (const Record& record : ReadText(path + ".udi", path + ".txt")) {
-      std::printf("%s 0x%04X %u+%zu %s\n", version.name, record.id(), record.signal_length,
-                  record.payload.size() - record.signal_length, record.text.c_str());
+    const std::vector<Record> records = ReadLog(path + ".udi");
+    const Text text = ReadText(path + ".txt");
+    if (!HasAllStamps(text, records, version.name, "new")) return kTrouble;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+      std::printf("%s 0x%04X %u+%zu %s\n", version.name, records[i].id(), records[i].signal_length,
+                  records[i].payload.size() - records[i].signal_length, text.lines[i].text.c_str());
     }
   }
+  return kSame;
 }
 
 // As in "13.1.0 to 14.0.0, 14.2.9".
@@ -204,28 +251,53 @@ void ShowSignal(unsigned id, const std::vector<Difference>& differences) {
   }
 }
 
-// Returns whether any line differs.
-bool ShowDifferences(const std::string& directory, const std::string& old_directory) {
+void ShowOutside(const char* what, const std::map<Change, std::set<std::size_t>>& changes) {
+  for (const auto& [change, versions] : changes) {
+    std::printf("%s in %s\n-%s\n+%s\n\n", what, DescribeVersions(versions).c_str(),
+                change.first.c_str(), change.second.c_str());
+  }
+}
+
+int ShowDifferences(const std::string& directory, const std::string& old_directory) {
   std::map<unsigned, std::vector<Difference>> by_id;
-  bool differs = false;
+  std::map<Change, std::set<std::size_t>> starts;
+  std::map<Change, std::set<std::size_t>> stamps;
+  bool is_rejected = false;
+  bool is_comparable = true;
   for (std::size_t version = 0; version < kHipVersionCount; ++version) {
-    const std::string name = HipVersionTable[version].name;
-    const std::string log = directory + "/" + name + ".udi";
-    const std::vector<Record> now = ReadText(log, directory + "/" + name + ".txt");
-    const std::vector<Record> before = ReadText(log, old_directory + "/" + name + ".txt");
-    if (now.size() != before.size()) {
-      std::printf("%s: rejected by the %s tool\n\n", name.c_str(), now.empty() ? "new" : "old");
-      differs = true;
+    const char* const name = HipVersionTable[version].name;
+    const std::string file = std::string("/") + name;
+    const std::vector<Record> records = ReadLog(directory + file + ".udi");
+    const Text now = ReadText(directory + file + ".txt");
+    const Text before = ReadText(old_directory + file + ".txt");
+    if (now.IsOfRejectedLog() != before.IsOfRejectedLog()) {
+      std::printf("%s: rejected by the %s tool\n\n", name, now.IsOfRejectedLog() ? "new" : "old");
+      is_rejected = true;
       continue;
     }
-    for (std::size_t i = 0; i < now.size(); ++i) {
-      if (now[i].text == before[i].text) continue;
-      by_id[now[i].id()].push_back(
-          {version, before[i].text, now[i].text, FindChanges(before[i].text, now[i].text)});
+    if (!HasAllStamps(now, records, name, "new") || !HasAllStamps(before, records, name, "old")) {
+      is_comparable = false;
+      continue;
+    }
+    if (now.start != before.start) starts[{before.start, now.start}].insert(version);
+    const auto [old_line, new_line] =
+        std::ranges::mismatch(before.lines, now.lines, {}, &Line::stamp, &Line::stamp);
+    if (old_line != before.lines.end()) stamps[{old_line->stamp, new_line->stamp}].insert(version);
+    for (std::size_t i = 0; i < records.size(); ++i) {
+      const std::string& old_text = before.lines[i].text;
+      const std::string& new_text = now.lines[i].text;
+      if (old_text == new_text) continue;
+      by_id[records[i].id()].push_back(
+          {version, old_text, new_text, FindChanges(old_text, new_text)});
     }
   }
+  ShowOutside("Start of the text", starts);
+  ShowOutside("First other stamp", stamps);
   for (const auto& [id, differences] : by_id) ShowSignal(id, differences);
-  return differs || !by_id.empty();
+  if (!is_comparable) return kTrouble;
+  if (is_rejected || !starts.empty() || !stamps.empty() || !by_id.empty()) return kDiffers;
+  std::printf("Nothing differs.\n");
+  return kSame;
 }
 
 }  // namespace
@@ -235,12 +307,10 @@ int main(int argc, char** argv) {
   const std::string mode = arguments.empty() ? "" : arguments[0];
   if (mode == "logs" && (argc == 3 || argc == 4)) {
     WriteLogs(arguments[1], argc == 4 ? arguments[2] : "");
-  } else if (mode == "show" && argc == 3) {
-    ShowText(arguments[1]);
-  } else if (mode == "diff" && argc == 4) {
-    if (!ShowDifferences(arguments[1], arguments[2])) std::printf("No line differs.\n");
-  } else {
-    std::fprintf(stderr, "usage: see the head of reference_text.cc\n");
-    return 2;
+    return 0;
   }
+  if (mode == "show" && argc == 3) return ShowText(arguments[1]);
+  if (mode == "diff" && argc == 4) return ShowDifferences(arguments[1], arguments[2]);
+  std::fprintf(stderr, "usage: see the head of reference_text.cc\n");
+  return kTrouble;
 }

@@ -115,13 +115,15 @@ std::string QuoteForShell(const std::string& word) {
   return quoted + "'";
 }
 
-std::string ToolCommand() {
+std::string ShellCommand(const std::string& program) {
 #ifdef VRKT_TEST_EMULATOR
-  return QuoteForShell(VRKT_TEST_EMULATOR) + " " + QuoteForShell(VRKT_TEST_TOOL);
+  return QuoteForShell(VRKT_TEST_EMULATOR) + " " + QuoteForShell(program);
 #else
-  return QuoteForShell(VRKT_TEST_TOOL);
+  return QuoteForShell(program);
 #endif
 }
+
+std::string ToolCommand() { return ShellCommand(VRKT_TEST_TOOL); }
 
 bool IsInstalled(const std::string& program) {
   return std::system(("command -v " + program + " >/dev/null 2>&1").c_str()) == 0;

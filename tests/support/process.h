@@ -34,6 +34,8 @@ std::string QuoteForShell(const std::string& word);
 // Whether a shell finds this program.
 bool IsInstalled(const std::string& program);
 
+// A program of this build as a shell command.
+std::string ShellCommand(const std::string& program);
 // The tool as a shell command.
 std::string ToolCommand();
 
