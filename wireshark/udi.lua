@@ -885,7 +885,7 @@ local function add_field(tree, payload, field, bytes, value, shown, is_label)
 end
 
 -- Adds the dumps to the pieces, and returns how many pieces there are. They show
--- the bulk, or what a signal without bulk has after its least length.
+-- the bulk, or what a signal without bulk has after its minimum length.
 local function dissect_dumps(plan, payload, tree, detailed)
   local offset = payload.bulk_length == 0 and plan.min or payload.signal_length
   local size = payload.length - offset

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 // The form of a field: which bytes it has and how its value prints. The code that makes
 // a form's value and text is in src/hip/field_value.cc and src/hip/field_rendering.cc.
@@ -24,7 +25,7 @@ enum class FieldRenderer : std::uint8_t {
 
 // It has no pointers, so there is nothing to relocate when the tool starts.
 struct FieldForm {
-  FieldRenderer renderer;
+  FieldRenderer form;
   char name[13];       // in the tables of other programs, such as the Wireshark plugin
   std::uint8_t width;  // in bytes; of one word for kWords
   bool has_blank;      // whether a blank is before the field's name
@@ -52,15 +53,15 @@ inline constexpr FieldForm kFieldForms[] = {
 };
 // clang-format on
 
-constexpr const FieldForm& GetForm(FieldRenderer renderer) {
-  return kFieldForms[static_cast<std::size_t>(renderer)];
+constexpr const FieldForm& GetForm(FieldRenderer form) {
+  return kFieldForms[static_cast<std::size_t>(form)];
 }
 
 consteval bool EachFormHasItsRow() {
-  for (const FieldForm& form : kFieldForms) {
-    if (&GetForm(form.renderer) != &form) return false;
+  for (const FieldForm& row : kFieldForms) {
+    if (&GetForm(row.form) != &row) return false;
   }
-  return GetForm(FieldRenderer::kDump).renderer == FieldRenderer::kDump;
+  return &GetForm(FieldRenderer::kDump) == std::end(kFieldForms) - 1;
 }
 static_assert(EachFormHasItsRow(), "kFieldForms has one row per form, in the same order");
 

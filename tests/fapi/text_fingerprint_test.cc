@@ -1,7 +1,7 @@
 // Detects any change of a version's text: names, ids, forms and offsets of fields,
 // minimum lengths and labels.
 //
-// A table of expected lines would be a second copy of the catalogue. One hash per
+// A table of expected lines would be a second copy of the vocabulary. One hash per
 // version detects the same mistakes, and `./dev text-diff` shows the lines that
 // changed.
 

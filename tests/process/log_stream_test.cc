@@ -163,7 +163,7 @@ TEST(LogStream, Records) {
        "1970/01/01-00:00:00.002 Unknown Hip Signal : 0x8010\n"
        "1970/01/01-00:00:00.003 Driver: Loaded\n",
        kDetected},
-      {"the time base is kept across epochs",
+      {"the clock reference is kept across epochs",
        Log().TimeRef(60).Unload(0ms).Load(0ms).Header("14.5.12").Load(0ms),
        "1970/01/01-00:01:00.000 Driver: Unloaded\n1970/01/01-00:01:00.000 Driver: Loaded\n"
        "1970/01/01-00:01:00.000 Driver: Loaded\n",

@@ -9,7 +9,7 @@
 
 // The mlme_ signals with which the host configures the firmware.
 //
-// In many signals of this and other families, the dump changes in the same way: A to D
+// In many signals of this and other files, the dump changes in the same way: A to D
 // dump the bulk as "data"; E dumps it twice, as "data" and under a specific name; F and
 // H to L dump it under the specific name; G has no dump. In most signals with a dump
 // in E, Min is 4 above the end of the last field there. All of this is intended.
