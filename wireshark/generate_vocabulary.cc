@@ -9,10 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <string>
-#include <string_view>
 
 #include "fapi/compiled_signal.h"
 #include "fapi/hip_version_tags.h"
@@ -95,12 +92,27 @@ void WriteVocabulary(std::FILE* output) {
   std::fprintf(output, "}\n\n");
 }
 
-bool AppendFile(const char* path, std::FILE* output) {
-  std::ifstream file(path, std::ios::binary);
-  std::ostringstream stream;
-  stream << file.rdbuf();
-  const std::string text = stream.str();
-  return !file.fail() && std::fwrite(text.data(), 1, text.size(), output) == text.size();
+// Returns whether the file was read to its end.
+bool ReadFile(const char* path, std::string& text) {
+  std::FILE* const file = std::fopen(path, "rb");
+  if (file == nullptr) return false;
+  char piece[4096];
+  while (const std::size_t size = std::fread(piece, 1, sizeof piece, file)) {
+    text.append(piece, size);
+  }
+  const bool is_complete = std::ferror(file) == 0;
+  std::fclose(file);
+  return is_complete;
+}
+
+// Returns whether everything was written.
+bool WritePlugin(const char* path, const std::string& logic) {
+  std::FILE* const output = std::fopen(path, "wb");
+  if (output == nullptr) return false;
+  WriteVocabulary(output);
+  std::fwrite(logic.data(), 1, logic.size(), output);
+  const bool has_failed = std::ferror(output) != 0;
+  return std::fclose(output) == 0 && !has_failed;
 }
 
 }  // namespace
@@ -110,15 +122,16 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s LOGIC PLUGIN\n", argv[0]);
     return 1;
   }
-  std::FILE* const output = std::fopen(argv[2], "wb");
-  if (output == nullptr) {
-    std::perror(argv[2]);
+  std::string logic;
+  if (!ReadFile(argv[1], logic)) {
+    std::perror(argv[1]);
     return 1;
   }
-  WriteVocabulary(output);
-  const bool is_complete = AppendFile(argv[1], output);
-  if (std::fclose(output) != 0 || !is_complete) {
-    std::perror(argv[2]);
+  // A failure leaves no part of a plugin, and an old one as it was.
+  const std::string part = argv[2] + std::string(".part");
+  if (!WritePlugin(part.c_str(), logic) || std::rename(part.c_str(), argv[2]) != 0) {
+    std::perror(part.c_str());
+    std::remove(part.c_str());
     return 1;
   }
   return 0;
