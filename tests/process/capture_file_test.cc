@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -61,7 +62,17 @@ TEST(CaptureFile, IsEmptyWithoutAValidHeader) {
   }
 }
 
-TEST(CaptureFile, RunContinuesIfItCannotBeOpened) {
+// A directory in the root directory, as phones have it.
+class SdCard {
+ public:
+  SdCard() { std::filesystem::create_directory("/sdcard"); }
+  ~SdCard() { std::filesystem::remove_all("/sdcard"); }
+  SdCard(const SdCard&) = delete;
+  SdCard& operator=(const SdCard&) = delete;
+};
+
+// First without and then with the second place for it.
+TEST(CaptureFile, CannotBeOpened) {
   if (std::filesystem::exists("/sdcard")) GTEST_SKIP() << "there is a /sdcard here";
   const TemporaryDirectory directory;
   std::filesystem::create_directory(directory.path() + "/udi_fapi.pcap");
@@ -73,6 +84,14 @@ TEST(CaptureFile, RunContinuesIfItCannotBeOpened) {
                             "\ndecode: Log File Hip Version 14.5.12 detected\n");
   EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: Loaded\n");
   EXPECT_EQ(result.status, 0);
+
+  if (geteuid() != 0) GTEST_SKIP() << "only root can make a /sdcard";
+  const SdCard card;
+  const ToolResult on_card = RunTool({.arguments = {"stdin", "--pcap"},
+                                      .input = Log().Header("14.5.12").bytes(),
+                                      .directory = directory.path()});
+  EXPECT_EQ(on_card.err, "decode: Log File Hip Version 14.5.12 detected\n");
+  EXPECT_EQ(ReadFile("/sdcard/udi_fapi.pcap"), kGlobalHeader);
 }
 
 TEST(CaptureFile, OpensInTcpdump) {

@@ -63,9 +63,9 @@ TEST(CommandLine, Refusals) {
     const TemporaryDirectory directory;
     const ToolResult result =
         RunTool({.arguments = c.arguments, .directory = directory.path(), .name = c.name});
-    EXPECT_EQ(result.out, kBanner);
+    EXPECT_EQ(result.out, kBanner) << c.err;
     EXPECT_EQ(result.err, c.err);
-    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.status, c.status) << c.err;
     // The input is opened first, so a run without input creates no capture file.
     EXPECT_TRUE(std::filesystem::is_empty(directory.path())) << c.err;
   }
@@ -92,12 +92,14 @@ TEST(CommandLine, InputAndCapture) {
     WriteFile(directory.path() + "/stdin", file);
     const ToolResult result =
         RunTool({.arguments = c.arguments, .input = input, .directory = directory.path()});
+    const std::string what = testing::PrintToString(c.arguments);
     EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: " +
-                              (c.reads_file ? "Loaded\n" : "Unloaded\n"));
-    EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n");
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.pcap.size(), c.captures ? 24U : 0U);
-    EXPECT_EQ(std::filesystem::exists(directory.path() + "/udi_fapi.pcap"), c.captures);
+                              (c.reads_file ? "Loaded\n" : "Unloaded\n"))
+        << what;
+    EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n") << what;
+    EXPECT_EQ(result.status, 0) << what;
+    EXPECT_EQ(result.pcap.size(), c.captures ? 24U : 0U) << what;
+    EXPECT_EQ(std::filesystem::exists(directory.path() + "/udi_fapi.pcap"), c.captures) << what;
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "log_builder.h"
 #include "support/process.h"
@@ -65,15 +66,16 @@ TEST(LogStream, Headers) {
   };
   for (const auto& c : kCases) {
     const ToolResult result = RunTool({.input = c.log.bytes()});
-    EXPECT_EQ(result.out, kBanner);
+    EXPECT_EQ(result.out, kBanner) << c.err;
     EXPECT_EQ(result.err, c.err);
-    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.status, c.status) << c.err;
   }
 }
 
 // The records after the header and the text after the banner, in runs that end with
 // status 0.
 TEST(LogStream, Records) {
+  const std::string kOnes(100, '\xFF');  // what a short payload must not show
   const Fapi driver_side = Fapi(0).PadTo(2).Bytes("3412");
   const std::string kDriverSideText = "Unknown Driver Signal : 0x0000\n";
   const std::string kDriverSideReport = "decode: Decode Error: Unknown Signal 0x1234::0x0000\n";
@@ -91,13 +93,6 @@ TEST(LogStream, Records) {
        "1970/01/01-00:16:40.250 Driver: Uptime: -1 seconds\n"
        "1970/01/01-00:16:40.000 Driver: Uptime: 77 seconds\n",
        ""},
-      {"TimeRef of wrong size", Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}).Load(0ms), "",
-       "decode: size(12) detected in TimeRef log entry. Expected size == 4 || Expected size == "
-       "8\n"},
-      {"Load of wrong size", Log().Words({Log::kEventMagic, 0, 1, 0xFFFFFFFF}), "",
-       "decode: size(-1) detected in Driver Load log entry. Expected size == 0\n"},
-      {"Unload of wrong size", Log().Words({Log::kEventMagic, 0, 2, 4, 0}), "",
-       "decode: size(4 detected in Driver Unload log entry. Expected size == 0\n"},
       {"an event of unknown type is skipped", Log().Words({Log::kEventMagic, 0, 3, 0}).Load(0ms),
        "1970/01/01-00:00:00.000 Driver: Loaded\n", ""},
       {"payload of an unknown event", Log().Words({Log::kEventMagic, 0, 3, 4, 0xABCD}).Load(0ms),
@@ -112,9 +107,11 @@ TEST(LogStream, Records) {
        "1970/01/01-00:00:00.000 Driver: Loaded\n",
        "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
       {"bytes after the payload read as zero",
-       Log().Record(0ms, "\x12", 0).Record(0ms, "\x13\xA0\x56", 3),
+       Log().Record(0ms, kOnes, 0).Record(0ms, "\x12", 0).Record(0ms, "\x13\xA0\x56", 3),
+       "1970/01/01-00:00:00.000 Unknown Driver Signal : 0xffff\n"
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0012\n"
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0xa013\n",
+       "decode: Decode Error: Unknown Signal 0xFFFF::0xFFFF\n"
        "decode: Decode Error: Unknown Signal 0x0000::0x0012\n"
        "decode: Decode Error: Unknown Signal 0x0056::0xA013\n"},
       {"the ids around the limits of the routing",
@@ -141,11 +138,12 @@ TEST(LogStream, Records) {
        "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
       {"the line of a short signal has no end", Log().Signal(1ms, Fapi(0x1000).PadTo(33)).Load(2ms),
        "1970/01/01-00:00:00.001 1970/01/01-00:00:00.002 Driver: Loaded\n", ""},
-      {"signal length 0: the whole payload is bulk",
-       Log().Record(0ms, Fapi(0x1100).U16(7).PadTo(12).signal(), 0),
+      {"signal length 0: the whole payload is bulk, and fields after it are zero",
+       Log().Record(0ms, kOnes, 0).Record(0ms, Fapi(0x1100).U16(7).PadTo(12).signal(), 0),
+       "1970/01/01-00:00:00.000 Unknown Driver Signal : 0xffff\n"
        "1970/01/01-00:00:00.000 ma_unitdata_cfm vif:7 transmission_status:successful "
        "host_tag:0x0000 sequence_number:0 peer_index:0 spare_1:0 spare_2:0 spare_3:0\n",
-       ""},
+       "decode: Decode Error: Unknown Signal 0xFFFF::0xFFFF\n"},
       {"Load starts an epoch only after Unload, and only once",
        Log().Load(0ms).Unload(1ms).Load(2ms).Header("14.5.12").Load(3ms).Load(4ms),
        "1970/01/01-00:00:00.000 Driver: Loaded\n1970/01/01-00:00:00.001 Driver: Unloaded\n"
@@ -175,6 +173,33 @@ TEST(LogStream, Records) {
     EXPECT_EQ(result.out, kBanner + c.out) << c.what;
     EXPECT_EQ(result.err, kDetected + c.err) << c.what;
     EXPECT_EQ(result.status, 0) << c.what;
+  }
+}
+
+// The log ends there, whatever follows.
+TEST(LogStream, EventsOfWrongSize) {
+  const struct {
+    std::uint32_t type;
+    std::vector<std::uint32_t> sizes;
+    std::string report;  // with the size in place of %
+  } kCases[] = {
+      {0,
+       {0, 1, 3, 5, 6, 7, 9, 12, 0x80000004, 0x80000008},
+       "size(%) detected in TimeRef log entry. Expected size == 4 || Expected size == 8\n"},
+      {1, {1, 4, 0x80000000}, "size(%) detected in Driver Load log entry. Expected size == 0\n"},
+      {2, {1, 4, 0x80000000}, "size(% detected in Driver Unload log entry. Expected size == 0\n"},
+  };
+  for (const auto& c : kCases) {
+    for (const std::uint32_t size : c.sizes) {
+      const Log log =
+          Log().Header("14.5.12").Words({Log::kEventMagic, 0, c.type, size}).Load(0ms).Load(0ms);
+      const ToolResult result = RunTool({.input = log.bytes()});
+      std::string report = c.report;
+      report.replace(report.find('%'), 1, std::to_string(static_cast<std::int32_t>(size)));
+      EXPECT_EQ(result.out, kBanner) << report;
+      EXPECT_EQ(result.err, kDetected + ("decode: " + report));
+      EXPECT_EQ(result.status, 0) << report;
+    }
   }
 }
 

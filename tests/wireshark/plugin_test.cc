@@ -22,22 +22,11 @@
 #include "reference_log.h"
 #include "session_log.h"
 #include "support/decode_in_process.h"
+#include "support/lines.h"
 #include "support/process.h"
 #include "support/wireshark_user.h"
 
 namespace {
-
-using Lines = std::vector<std::string>;
-
-Lines SplitLines(std::string_view text) {
-  Lines lines;
-  while (!text.empty()) {
-    const std::size_t end = text.find('\n');
-    lines.emplace_back(text.substr(0, end));
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-  }
-  return lines;
-}
 
 // As in "2026/06/01-07:00:02.181 ", at the start of the text.
 bool StartsWithStamp(std::string_view text) {
@@ -220,9 +209,7 @@ TEST_F(Plugin, EveryLineOfEveryVersion) {
   // A column, because -T fields makes the whole tree.
   const Lines shown =
       RunTshark(user, R"(-r all.udi -o 'gui.column.format:"Line","%Cus:udi.line"')");
-  ASSERT_EQ(shown.size(), expected.size());
-  for (std::size_t i = 0; i < shown.size(); ++i)
-    ASSERT_EQ(shown[i], expected[i]) << "frame " << i + 1;
+  EXPECT_EQ(FindDifference(shown, expected), "");
 }
 
 // Logs that are cut, and logs with a byte or a word changed, put in or taken out.
@@ -253,7 +240,7 @@ TEST_F(PluginInSharkd, DamagedLogs) {
         log.erase(at, 1 + below(8));
     }
     const Lines shown = sharkd_->Open(log) ? sharkd_->ShowFields({"udi.line"}) : Lines();
-    ASSERT_EQ(shown, ToolLines(log)) << "log " << i << ", byte " << at;
+    ASSERT_EQ(FindDifference(shown, ToolLines(log)), "") << "log " << i << ", byte " << at;
   }
 }
 
@@ -294,7 +281,7 @@ TEST_F(PluginInSharkd, DamageIsReported) {
     ASSERT_FALSE(reports.empty()) << c.report;
     Lines expected(reports.size());
     if (!c.report.empty()) expected.back() = "After this record the log is " + c.report;
-    EXPECT_EQ(reports, expected);
+    EXPECT_EQ(FindDifference(reports, expected), "") << c.report;
   }
 }
 
@@ -404,8 +391,10 @@ TEST_F(PluginInSharkd, RequestsAndConfirms) {
   expected.push_back("||");
   add(99ms, Fapi(0x210B).U16(1).PadTo(26), "||");  // mlme_connect_cfm
   sharkd_->Open(log.bytes());
-  EXPECT_EQ(sharkd_->ShowFields({"udi.response_in", "udi.response_to", "udi.response_time"}),
-            expected);
+  EXPECT_EQ(FindDifference(
+                sharkd_->ShowFields({"udi.response_in", "udi.response_to", "udi.response_time"}),
+                expected),
+            "");
 }
 
 TEST_F(PluginInSharkd, TimesAreExact) {
@@ -442,7 +431,7 @@ TEST_F(PluginInSharkd, ASavedSelectionShowsTheSame) {
   expected.erase(expected.begin() + 4);
   RunTshark(sharkd_->user(), "-r log -Y 'frame.number != 5' -w saved");
   sharkd_->OpenFile("saved");
-  EXPECT_EQ(sharkd_->ShowFields(fields), expected);
+  EXPECT_EQ(FindDifference(sharkd_->ShowFields(fields), expected), "");
 }
 
 // Another program may use the same link type.
@@ -478,7 +467,7 @@ TEST_F(PluginInSharkd, CaptureFile) {
   EXPECT_EQ(sharkd_->ShowFields({"udi.hip_version"})[0], kLastVersion);
   sharkd_->SetHipVersion("14.3.10");
   sharkd_->Open(pcap);
-  EXPECT_EQ(sharkd_->ShowFields({"udi.line"}), ToolLines(without_bulk.bytes()));
+  EXPECT_EQ(FindDifference(sharkd_->ShowFields({"udi.line"}), ToolLines(without_bulk.bytes())), "");
   EXPECT_FALSE(sharkd_->Filter("udi.freq_offset_cur < 0").empty());
   sharkd_->SetHipVersion(kLastVersion);
   std::string truncated = pcap;
