@@ -34,7 +34,7 @@ static_assert(sizeof(CompiledField) == 8);
 
 // The width of a field, in bytes.
 constexpr std::size_t GetWidth(const CompiledField& field) {
-  return GetForm(field.form).width * field.words;
+  return std::size_t{GetForm(field.form).width} * field.words;
 }
 
 // One label of an enumerated field.
