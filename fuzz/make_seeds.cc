@@ -1,5 +1,5 @@
-// Writes seeds for the fuzzers: signals and fields of all versions, and for the fuzzers
-// of the whole tool the example log and a short log per version.
+// Writes seeds for the fuzzers: signals and fields of all versions, and for the fuzzer of
+// the whole tool the example log and a short log per version.
 //
 // usage: make_seeds DIRECTORY
 
@@ -47,7 +47,6 @@ int main(int argc, char** argv) {
     }
   }
   const auto write_log = [&](const std::string& name, const std::string& log) {
-    WriteSeed(directory / "tool", name, log);
     WriteSeed(directory / "decode_log", name, '\0' + log);
   };
   write_log("session", SessionLog().bytes());

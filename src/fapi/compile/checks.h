@@ -13,20 +13,11 @@
 // with the message; they show the version, the id, the tables and the lines.
 namespace compile {
 
-// An id as the rows write it, because compilers print numbers in decimal.
-struct HexId {
-  char digits[7] = "0x0000";
-
-  constexpr HexId() = default;
-  explicit constexpr HexId(unsigned id) {
-    for (std::size_t i = 5; i >= 2; --i, id /= 16) digits[i] = "0123456789ABCDEF"[id % 16];
-  }
-};
-
-template <char kVersion, HexId kId, const SignalTable* kTable, int kLine,
-          const SignalTable* kOtherTable, int kOtherLine>
+// kIdDigits are hexadecimal, as the rows write an id. Compilers print a number in decimal.
+template <char kVersion, const SignalTable* kTable, int kLine, const SignalTable* kOtherTable,
+          int kOtherLine, char... kIdDigits>
 consteval void IdNamesOneSignalInAVersion() {
-  static_assert(kLine == 0, "two rows have kId in kVersion, on kLine and kOtherLine");
+  static_assert(kLine == 0, "two rows have one id in kVersion, on kLine and kOtherLine");
 }
 
 template <char kVersion, const SignalTable* kTable, int kLine, const SignalTable* kOtherTable,
@@ -118,10 +109,15 @@ consteval UnusedLabels FindUnusedLabels() {
 }
 inline constexpr UnusedLabels kUnusedLabels = FindUnusedLabels();
 
+consteval char GetHexDigit(unsigned number, unsigned place) {
+  return "0123456789ABCDEF"[number >> 4 * place & 0xFU];
+}
+
 consteval bool CheckVocabulary() {
-  IdNamesOneSignalInAVersion<kSharedId.version, HexId(kSharedId.id), kSignalTables[kSharedId.table],
-                             kSharedId.line, kSignalTables[kSharedId.other_table],
-                             kSharedId.other_line>();
+  IdNamesOneSignalInAVersion<kSharedId.version, kSignalTables[kSharedId.table], kSharedId.line,
+                             kSignalTables[kSharedId.other_table], kSharedId.other_line,
+                             GetHexDigit(kSharedId.id, 3), GetHexDigit(kSharedId.id, 2),
+                             GetHexDigit(kSharedId.id, 1), GetHexDigit(kSharedId.id, 0)>();
   NameHasOneIdInAVersion<kSharedName.version, kSignalTables[kSharedName.table], kSharedName.line,
                          kSignalTables[kSharedName.other_table], kSharedName.other_line>();
   RowIsSortedByName<kSignalTables[kUnsortedRow.table], kUnsortedRow.line>();
