@@ -104,9 +104,9 @@ TEST(Streams, ReadErrorAfterARecord) {
     const ToolResult result =
         RunTool({.before_exec = [&] { dup2(terminal.controller, STDIN_FILENO); }});
     close(terminal.controller);
-    EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: Loaded\n");
+    EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: Loaded\n") << c.err;
     EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n" + c.err);
-    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.status, c.status) << c.err;
   }
 }
 
@@ -119,7 +119,7 @@ TEST(Streams, ClosedStandardStreams) {
         RunTool({.arguments = {"stdin", "--pcap"}, .input = log, .before_exec = [closed] {
                    close(closed);
                  }});
-    EXPECT_EQ(result.status, reads_nothing ? 255 : 0);
+    EXPECT_EQ(result.status, reads_nothing ? 255 : 0) << closed;
     EXPECT_EQ(result.pcap.size(), reads_nothing ? 0U : 24U + 16U + 32U) << closed;
     EXPECT_EQ(result.err, closed == STDERR_FILENO ? ""
                           : reads_nothing
