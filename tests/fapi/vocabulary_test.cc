@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <map>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -76,34 +75,6 @@ TEST(Vocabulary, SignalsEndInSpares) {
   for (const NamedSignal& signal : FindAllSignals()) {
     ASSERT_FALSE(GetFields(*signal.layout).empty()) << Describe(signal);
     EXPECT_EQ(GetText(GetFields(*signal.layout).back().name).text(), "spare_3") << Describe(signal);
-  }
-}
-
-// FindLabel uses an index for values without a gap from zero and a binary search for
-// the others. The result must be that of a linear search.
-TEST(Vocabulary, LookUpFindsEachLabel) {
-  for (std::size_t index = 0; index < CountEnumerations(); ++index) {
-    // Each value with a label in any version, its neighbours, and some far from any.
-    std::set<std::uint16_t> values;
-    for (unsigned value = 0; value <= 0xFFFF; value += 0xFF) {
-      values.insert(static_cast<std::uint16_t>(value));
-    }
-    for (const CompiledLabel& label : ListLabels(index)) {
-      for (const int step : {-1, 0, 1}) {
-        values.insert(static_cast<std::uint16_t>(label.value + step));
-      }
-    }
-    for (const HipVersionName& version : kHipVersionNames) {
-      for (const std::uint16_t value : values) {
-        std::string_view expected;
-        for (const CompiledLabel& label : ListLabels(index)) {
-          if (label.value != value || !label.versions.Contains(version.tag)) continue;
-          expected = GetText(label.text).text();
-        }
-        ASSERT_EQ(FindLabel(index, value, version.tag).text(), expected)
-            << "value " << value << " in " << version.dotted;
-      }
-    }
   }
 }
 
