@@ -32,13 +32,12 @@
 
 #include "workloads.h"
 
-extern char** environ;
-
 namespace {
 
 // Runs a command and returns its CPU time in seconds.
 double Run(std::vector<std::string> command, const char* output = "/dev/null") {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& word : command) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
@@ -141,12 +140,9 @@ Figures Measure(const Bench& bench) {
     tcpdump_ratios.push_back(Run({"tcpdump", "-r", "udi_fapi.pcap", "-x"}) / time);
   }
   Run({bench.programs / "bench/peak_memory", bench.tool(), "log"}, "peak");
-  return {Median(tool_times),
-          Median(line_ratios),
-          Median(piece_ratios),
-          bench.has_tcpdump ? Median(tcpdump_ratios) : 0,
-          std::atoi(ReadAll("peak").c_str()),
-          std::filesystem::file_size("text")};
+  return {Median(tool_times),         Median(line_ratios),
+          Median(piece_ratios),       bench.has_tcpdump ? Median(tcpdump_ratios) : 0,
+          std::stoi(ReadAll("peak")), std::filesystem::file_size("text")};
 }
 
 void PrintHead() {
@@ -181,7 +177,7 @@ std::string EnterScratchDirectory() {
 
 int main(int argc, char** argv) {
   if (argc < 2) return 1;
-  const Bench bench = {std::filesystem::absolute(argv[1]), argc > 2 ? std::atoi(argv[2]) : 11,
+  const Bench bench = {std::filesystem::absolute(argv[1]), argc > 2 ? std::stoi(argv[2]) : 11,
                        std::system("command -v tcpdump >/dev/null") == 0};
   const std::string scratch = EnterScratchDirectory();
   PrintHead();

@@ -45,13 +45,12 @@ const PieceLength* MapPieces(const char* path) {
   return static_cast<const PieceLength*>(pieces);
 }
 
-char text[kMaxPieceLength];
-char payload[0x10000];
-
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc != 3) return 1;
+  static char text[kMaxPieceLength];
+  static char payload[0x10000];
   const bool needs_local_time = std::string_view(argv[1]) == "pieces";
   const PieceLength* piece = MapPieces(argv[1]);
   std::FILE* const log = std::fopen(argv[2], "r");

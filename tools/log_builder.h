@@ -1,10 +1,12 @@
 #ifndef VRKT_TOOLS_LOG_BUILDER_H_
 #define VRKT_TOOLS_LOG_BUILDER_H_
 
+#include <charconv>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
+#include <cstdlib>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -14,6 +16,7 @@
 //
 //   Log().Header("14.5.12").TimeRef(1000).Signal(1500ms, Fapi(0x1000).U16(1).Bulk("0102"))
 
+// NOLINTNEXTLINE(google-global-names-in-headers): part of the notation
 using std::chrono_literals::operator""ms;
 
 // Converts hexadecimal digits to bytes. Blanks and colons are ignored.
@@ -92,12 +95,16 @@ class Log {
     ends_.push_back(bytes_.size());
     return *this;
   }
-  Log& Header(const char* hip_version) {
-    unsigned first = 0;
-    unsigned second = 0;
-    unsigned third = 0;
-    if (std::sscanf(hip_version, "%u.%u.%u", &first, &second, &third) != 3) std::abort();
-    return Words({kHeaderMagic, 6, first << 24 | second << 16 | third});
+  Log& Header(std::string_view hip_version) {
+    const char* number = hip_version.data();
+    const char* const end = number + hip_version.size();
+    std::uint32_t numbers[3];
+    for (std::uint32_t& value : numbers) {
+      const auto [rest, error] = std::from_chars(number, end, value);
+      if (error != std::errc()) std::abort();
+      number = rest == end ? end : rest + 1;
+    }
+    return Words({kHeaderMagic, 6, numbers[0] << 24 | numbers[1] << 16 | numbers[2]});
   }
   Log& TimeRef(std::uint32_t seconds) { return Words({kEventMagic, 0, 0, 4, seconds}); }
   Log& TimeRef(std::uint32_t seconds, std::uint32_t uptime, Time time = 0ms) {

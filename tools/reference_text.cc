@@ -202,26 +202,26 @@ std::vector<Change> FindChanges(const std::string& before, const std::string& no
   const std::vector<std::string> new_words = SplitWords(now);
   std::vector<Change> changes;
   if (old_words.size() != new_words.size()) {
-    changes.push_back({JoinNames(old_words), JoinNames(new_words)});
+    changes.emplace_back(JoinNames(old_words), JoinNames(new_words));
     const auto is_in = [](const std::vector<std::string>& words, const std::string& word) {
       return std::ranges::find(words, word) != words.end();
     };
     for (const std::string& word : old_words) {
-      if (HasLabel(word) && !is_in(new_words, word)) changes.push_back({word, ""});
+      if (HasLabel(word) && !is_in(new_words, word)) changes.emplace_back(word, "");
     }
     for (const std::string& word : new_words) {
-      if (HasLabel(word) && !is_in(old_words, word)) changes.push_back({"", word});
+      if (HasLabel(word) && !is_in(old_words, word)) changes.emplace_back("", word);
     }
     return changes;
   }
   for (std::size_t i = 0; i < old_words.size(); ++i) {
     const std::string old_name = GetName(old_words[i]);
     const std::string new_name = GetName(new_words[i]);
-    if (old_name != new_name) changes.push_back({old_name, new_name});
+    if (old_name != new_name) changes.emplace_back(old_name, new_name);
     if (old_words[i].substr(old_name.size()) == new_words[i].substr(new_name.size())) continue;
-    changes.push_back({old_words[i], new_words[i]});
+    changes.emplace_back(old_words[i], new_words[i]);
   }
-  if (changes.empty()) changes.push_back({before, now});  // only blanks differ
+  if (changes.empty()) changes.emplace_back(before, now);  // only blanks differ
   return changes;
 }
 

@@ -71,7 +71,7 @@ class ReadmeShell {
     std::filesystem::create_directory(bin());
     WriteScript(bin() + "/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
     WriteScript(bin() + "/vrkt_wlan_udi_log", "cat session.udi");
-    WriteScript(bin() + "/adb", "[ \"$1\" = exec-out ] && shift && exec \"$@\"");
+    WriteScript(bin() + "/adb", R"([ "$1" = exec-out ] && shift && exec "$@")");
     // The README follows a growing file with `tail -F`, which never ends.
     WriteScript(bin() + "/tail",
                 "[ \"$3\" = -F ] && exec /usr/bin/tail \"$1\" \"$2\" \"$4\"\n"
@@ -127,7 +127,7 @@ TEST(Documents, TheCommandsOfTheReadme) {
   EXPECT_GE(shell.recipes().size(), 20U);
   std::vector<std::string> missing;
   for (const char* program : {"tcpdump", "tshark", "pv", "gnuplot", "pkill"}) {
-    if (!IsInstalled(program)) missing.push_back(program);
+    if (!IsInstalled(program)) missing.emplace_back(program);
   }
   for (const Recipe& recipe : shell.recipes()) {
     const auto uses = [&](const std::string& program) {
@@ -158,19 +158,22 @@ bool WaitUntil(const std::function<bool()>& holds) {
   return false;
 }
 
-// Whether a process of this session ignores the interrupt.
-bool IgnoresInterrupt(pid_t session) {
-  for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
-    const int process = std::atoi(entry.path().filename().c_str());
-    if (process == 0 || getsid(process) != session) continue;
-    const std::string status = ReadFile(entry.path() / "status");
-    const std::string_view kIgnored = "\nSigIgn:\t";
-    const std::size_t at = status.find(kIgnored);
-    if (at == std::string::npos) continue;  // the process has ended
-    const auto signals = std::stoull(status.substr(at + kIgnored.size(), 16), nullptr, 16);
-    if ((signals >> (SIGINT - 1) & 1) != 0) return true;
-  }
-  return false;
+bool IgnoresInterrupt(const std::filesystem::path& process) {
+  const std::string status = ReadFile(process / "status");
+  const std::string_view kIgnored = "\nSigIgn:\t";
+  const std::size_t at = status.find(kIgnored);
+  if (at == std::string::npos) return false;  // the process has ended
+  const auto signals = std::stoull(status.substr(at + kIgnored.size(), 16), nullptr, 16);
+  return (signals >> (SIGINT - 1) & 1) != 0;
+}
+
+bool HasProcessThatIgnoresInterrupt(pid_t session) {
+  return std::ranges::any_of(
+      std::filesystem::directory_iterator("/proc"), [session](const auto& entry) {
+        const std::string name = entry.path().filename();
+        const bool is_process = name.find_first_not_of("0123456789") == std::string::npos;
+        return is_process && getsid(std::stoi(name)) == session && IgnoresInterrupt(entry.path());
+      });
 }
 
 // Shell commands in a session of their own.
@@ -221,7 +224,7 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
               "cat session.udi\nmkfifo never\n: >\"$TMPDIR/sent\"\nread line <never");
   const auto interrupt_group = [](pid_t group) {
     // The capture can be faster than the shell that keeps the interrupt from the tool.
-    EXPECT_TRUE(WaitUntil([group] { return IgnoresInterrupt(group); }));
+    EXPECT_TRUE(WaitUntil([group] { return HasProcessThatIgnoresInterrupt(group); }));
     kill(-group, SIGINT);
   };
   const auto stop_capture = [&](pid_t session) {

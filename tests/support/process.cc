@@ -78,6 +78,7 @@ int StartTool(const ToolRun& run, int input, int output, int error) {
   std::vector<std::string> words = CommandLine(run);
   const std::string path = PathNamed(run.name);
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   const pid_t process = fork();

@@ -214,7 +214,7 @@ TEST_F(Plugin, EveryLineOfEveryVersion) {
 
 // Logs that are cut, and logs with a byte or a word changed, put in or taken out.
 TEST_F(PluginInSharkd, DamagedLogs) {
-  const std::string whole = SessionLog().Record(0ms, "", 0).Record(0ms, "\x42", 1).bytes();
+  const std::string whole = SessionLog().Record(0ms, "", 0).Record(0ms, FromHex("42"), 1).bytes();
   std::mt19937 random(20260601);
   const auto below = [&random](std::size_t limit) { return random() % limit; };
   for (int i = 0; i < 150; ++i) {
