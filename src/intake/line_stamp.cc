@@ -6,8 +6,10 @@
 
 void LineStamp::FormatSecond(std::int32_t second) {
   const std::time_t time = second;
-  // localtime, unlike localtime_r, checks the time zone at each call.
-  const std::tm& local = *std::localtime(&time);
+  // localtime_r needs not check the time zone at each call, as localtime does.
+  tzset();
+  std::tm local{};
+  localtime_r(&time, &local);
   text_.Clear();
   // Four digits suffice: 32 bits of seconds cover the years 1901 to 2038.
   text_.AppendZeroFilled<4>(local.tm_year + 1900);
@@ -39,6 +41,13 @@ std::string_view LineStamp::Format(std::uint32_t timeBase, std::int32_t time_wor
   text_.AppendZeroFilled<3>(milliseconds);
   text_.Append(' ');
   return text_.text();
+}
+
+std::int64_t ComputeTimeMs(std::uint32_t timeBase, std::int32_t time_word) {
+  std::int32_t milliseconds = time_word % 1000;
+  if (milliseconds < 0) milliseconds += 1000;
+  const auto seconds = static_cast<std::uint32_t>((std::int64_t{time_word} - milliseconds) / 1000);
+  return std::int64_t{1000} * static_cast<std::int32_t>(timeBase + seconds) + milliseconds;
 }
 
 void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word) {
