@@ -35,11 +35,10 @@ void AppendValue(LinePiece& piece, const CompiledField& field, const FieldValue&
 // characters.
 void AppendField(LinePiece& piece, const SignalView& signal, const CompiledField& field);
 
-// Appends the bytes of a dump between braces. Whenever the piece is full, calls `emit`
-// with its text and clears it.
+// Appends the bytes of a dump. Whenever the piece is full, calls `emit` with its text and
+// clears it. Leaves room for a character after the last byte.
 template <typename Emit>
-void AppendDump(LinePiece& piece, SignalSpan bytes, Emit& emit) {
-  piece.Append(GetForm(FieldRenderer::kDump).before_value);
+void AppendBytes(LinePiece& piece, SignalSpan bytes, Emit& emit) {
   std::size_t done = 0;
   for (;;) {
     const std::size_t count = std::min(bytes.length - done, (piece.room() - 1) / 2);
@@ -49,6 +48,13 @@ void AppendDump(LinePiece& piece, SignalSpan bytes, Emit& emit) {
     emit(piece.text());
     piece.Clear();
   }
+}
+
+// Appends a dump, between the braces of its form.
+template <typename Emit>
+void AppendDump(LinePiece& piece, SignalSpan bytes, Emit& emit) {
+  piece.Append(GetForm(FieldRenderer::kDump).before_value);
+  AppendBytes(piece, bytes, emit);
   piece.Append(GetForm(FieldRenderer::kDump).after_value);
 }
 
