@@ -1,0 +1,271 @@
+#include "log_row.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+#include <span>
+#include <string_view>
+
+#include "base/little_endian.h"
+#include "columns.h"
+#include "fapi/vocabulary.h"
+#include "hip/field_rendering.h"
+#include "hip/field_value.h"
+#include "intake/log_text.h"
+
+namespace {
+
+// The subtype by which SQLite's JSON functions recognise JSON.
+constexpr unsigned kJsonSubtype = 'J';
+
+std::string_view RemoveLastCharacter(std::string_view text) {
+  return text.substr(0, text.size() - 1);
+}
+
+// SQLite copies it, because it keeps results for longer than a row.
+void ReturnText(sqlite3_context* context, std::string_view text) {
+  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
+}
+
+// Vocabulary text exists as long as the extension.
+void ReturnConstant(sqlite3_context* context, std::string_view text) {
+  sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
+}
+
+// A text that is made in parts. Most texts have one.
+class PartedText {
+ public:
+  PartedText(sqlite3_context* context, std::string& previous)
+      : context_(context),
+        previous_(previous),
+        limit_(static_cast<std::size_t>(
+            sqlite3_limit(sqlite3_context_db_handle(context), SQLITE_LIMIT_LENGTH, -1))) {
+    previous_.clear();
+  }
+
+  // Parts of a text that is longer than SQLite allows are dropped.
+  void operator()(std::string_view part) {
+    if (previous_.size() <= limit_) previous_ += part;
+  }
+
+  void Return(std::string_view last_part) {
+    if (previous_.empty()) {
+      ReturnText(context_, last_part);
+      return;
+    }
+    (*this)(last_part);
+    ReturnText(context_, previous_);
+    // It can have the size of a record.
+    constexpr std::size_t kUsual = std::size_t{1} << 16U;
+    if (previous_.capacity() > kUsual) previous_ = std::string();
+  }
+
+ private:
+  sqlite3_context* context_;
+  std::string& previous_;
+  std::size_t limit_;
+};
+
+// As in [1,2].
+void AppendWords(LinePiece& piece, SignalSpan words) {
+  for (std::uint32_t i = 0; i < words.length; i += 2) {
+    piece.Append(i == 0 ? '[' : ',');
+    piece.AppendDecimal(LoadU16(words.bytes + i));
+  }
+  piece.Append(']');
+}
+
+void AppendQuoted(LinePiece& piece, std::string_view text) {
+  piece.Append('"');
+  for (const char c : text) {
+    if (c == '"' || c == '\\') piece.Append('\\');
+    piece.Append(c);
+  }
+  piece.Append('"');
+}
+
+void AppendTimeMs(LinePiece& piece, std::int64_t time_ms) {
+  std::array<char, std::numeric_limits<std::int64_t>::digits10 + 2> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), time_ms).ptr;
+  piece.Append(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
+}
+
+// Appends the value of any field but a dump.
+void AppendJsonValue(LinePiece& piece, const CompiledField& field, const FieldValue& value) {
+  switch (value.kind) {
+    case FieldValue::Kind::kNumber:
+      if (value.number < 0) {
+        piece.AppendSigned(static_cast<std::int32_t>(value.number));
+      } else {
+        piece.AppendDecimal(static_cast<std::uint32_t>(value.number));
+      }
+      break;
+    case FieldValue::Kind::kLabel:
+      AppendQuoted(piece, value.label.text());
+      break;
+    case FieldValue::Kind::kDigits:
+      piece.Append('"');
+      AppendValue(piece, field, value);
+      piece.Append('"');
+      break;
+    case FieldValue::Kind::kWords:
+      AppendWords(piece, value.bytes);
+      break;
+    case FieldValue::Kind::kBytes:
+      break;
+  }
+}
+
+// The longest member: a comma, a name in quotes, a colon, and a label or words.
+constexpr std::size_t kMaxJsonField = kPaddedTextSize + 4 + 2 * kMaxValueText;
+static_assert(LinePiece::capacity() >= 4 * kMaxJsonField);
+
+// Whether the layout has a field of the same name before this one.
+bool IsRepeated(std::span<const CompiledField> fields, const CompiledField& field) {
+  if (field.form != FieldRenderer::kDump) return false;
+  for (const CompiledField* other = fields.data(); other != &field; ++other) {
+    if (other->name.start == field.name.start) return true;
+  }
+  return false;
+}
+
+void AppendJsonFields(LinePiece& piece, const SignalView& signal, PartedText& text) {
+  const std::span<const CompiledField> fields = GetFields(*signal.layout);
+  for (const CompiledField& field : fields) {
+    if (piece.room() < kMaxJsonField) {
+      text(piece.text());
+      piece.Clear();
+    }
+    if (IsRepeated(fields, field)) continue;
+    piece.Append(",\"");
+    piece.Append(GetText(field.name));
+    piece.Append("\":");
+    if (field.form == FieldRenderer::kDump) {
+      piece.Append('"');
+      AppendBytes(piece, signal.dump, text);
+      piece.Append('"');
+    } else {
+      AppendJsonValue(piece, field, ReadField(signal, field));
+    }
+  }
+}
+
+// The line of a row without fields, with its line end. A signal that is too short has an
+// empty line.
+std::string RenderRowWithoutFields(const LogRow& row) {
+  if (row.item.kind != LogItem::Kind::kSignal) return RenderDriverEvent(row.item);
+  switch (row.route) {
+    case SignalRoute::kInvalidLength:
+      return RenderInvalidLength();
+    case SignalRoute::kDriver:
+    case SignalRoute::kUnknownDriver:
+      return RenderDriverSignal(row.item.signal.payload);
+    case SignalRoute::kHip:
+      break;
+  }
+  return row.view.layout == nullptr ? RenderUnknownSignal(row.view.id) : "\n";
+}
+
+}  // namespace
+
+const CompiledSignal* FindLayout(const LogRow& row) {
+  const std::uint16_t id = row.item.signal.id;
+  if (row.item.kind != LogItem::Kind::kSignal || IsDriverSide(id)) return nullptr;
+  return FindSignal(row.version->tag, id);
+}
+
+const SignalView* ViewFields(LogRow& row) {
+  if (row.item.kind != LogItem::Kind::kSignal) return nullptr;
+  if (!row.is_viewed) {
+    row.is_viewed = true;
+    const RoutedSignal routed = RouteSignal(row.item.signal, row.version->version);
+    row.route = routed.route;
+    if (row.route == SignalRoute::kHip) row.view = ViewSignal(row.version->tag, routed.signal);
+  }
+  const bool has_fields =
+      row.route == SignalRoute::kHip && row.view.layout != nullptr && !row.view.is_too_short;
+  return has_fields ? &row.view : nullptr;
+}
+
+void ReturnStamp(sqlite3_context* context, const LogRow& row, RowTexts& texts) {
+  ReturnText(context, RemoveLastCharacter(texts.stamp.Format(row.item.timeBase, row.item.time)));
+}
+
+void ReturnLine(sqlite3_context* context, LogRow& row, RowTexts& texts) {
+  const SignalView* const signal = ViewFields(row);
+  if (signal == nullptr) {
+    ReturnText(context, RemoveLastCharacter(RenderRowWithoutFields(row)));
+    return;
+  }
+  PartedText text(context, texts.long_text);
+  RenderSignal(*signal, [&text](std::string_view part) {
+    if (part.back() == '\n') {  // the last part
+      text.Return(RemoveLastCharacter(part));
+    } else {
+      text(part);
+    }
+  });
+}
+
+// The members have the names of the columns. A row without fields has its line instead.
+void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts) {
+  PartedText text(context, texts.long_text);
+  LinePiece piece;
+  piece.Append("{\"stamp\":\"");
+  piece.Append(RemoveLastCharacter(texts.stamp.Format(row.item.timeBase, row.item.time)));
+  piece.Append("\",\"time_ms\":");
+  AppendTimeMs(piece, GetTimeMs(row));
+  piece.Append(",\"signal\":");
+  if (const CompiledSignal* const layout = FindLayout(row)) {
+    piece.Append('"');
+    piece.Append(GetText(layout->name));
+    piece.Append('"');
+  } else {
+    piece.Append("null");
+  }
+  if (const SignalView* const signal = ViewFields(row)) {
+    AppendJsonFields(piece, *signal, text);
+  } else {
+    if (row.item.kind == LogItem::Kind::kUptime) {
+      piece.Append(",\"uptime\":");
+      piece.AppendSigned(row.item.uptime);
+    }
+    piece.Append(",\"line\":");
+    AppendQuoted(piece, RemoveLastCharacter(RenderRowWithoutFields(row)));
+  }
+  piece.Append('}');
+  text.Return(piece.text());
+  sqlite3_result_subtype(context, kJsonSubtype);
+}
+
+void ReturnField(sqlite3_context* context, LogRow& row, int column) {
+  const SignalView* const signal = ViewFields(row);
+  if (signal == nullptr) return;
+  const CompiledField* const field = Columns::Get().FindField(*signal->layout, column);
+  if (field == nullptr) return;
+  const FieldValue value = ReadField(*signal, *field);
+  switch (value.kind) {
+    case FieldValue::Kind::kNumber:
+      sqlite3_result_int64(context, value.number);
+      break;
+    case FieldValue::Kind::kLabel:
+      ReturnConstant(context, value.label.text());
+      break;
+    case FieldValue::Kind::kDigits: {
+      LinePiece piece;
+      AppendValue(piece, *field, value);
+      ReturnText(context, piece.text());
+      break;
+    }
+    case FieldValue::Kind::kWords: {
+      LinePiece piece;
+      AppendWords(piece, value.bytes);
+      ReturnText(context, piece.text());
+      sqlite3_result_subtype(context, kJsonSubtype);
+      break;
+    }
+    case FieldValue::Kind::kBytes:
+      sqlite3_result_blob64(context, value.bytes.bytes, value.bytes.length, SQLITE_TRANSIENT);
+      break;
+  }
+}

@@ -1,0 +1,56 @@
+#ifndef VRKT_SQLITE_LOG_ROW_H_
+#define VRKT_SQLITE_LOG_ROW_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "hip/exchange.h"
+#include "hip/hip_versions.h"
+#include "hip/signal_routing.h"
+#include "hip/signal_view.h"
+#include "intake/line_stamp.h"
+#include "intake/log_reader.h"
+#include "sqlite_api.h"
+
+// A row of the table udi: a record that prints a line. It borrows the record from the
+// reader of the log.
+struct LogRow {
+  LogItem item;
+  const HipVersionEntry* version = nullptr;
+  std::uint64_t record = 0;  // counts from 1 in each log
+
+  // See ViewRow.
+  bool is_viewed = false;
+  SignalRoute route = SignalRoute::kHip;
+  SignalView view{};
+
+  // What the record answers. Set only if the query names it.
+  std::optional<SentRequest> request;
+};
+
+// Returns the layout of the record's id, or null if it is no signal or its version does not
+// know the id. It gives the signal's name.
+const CompiledSignal* FindLayout(const LogRow& row);
+
+// Returns the row's signal if it has fields, that is, if it is known and complete. Null
+// otherwise. Sets `is_viewed`, `route` and `view`, unless they are set.
+const SignalView* ViewFields(LogRow& row);
+
+inline std::int64_t GetTimeMs(const LogRow& row) {
+  return ComputeTimeMs(row.item.timeBase, row.item.time);
+}
+
+// The memory for making texts, kept for the next row.
+struct RowTexts {
+  LineStamp stamp;
+  std::string long_text;
+};
+
+// Each of these sets the result of a column.
+void ReturnStamp(sqlite3_context* context, const LogRow& row, RowTexts& texts);
+void ReturnLine(sqlite3_context* context, LogRow& row, RowTexts& texts);
+void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts);
+void ReturnField(sqlite3_context* context, LogRow& row, int column);
+
+#endif  // VRKT_SQLITE_LOG_ROW_H_

@@ -1,0 +1,391 @@
+// The table udi: a row per record that prints a line.
+//
+// The table uses constraints on `signal` and `id` itself, so a record that is not asked
+// for costs no more than its reading. SQLite still checks these constraints (they are not
+// marked to be omitted). So the table may use only those whose meaning it knows, and it
+// can return a row that does not match. It does that now and then, because SQLite looks
+// for an interrupt only between rows.
+//
+// A log joined with itself is read once per row of the outer log, because SQLite makes no
+// index for a virtual table. The costs are chosen so that SQLite reads a log once wherever
+// the query allows it.
+
+#include "log_table.h"
+
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "columns.h"
+#include "fapi/vocabulary.h"
+#include "hip/exchange.h"
+#include "log_row.h"
+#include "open_log.h"
+#include "table_base.h"
+
+namespace {
+
+// What a plan uses, from BestIndex to Filter. The values that Filter gets are in the order
+// of the first three.
+enum PlanFlag : int {
+  kUsesPath = 1,
+  kUsesSignal = 2,
+  kUsesId = 4,
+  kSignalIsList = 8,  // as in signal IN (...)
+  kIdIsList = 16,
+  kNeedsRequests = 32,
+};
+
+// Reads the logs of one scan, and keeps the row that SQLite sees.
+struct Scan {
+  std::vector<std::string> paths;
+  std::size_t next_path = 0;
+  std::unique_ptr<OpenLog> log;  // null after the last log
+  std::int64_t rowid = 0;
+  LogRow row;
+  RowTexts texts;
+
+  // The layouts and ids that match, if the query has such a constraint.
+  std::optional<std::vector<bool>> layouts;
+  std::optional<std::bitset<0x10000>> ids;
+  std::unique_ptr<ExchangeTracker> exchanges;  // null if the query does not need it
+};
+
+struct Cursor {
+  sqlite3_vtab_cursor base;  // first, because SQLite has a pointer to it
+  Scan* scan;
+};
+
+Scan& GetScan(sqlite3_vtab_cursor* cursor) { return *reinterpret_cast<Cursor*>(cursor)->scan; }
+
+// --- Planning ---
+
+bool IsBinary(sqlite3_index_info* info, int constraint) {
+  return std::string_view(sqlite3_vtab_collation(info, constraint)) == "BINARY";
+}
+
+// Whether SQLite can give all values of `column IN (...)` at once. If it cannot, it reads
+// the log once per value, and does not say so.
+bool HasLists() {
+  return SQLITE_VERSION_NUMBER >= 3038000 && sqlite3_libversion_number() >= 3038000;
+}
+
+// Returns whether the constraint is a list, and asks for all of its values at once.
+bool TakeList([[maybe_unused]] sqlite3_index_info* info, [[maybe_unused]] int constraint) {
+#if SQLITE_VERSION_NUMBER >= 3038000
+  return sqlite3_vtab_in(info, constraint, 1) != 0;
+#else
+  return false;
+#endif
+}
+
+// The constraints that the table can use, by index, or -1.
+struct Constraints {
+  int path = -1;
+  int signal = -1;
+  int id = -1;
+  bool path_is_unusable = false;
+};
+
+Constraints FindConstraints(sqlite3_index_info* info) {
+  Constraints found;
+  for (int i = 0; i < info->nConstraint; ++i) {
+    const auto& constraint = info->aConstraint[i];
+    if (constraint.op != SQLITE_INDEX_CONSTRAINT_EQ) continue;
+    if (constraint.iColumn == kPath && constraint.usable == 0) found.path_is_unusable = true;
+    if (constraint.usable == 0) continue;
+    if (constraint.iColumn == kPath) found.path = i;
+    if (constraint.iColumn == kSignal && HasLists() && IsBinary(info, i)) found.signal = i;
+    if (constraint.iColumn == kId && HasLists()) found.id = i;
+  }
+  return found;
+}
+
+bool IsOrderedByRecord(const sqlite3_index_info* info) {
+  return info->nOrderBy > 0 && info->aOrderBy[0].iColumn == kRecord && info->aOrderBy[0].desc == 0;
+}
+
+constexpr std::uint64_t GetUseBit(Column column) { return std::uint64_t{1} << column; }
+
+int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
+  const LogTable& table = GetTable(base);
+  const Constraints found = FindConstraints(info);
+  int values = 0;
+  int plan = 0;
+  if (table.paths == nullptr) {
+    if (found.path < 0 && found.path_is_unusable) return SQLITE_CONSTRAINT;
+    if (found.path < 0) return SetError(*base, "udi needs a path, as in udi('session.udi')");
+    info->aConstraintUsage[found.path] = {++values, 1};
+    plan |= kUsesPath;
+  }
+  if (found.signal >= 0) {
+    info->aConstraintUsage[found.signal].argvIndex = ++values;
+    plan |= kUsesSignal | (TakeList(info, found.signal) ? kSignalIsList : 0);
+  }
+  if (found.id >= 0) {
+    info->aConstraintUsage[found.id].argvIndex = ++values;
+    plan |= kUsesId | (TakeList(info, found.id) ? kIdIsList : 0);
+  }
+  if ((info->colUsed & (GetUseBit(kRequest) | GetUseBit(kResponseMs))) != 0) plan |= kNeedsRequests;
+  info->idxNum = plan;
+
+  // A scan with constraints reads the whole log, too. Two of them for the two sides of an
+  // OR must cost more than one without.
+  const double logs = table.paths == nullptr ? 1 : static_cast<double>(table.paths->size());
+  const bool is_selective = found.signal >= 0 || found.id >= 0;
+  info->estimatedCost = logs * (is_selective ? 9e6 : 1e7);
+  info->estimatedRows = static_cast<sqlite3_int64>(logs * (is_selective ? 2e4 : 1e6));
+  // Records of several logs are in order within each log only.
+  info->orderByConsumed = logs <= 1 && IsOrderedByRecord(info) ? 1 : 0;
+  return SQLITE_OK;
+}
+
+// --- Reading ---
+
+bool Matches(const Scan& scan) {
+  const LogRow& row = scan.row;
+  if (scan.ids &&
+      (row.item.kind != LogItem::Kind::kSignal || !scan.ids->test(row.item.signal.id))) {
+    return false;
+  }
+  if (!scan.layouts) return true;
+  const CompiledSignal* const layout = FindLayout(row);
+  return layout != nullptr &&
+         (*scan.layouts)[static_cast<std::size_t>(layout - ListLayouts().data())];
+}
+
+// Every record is needed, also those that the query does not ask for.
+void TrackExchanges(Scan& scan) {
+  LogRow& row = scan.row;
+  row.request.reset();
+  if (row.item.kind == LogItem::Kind::kLoaded) scan.exchanges->ForgetRequests();
+  if (const SignalView* const signal = ViewFields(row)) {
+    row.request = scan.exchanges->Add(*signal, {row.record, GetTimeMs(row)});
+  }
+}
+
+// Reads the next record of the open log. Returns false at its end.
+bool ReadRecord(Scan& scan) {
+  LogRow& row = scan.row;
+  do {
+    if (!scan.log->Read(row.item)) return false;
+  } while (row.item.kind == LogItem::Kind::kHeader);
+  row.version = &scan.log->reader().version();
+  row.is_viewed = false;
+  ++row.record;
+  ++scan.rowid;
+  if (scan.exchanges != nullptr) TrackExchanges(scan);
+  return true;
+}
+
+// Opens the next log. After the last one, `log` is null.
+int OpenNextLog(Scan& scan, sqlite3_vtab& table) {
+  scan.log.reset();
+  scan.row.record = 0;
+  if (scan.next_path == scan.paths.size()) return SQLITE_OK;
+  if (scan.exchanges != nullptr) scan.exchanges->ForgetRequests();
+  std::string error;
+  scan.log = OpenLog::Open(scan.paths[scan.next_path++], error);
+  return scan.log == nullptr ? SetError(table, error) : SQLITE_OK;
+}
+
+int ReadRow(Scan& scan, sqlite3_vtab& table) {
+  constexpr int kMaxSkipped = 10000;  // about a millisecond
+  int skipped = 0;
+  while (scan.log != nullptr) {
+    if (ReadRecord(scan)) {
+      if (Matches(scan) || ++skipped == kMaxSkipped) return SQLITE_OK;
+    } else if (const int status = OpenNextLog(scan, table); status != SQLITE_OK) {
+      return status;
+    }
+  }
+  return SQLITE_OK;
+}
+
+int Open(sqlite3_vtab* /*table*/, sqlite3_vtab_cursor** cursor) {
+  return CatchNoMemory([&] {
+    auto scan = std::make_unique<Scan>();
+    auto made = std::make_unique<Cursor>();
+    made->scan = scan.release();
+    *cursor = &made.release()->base;
+    return SQLITE_OK;
+  });
+}
+
+int Close(sqlite3_vtab_cursor* cursor) {
+  delete &GetScan(cursor);
+  delete reinterpret_cast<Cursor*>(cursor);
+  return SQLITE_OK;
+}
+
+// Calls `take` with each value of a constraint. Stops if it returns false.
+template <typename Take>
+void ForEachValue(sqlite3_value* constraint, [[maybe_unused]] bool is_list, Take take) {
+#if SQLITE_VERSION_NUMBER >= 3038000
+  if (is_list) {
+    sqlite3_value* value = nullptr;
+    for (int status = sqlite3_vtab_in_first(constraint, &value);
+         status == SQLITE_OK && value != nullptr && take(value);
+         status = sqlite3_vtab_in_next(constraint, &value)) {
+    }
+    return;
+  }
+#endif
+  take(constraint);
+}
+
+// These two use only values of the usual type. With others, SQLite checks the constraint
+// alone.
+std::optional<std::vector<bool>> SelectLayouts(sqlite3_value* constraint, bool is_list) {
+  std::optional<std::vector<bool>> layouts(ListLayouts().size());
+  ForEachValue(constraint, is_list, [&layouts](sqlite3_value* value) {
+    if (sqlite3_value_type(value) != SQLITE_TEXT) {
+      layouts.reset();
+      return false;
+    }
+    const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
+    if (text == nullptr) throw std::bad_alloc();
+    const std::string_view name(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
+    for (std::size_t i = 0; i < layouts->size(); ++i) {
+      if (GetText(ListLayouts()[i].name).text() == name) (*layouts)[i] = true;
+    }
+    return true;
+  });
+  return layouts;
+}
+
+std::optional<std::bitset<0x10000>> SelectIds(sqlite3_value* constraint, bool is_list) {
+  std::optional<std::bitset<0x10000>> ids(std::in_place);
+  ForEachValue(constraint, is_list, [&ids](sqlite3_value* value) {
+    if (sqlite3_value_type(value) != SQLITE_INTEGER) {
+      ids.reset();
+      return false;
+    }
+    const sqlite3_int64 id = sqlite3_value_int64(value);
+    if (id >= 0 && id <= 0xFFFF) ids->set(static_cast<std::size_t>(id));
+    return true;
+  });
+  return ids;
+}
+
+int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* /*text*/, int /*argc*/,
+           sqlite3_value** argv) {
+  return CatchNoMemory([&] {
+    Scan& scan = GetScan(cursor);
+    const LogTable& table = GetTable(cursor->pVtab);
+    scan = Scan();
+    if ((plan & kUsesPath) != 0) {
+      scan.paths = GetPaths(*argv++);
+    } else {
+      scan.paths = *table.paths;
+    }
+    if ((plan & kUsesSignal) != 0) {
+      scan.layouts = SelectLayouts(*argv++, (plan & kSignalIsList) != 0);
+    }
+    if ((plan & kUsesId) != 0) scan.ids = SelectIds(*argv++, (plan & kIdIsList) != 0);
+    if ((plan & kNeedsRequests) != 0) scan.exchanges = std::make_unique<ExchangeTracker>();
+    const int status = OpenNextLog(scan, *cursor->pVtab);
+    return status == SQLITE_OK ? ReadRow(scan, *cursor->pVtab) : status;
+  });
+}
+
+int Next(sqlite3_vtab_cursor* cursor) {
+  return CatchNoMemory([&] { return ReadRow(GetScan(cursor), *cursor->pVtab); });
+}
+
+int IsAtEnd(sqlite3_vtab_cursor* cursor) { return GetScan(cursor).log == nullptr ? 1 : 0; }
+
+int GetRowid(sqlite3_vtab_cursor* cursor, sqlite3_int64* rowid) {
+  *rowid = GetScan(cursor).rowid;
+  return SQLITE_OK;
+}
+
+// --- Columns ---
+
+void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
+  LogRow& row = scan.row;
+  switch (column) {
+    case kRecord:
+      sqlite3_result_int64(context, static_cast<sqlite3_int64>(row.record));
+      break;
+    case kStamp:
+      ReturnStamp(context, row, scan.texts);
+      break;
+    case kTimeMs:
+      sqlite3_result_int64(context, GetTimeMs(row));
+      break;
+    case kSignal:
+      if (const CompiledSignal* const layout = FindLayout(row)) {
+        const PaddedText name = GetText(layout->name);
+        sqlite3_result_text(context, name.data, static_cast<int>(name.size), SQLITE_STATIC);
+      }
+      break;
+    case kLine:
+      ReturnLine(context, row, scan.texts);
+      break;
+    case kPath:
+      sqlite3_result_text(context, scan.log->path().c_str(), -1, SQLITE_TRANSIENT);
+      break;
+    case kId:
+      if (row.item.kind == LogItem::Kind::kSignal) sqlite3_result_int(context, row.item.signal.id);
+      break;
+    case kHipVersion:
+      sqlite3_result_text(context, row.version->name, -1, SQLITE_STATIC);
+      break;
+    case kUptime:
+      if (row.item.kind == LogItem::Kind::kUptime) sqlite3_result_int(context, row.item.uptime);
+      break;
+    case kRequest:
+      if (row.request) {
+        sqlite3_result_int64(context, static_cast<sqlite3_int64>(row.request->record));
+      }
+      break;
+    case kResponseMs:
+      if (row.request) sqlite3_result_int64(context, GetTimeMs(row) - row.request->time_ms);
+      break;
+    case kJson:
+      ReturnJson(context, row, scan.texts);
+      break;
+    default:
+      ReturnField(context, row, column);
+      break;
+  }
+}
+
+// A column that returns nothing is NULL.
+int ReadColumn(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column) {
+  return CatchNoMemory([&] {
+    ReturnColumn(context, GetScan(cursor), column);
+    return SQLITE_OK;
+  });
+}
+
+int Connect(sqlite3* db, void* /*unused*/, int argc, const char* const* argv, sqlite3_vtab** table,
+            char** error) {
+  return CatchNoMemory(
+      [&] { return ConnectTable(db, Columns::Get().declaration(), argc, argv, table, error); });
+}
+
+}  // namespace
+
+constexpr sqlite3_module kLogModule = [] {
+  sqlite3_module module{};
+  module.xCreate = Connect;  // equals xConnect, which makes it a table-valued function, too
+  module.xConnect = Connect;
+  module.xBestIndex = BestIndex;
+  module.xDisconnect = DisconnectTable;
+  module.xDestroy = DisconnectTable;
+  module.xOpen = Open;
+  module.xClose = Close;
+  module.xFilter = Filter;
+  module.xNext = Next;
+  module.xEof = IsAtEnd;
+  module.xColumn = ReadColumn;
+  module.xRowid = GetRowid;
+  return module;
+}();

@@ -1,0 +1,32 @@
+// The log as SQL tables, an extension of SQLite:
+//
+//   udi(path)      a row per line that the tool prints, see log_table.cc
+//   udi_log(path)  a row per log, see summary_table.cc
+//
+// A virtual table reads the log itself. Nothing is imported: a log of many gigabytes is
+// read once per query, forward only, in constant memory, and a live log gives its rows as
+// they are complete. What a query does not name is not computed.
+//
+// Threads: SQLite serialises the use of one connection. Different connections can read
+// logs in different threads at the same time, because all state is in the cursors. What
+// they share is constant.
+
+#include "mod_udi.h"
+
+#include "log_table.h"
+#include "sqlite_api.h"
+#include "summary_table.h"
+SQLITE_EXTENSION_INIT1
+
+int sqlite3_modudi_init(sqlite3* db, char** error, const sqlite3_api_routines* api) {
+  SQLITE_EXTENSION_INIT2(api);
+  static_cast<void>(api);
+  if (sqlite3_libversion_number() < kOldestSqlite) {
+    *error =
+        sqlite3_mprintf("mod_udi needs SQLite 3.31 or later, this is %s", sqlite3_libversion());
+    return SQLITE_ERROR;
+  }
+  const int status = sqlite3_create_module_v2(db, "udi", &kLogModule, nullptr, nullptr);
+  if (status != SQLITE_OK) return status;
+  return sqlite3_create_module_v2(db, "udi_log", &kSummaryModule, nullptr, nullptr);
+}

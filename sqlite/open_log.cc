@@ -1,0 +1,50 @@
+#include "open_log.h"
+
+#include <cerrno>
+#include <string_view>
+
+#include "intake/log_text.h"
+#include "sqlite_api.h"
+
+std::unique_ptr<OpenLog> OpenLog::Open(const std::string& path, std::string& error) {
+  // "e" keeps the descriptor from programs that the host starts.
+  File file(std::fopen(path.c_str(), "re"));
+  if (file == nullptr) {
+    error = "fopen(" + path + ") Failed errno:" + std::to_string(errno);
+    return nullptr;
+  }
+  std::unique_ptr<OpenLog> log(new OpenLog(path, std::move(file)));
+  LogItem header;
+  log->has_header_ = log->reader_.Read(header);
+  if (log->has_header_) return log;
+  const std::string report = DescribeLogEnd(log->reader_.end());
+  if (!report.empty()) {
+    error = path + ": " + report;
+    return nullptr;
+  }
+  log->HandleEnd();
+  return log;
+}
+
+std::string OpenLog::DescribeEnd() const {
+  switch (reader_.end().kind) {
+    case LogEnd::Kind::kComplete:
+      return "complete";
+    case LogEnd::Kind::kCut:
+      return "cut";
+    default:
+      return DescribeLogEnd(reader_.end());
+  }
+}
+
+void OpenLog::HandleEnd() {
+  has_ended_ = true;
+  if (reader_.end().kind == LogEnd::Kind::kComplete) return;
+  // SQLite cuts a message to 210 bytes. The end of a long path distinguishes logs better
+  // than its start.
+  constexpr std::size_t kShown = 80;
+  std::string_view shown = path_;
+  if (shown.size() > kShown) shown.remove_prefix(shown.size() - kShown);
+  sqlite3_log(SQLITE_WARNING, "%s%.*s: %s", shown.size() < path_.size() ? "..." : "",
+              static_cast<int>(shown.size()), shown.data(), DescribeEnd().c_str());
+}

@@ -1,0 +1,53 @@
+#ifndef VRKT_SQLITE_OPEN_LOG_H_
+#define VRKT_SQLITE_OPEN_LOG_H_
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "intake/log_reader.h"
+
+// A log that is being read.
+class OpenLog {
+ public:
+  // Opens a log and reads its header. On failure it returns null and sets `error` to the
+  // tool's report and the path. An empty log, and one that is cut within its header, is a
+  // log without records, as it is for the tool.
+  static std::unique_ptr<OpenLog> Open(const std::string& path, std::string& error);
+
+  const std::string& path() const { return path_; }
+  const LogReader& reader() const { return reader_; }
+
+  // Reads the next item, a header or a record. Returns false at the end, also if it is
+  // called again. A log that is cut or damaged is then reported to sqlite3_log.
+  bool Read(LogItem& item) {
+    if (has_ended_) return false;
+    if (reader_.Read(item)) return true;
+    HandleEnd();
+    return false;
+  }
+
+  // Whether the log has a header. If not, it has no version.
+  bool has_header() const { return has_header_; }
+
+  // How the log ended: "complete", "cut" or the words of the tool's report.
+  std::string DescribeEnd() const;
+
+ private:
+  struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+  using File = std::unique_ptr<std::FILE, CloseFile>;
+
+  OpenLog(const std::string& path, File file)
+      : path_(path), file_(std::move(file)), reader_(file_.get()) {}
+  void HandleEnd();
+
+  std::string path_;
+  File file_;
+  LogReader reader_;
+  bool has_header_ = false;
+  bool has_ended_ = false;
+};
+
+#endif  // VRKT_SQLITE_OPEN_LOG_H_

@@ -1,0 +1,79 @@
+#include "table_base.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+// SQLite passes a module's arguments as they are in the statement, with their quotes.
+// Returns a text without its quotes, or nothing if they are wrong. A text that does not
+// start with a quote is taken as it is.
+std::optional<std::string> Unquote(std::string_view argument) {
+  constexpr std::string_view kOpening = "'\"`[";
+  constexpr std::string_view kClosing = "'\"`]";
+  const std::size_t kind = argument.empty() ? kOpening.npos : kOpening.find(argument[0]);
+  if (kind == kOpening.npos) return std::string(argument);
+  const char quote = kClosing[kind];
+  std::string text;
+  std::size_t i = 1;
+  while (i < argument.size()) {
+    if (argument[i] == quote) {
+      // Two quotes are one of the text.
+      const bool is_doubled = quote != ']' && argument.substr(i + 1, 1) == argument.substr(i, 1);
+      if (!is_doubled) break;
+      ++i;
+    }
+    text += argument[i++];
+  }
+  if (i + 1 != argument.size()) return std::nullopt;
+  return text;
+}
+
+}  // namespace
+
+int ConnectTable(sqlite3* db, const std::string& declaration, int argc, const char* const* argv,
+                 sqlite3_vtab** table, char** error) {
+  constexpr int kFirstArgument = 3;  // after the names of module, database and table
+  auto paths = std::make_unique<std::vector<std::string>>();
+  for (int i = kFirstArgument; i < argc; ++i) {
+    std::optional<std::string> path = Unquote(argv[i]);
+    if (!path || path->empty()) {
+      *error = sqlite3_mprintf("not a path, as in 'session.udi': %s", argv[i]);
+      return SQLITE_ERROR;
+    }
+    paths->push_back(std::move(*path));
+  }
+  int status = sqlite3_declare_vtab(db, declaration.c_str());
+  if (status == SQLITE_OK) status = sqlite3_vtab_config(db, SQLITE_VTAB_DIRECTONLY);
+  if (status != SQLITE_OK) {
+    *error = sqlite3_mprintf("%s", sqlite3_errmsg(db));
+    return status;
+  }
+  auto made = std::make_unique<LogTable>();
+  made->paths = argc > kFirstArgument ? paths.release() : nullptr;
+  *table = &made.release()->base;
+  return SQLITE_OK;
+}
+
+int DisconnectTable(sqlite3_vtab* table) {
+  delete GetTable(table).paths;
+  delete &GetTable(table);
+  return SQLITE_OK;
+}
+
+std::vector<std::string> GetPaths(sqlite3_value* argument) {
+  if (sqlite3_value_type(argument) == SQLITE_NULL) return {};
+  const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(argument));
+  if (text == nullptr) throw std::bad_alloc();
+  return {text};
+}
+
+int SetError(sqlite3_vtab& table, const std::string& message) {
+  sqlite3_free(table.zErrMsg);
+  table.zErrMsg = sqlite3_mprintf("%s", message.c_str());
+  return SQLITE_ERROR;
+}
