@@ -27,12 +27,17 @@ void ReturnText(sqlite3_context* context, std::string_view text) {
   sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
+// The text ends with a 0. If SQLite knows that, it saves a second copy.
+void ReturnTerminated(sqlite3_context* context, std::string_view text) {
+  sqlite3_result_text(context, text.data(), -1, SQLITE_TRANSIENT);
+}
+
 // Vocabulary text exists as long as the extension.
 void ReturnConstant(sqlite3_context* context, std::string_view text) {
   sqlite3_result_text(context, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
 }
 
-// A text that is made in parts. Most texts have one.
+// A text that is made in parts, the last of which ends with a 0. Most texts have one part.
 class PartedText {
  public:
   PartedText(sqlite3_context* context, std::string& previous)
@@ -50,11 +55,11 @@ class PartedText {
 
   void Return(std::string_view last_part) {
     if (previous_.empty()) {
-      ReturnText(context_, last_part);
+      ReturnTerminated(context_, last_part);
       return;
     }
     (*this)(last_part);
-    ReturnText(context_, previous_);
+    ReturnTerminated(context_, previous_);
     // It can have the size of a record.
     constexpr std::size_t kUsual = std::size_t{1} << 16U;
     if (previous_.capacity() > kUsual) previous_ = std::string();
@@ -198,13 +203,14 @@ void ReturnLine(sqlite3_context* context, LogRow& row, RowTexts& texts) {
     return;
   }
   PartedText text(context, texts.long_text);
-  RenderSignal(*signal, [&text](std::string_view part) {
-    if (part.back() == '\n') {  // the last part
-      text.Return(RemoveLastCharacter(part));
+  const auto emit = [&text](std::string_view part) {
+    if (part.back() == '\0') {
+      text.Return(part);
     } else {
       text(part);
     }
-  });
+  };
+  RenderSignal(*signal, emit, '\0');
 }
 
 // The members have the names of the columns. A row without fields has its line instead.
@@ -234,6 +240,7 @@ void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts) {
     AppendQuoted(piece, RemoveLastCharacter(RenderRowWithoutFields(row)));
   }
   piece.Append('}');
+  piece.Append('\0');
   text.Return(piece.text());
   sqlite3_result_subtype(context, kJsonSubtype);
 }

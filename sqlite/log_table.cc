@@ -1,10 +1,16 @@
 // The table udi: a row per record that prints a line.
 //
-// The table uses constraints on `signal` and `id` itself, so a record that is not asked
-// for costs no more than its reading. SQLite still checks these constraints (they are not
-// marked to be omitted). So the table may use only those whose meaning it knows, and it
-// can return a row that does not match. It does that now and then, because SQLite looks
-// for an interrupt only between rows.
+// A record that is not asked for costs little more than its reading, because the table
+// skips it before SQLite sees it. It uses constraints on `signal` and `id`, and that a
+// comparison with a field is never true for a signal without this field. SQLite still
+// checks all constraints (they are not marked to be omitted). So the table may use only
+// those whose meaning it knows, and it can return a row that does not match. It does that
+// now and then, because SQLite looks for an interrupt only between rows.
+//
+// For GROUP BY signal, SQLite sorts all rows, which takes longer than all else. If the query
+// names no other column, as to count signals, rows of a signal are the same to SQLite. The
+// table then reads the log, counts, and gives the rows in the order of their signals. An
+// interrupt ends such a query after the reading.
 //
 // A log joined with itself is read once per row of the outer log, because SQLite makes no
 // index for a virtual table. The costs are chosen so that SQLite reads a log once wherever
@@ -12,11 +18,14 @@
 
 #include "log_table.h"
 
+#include <algorithm>
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,7 +48,19 @@ enum PlanFlag : int {
   kSignalIsList = 8,  // as in signal IN (...)
   kIdIsList = 16,
   kNeedsRequests = 32,
+  kIsGrouped = 64,  // by signal; see above
+  kDescends = 128,
 };
+
+using LayoutSet = std::vector<bool>;
+using IdSet = std::bitset<0x10000>;
+
+struct SignalCount {
+  const CompiledSignal* layout;  // null for rows without a signal
+  std::int64_t rows;
+};
+
+constexpr std::int64_t kRowsBetweenInterrupts = 10000;  // about a millisecond
 
 // Reads the logs of one scan, and keeps the row that SQLite sees.
 struct Scan {
@@ -50,9 +71,17 @@ struct Scan {
   LogRow row;
   RowTexts texts;
 
-  // The layouts and ids that match, if the query has such a constraint.
-  std::optional<std::vector<bool>> layouts;
-  std::optional<std::bitset<0x10000>> ids;
+  // What can match: layouts, by index, and ids. None means all, and also what is no signal.
+  std::optional<LayoutSet> layouts;
+  std::optional<IdSet> ids;
+  bool only_answers = false;  // confirms that answer a request
+
+  // Of a grouped scan: the signals in their order, and the current row.
+  bool is_grouped = false;
+  std::vector<SignalCount> groups;
+  std::size_t group = 0;
+  std::int64_t row_of_group = 0;
+
   std::unique_ptr<ExchangeTracker> exchanges;  // null if the query does not need it
 };
 
@@ -69,9 +98,9 @@ bool IsBinary(sqlite3_index_info* info, int constraint) {
   return std::string_view(sqlite3_vtab_collation(info, constraint)) == "BINARY";
 }
 
-// Whether SQLite can give all values of `column IN (...)` at once. If it cannot, it reads
-// the log once per value, and does not say so.
-bool HasLists() {
+// Whether SQLite has sqlite3_vtab_in and sqlite3_vtab_distinct. Without the first, it reads
+// the log once per value of `column IN (...)`, and does not say so.
+bool HasNewPlanner() {
   return SQLITE_VERSION_NUMBER >= 3038000 && sqlite3_libversion_number() >= 3038000;
 }
 
@@ -100,8 +129,8 @@ Constraints FindConstraints(sqlite3_index_info* info) {
     if (constraint.iColumn == kPath && constraint.usable == 0) found.path_is_unusable = true;
     if (constraint.usable == 0) continue;
     if (constraint.iColumn == kPath) found.path = i;
-    if (constraint.iColumn == kSignal && HasLists() && IsBinary(info, i)) found.signal = i;
-    if (constraint.iColumn == kId && HasLists()) found.id = i;
+    if (constraint.iColumn == kSignal && HasNewPlanner() && IsBinary(info, i)) found.signal = i;
+    if (constraint.iColumn == kId && HasNewPlanner()) found.id = i;
   }
   return found;
 }
@@ -110,9 +139,51 @@ bool IsOrderedByRecord(const sqlite3_index_info* info) {
   return info->nOrderBy > 0 && info->aOrderBy[0].iColumn == kRecord && info->aOrderBy[0].desc == 0;
 }
 
+// Whether `column OP value` is never true if the column is NULL. (An application can
+// redefine LIKE and the like.)
+bool RejectsNull(int op) {
+  switch (op) {
+    case SQLITE_INDEX_CONSTRAINT_EQ:
+    case SQLITE_INDEX_CONSTRAINT_GT:
+    case SQLITE_INDEX_CONSTRAINT_LE:
+    case SQLITE_INDEX_CONSTRAINT_LT:
+    case SQLITE_INDEX_CONSTRAINT_GE:
+    case SQLITE_INDEX_CONSTRAINT_NE:
+    case SQLITE_INDEX_CONSTRAINT_ISNOTNULL:
+      return true;
+    default:
+      return false;
+  }
+}
+
+// Returns the columns that are not NULL in any matching row, as numbers with a blank after
+// each. SQLite's planner passes only texts to Filter.
+std::string ListNonNullColumns(const sqlite3_index_info* info) {
+  std::string columns;
+  for (int i = 0; i < info->nConstraint; ++i) {
+    const auto& constraint = info->aConstraint[i];
+    if (RejectsNull(constraint.op)) columns += std::to_string(constraint.iColumn) + ' ';
+  }
+  return columns;
+}
+
 constexpr std::uint64_t GetUseBit(Column column) { return std::uint64_t{1} << column; }
 
-int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
+// Whether the table can group the rows by signal, see above. `path` is the same in all rows
+// of a table-valued function.
+bool IsGroupedBySignal([[maybe_unused]] sqlite3_index_info* info,
+                       [[maybe_unused]] bool has_one_path) {
+#if SQLITE_VERSION_NUMBER >= 3038000
+  constexpr int kGroupBy = 1;
+  const std::uint64_t needed = info->colUsed & ~(has_one_path ? GetUseBit(kPath) : 0);
+  return HasNewPlanner() && sqlite3_vtab_distinct(info) == kGroupBy && info->nOrderBy == 1 &&
+         info->aOrderBy[0].iColumn == kSignal && needed == GetUseBit(kSignal);
+#else
+  return false;
+#endif
+}
+
+int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
   const LogTable& table = GetTable(base);
   const Constraints found = FindConstraints(info);
   int values = 0;
@@ -132,7 +203,12 @@ int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
     plan |= kUsesId | (TakeList(info, found.id) ? kIdIsList : 0);
   }
   if ((info->colUsed & (GetUseBit(kRequest) | GetUseBit(kResponseMs))) != 0) plan |= kNeedsRequests;
+  const bool is_grouped = IsGroupedBySignal(info, table.paths == nullptr);
+  if (is_grouped) plan |= kIsGrouped | (info->aOrderBy[0].desc != 0 ? kDescends : 0);
   info->idxNum = plan;
+  info->idxStr = sqlite3_mprintf("%s", ListNonNullColumns(info).c_str());
+  if (info->idxStr == nullptr) return SQLITE_NOMEM;
+  info->needToFreeIdxStr = 1;
 
   // A scan with constraints reads the whole log, too. Two of them for the two sides of an
   // OR must cost more than one without.
@@ -141,8 +217,12 @@ int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
   info->estimatedCost = logs * (is_selective ? 9e6 : 1e7);
   info->estimatedRows = static_cast<sqlite3_int64>(logs * (is_selective ? 2e4 : 1e6));
   // Records of several logs are in order within each log only.
-  info->orderByConsumed = logs <= 1 && IsOrderedByRecord(info) ? 1 : 0;
+  info->orderByConsumed = is_grouped || (logs <= 1 && IsOrderedByRecord(info)) ? 1 : 0;
   return SQLITE_OK;
+}
+
+int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
+  return CatchNoMemory([&] { return MakePlan(base, info); });
 }
 
 // --- Reading ---
@@ -153,6 +233,7 @@ bool Matches(const Scan& scan) {
       (row.item.kind != LogItem::Kind::kSignal || !scan.ids->test(row.item.signal.id))) {
     return false;
   }
+  if (scan.only_answers && !row.request) return false;
   if (!scan.layouts) return true;
   const CompiledSignal* const layout = FindLayout(row);
   return layout != nullptr &&
@@ -194,17 +275,50 @@ int OpenNextLog(Scan& scan, sqlite3_vtab& table) {
   return scan.log == nullptr ? SetError(table, error) : SQLITE_OK;
 }
 
-int ReadRow(Scan& scan, sqlite3_vtab& table) {
-  constexpr int kMaxSkipped = 10000;  // about a millisecond
-  int skipped = 0;
+// Reads up to a row that matches, or up to the last of `limit` rows.
+int ReadRow(Scan& scan, sqlite3_vtab& table, std::int64_t limit) {
   while (scan.log != nullptr) {
     if (ReadRecord(scan)) {
-      if (Matches(scan) || ++skipped == kMaxSkipped) return SQLITE_OK;
+      if (Matches(scan) || --limit == 0) return SQLITE_OK;
     } else if (const int status = OpenNextLog(scan, table); status != SQLITE_OK) {
       return status;
     }
   }
   return SQLITE_OK;
+}
+
+// Reads all logs of a grouped scan.
+int ReadGroups(Scan& scan, sqlite3_vtab& table, bool descends) {
+  constexpr std::int64_t kNoLimit = 0;
+  const std::span<const CompiledSignal> layouts = ListLayouts();
+  scan.groups.push_back({nullptr, 0});
+  for (const CompiledSignal& layout : layouts) scan.groups.push_back({&layout, 0});
+  for (;;) {
+    const int status = ReadRow(scan, table, kNoLimit);
+    if (status != SQLITE_OK) return status;
+    if (scan.log == nullptr) break;
+    const CompiledSignal* const layout = FindLayout(scan.row);
+    ++scan.groups[layout == nullptr ? 0 : static_cast<std::size_t>(layout - layouts.data()) + 1]
+          .rows;
+  }
+  std::erase_if(scan.groups, [](const SignalCount& group) { return group.rows == 0; });
+  // NULL is less than all texts.
+  std::ranges::sort(scan.groups, {}, [](const SignalCount& group) {
+    return group.layout == nullptr ? std::string_view() : GetText(group.layout->name).text();
+  });
+  if (descends) std::ranges::reverse(scan.groups);
+  return SQLITE_OK;
+}
+
+void MoveInGroups(Scan& scan) {
+  ++scan.rowid;
+  if (++scan.row_of_group < scan.groups[scan.group].rows) return;
+  ++scan.group;
+  scan.row_of_group = 0;
+}
+
+const CompiledSignal* FindSignalOfRow(const Scan& scan) {
+  return scan.is_grouped ? scan.groups[scan.group].layout : FindLayout(scan.row);
 }
 
 int Open(sqlite3_vtab* /*table*/, sqlite3_vtab_cursor** cursor) {
@@ -241,9 +355,10 @@ void ForEachValue(sqlite3_value* constraint, [[maybe_unused]] bool is_list, Take
 
 // These two use only values of the usual type. With others, SQLite checks the constraint
 // alone.
-std::optional<std::vector<bool>> SelectLayouts(sqlite3_value* constraint, bool is_list) {
-  std::optional<std::vector<bool>> layouts(ListLayouts().size());
-  ForEachValue(constraint, is_list, [&layouts](sqlite3_value* value) {
+std::optional<LayoutSet> SelectLayouts(sqlite3_value* constraint, bool is_list) {
+  const std::span<const CompiledSignal> all = ListLayouts();
+  std::optional<LayoutSet> layouts(all.size());
+  ForEachValue(constraint, is_list, [&](sqlite3_value* value) {
     if (sqlite3_value_type(value) != SQLITE_TEXT) {
       layouts.reset();
       return false;
@@ -251,16 +366,16 @@ std::optional<std::vector<bool>> SelectLayouts(sqlite3_value* constraint, bool i
     const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(value));
     if (text == nullptr) throw std::bad_alloc();
     const std::string_view name(text, static_cast<std::size_t>(sqlite3_value_bytes(value)));
-    for (std::size_t i = 0; i < layouts->size(); ++i) {
-      if (GetText(ListLayouts()[i].name).text() == name) (*layouts)[i] = true;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      if (GetText(all[i].name).text() == name) (*layouts)[i] = true;
     }
     return true;
   });
   return layouts;
 }
 
-std::optional<std::bitset<0x10000>> SelectIds(sqlite3_value* constraint, bool is_list) {
-  std::optional<std::bitset<0x10000>> ids(std::in_place);
+std::optional<IdSet> SelectIds(sqlite3_value* constraint, bool is_list) {
+  std::optional<IdSet> ids(std::in_place);
   ForEachValue(constraint, is_list, [&ids](sqlite3_value* value) {
     if (sqlite3_value_type(value) != SQLITE_INTEGER) {
       ids.reset();
@@ -273,7 +388,22 @@ std::optional<std::bitset<0x10000>> SelectIds(sqlite3_value* constraint, bool is
   return ids;
 }
 
-int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* /*text*/, int /*argc*/,
+// Skips rows in which one of these columns is NULL.
+void SkipNulls(Scan& scan, const char* columns) {
+  const std::span<const CompiledSignal> all = ListLayouts();
+  char* next = nullptr;
+  for (; *columns != '\0'; columns = next + 1) {
+    const auto column = static_cast<int>(std::strtol(columns, &next, 10));
+    if (column == kRequest || column == kResponseMs) scan.only_answers = true;
+    if (column < kFirstField) continue;
+    if (!scan.layouts) scan.layouts.emplace(all.size(), true);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+      if (Columns::Get().FindField(all[i], column) == nullptr) (*scan.layouts)[i] = false;
+    }
+  }
+}
+
+int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* non_null_columns, int /*argc*/,
            sqlite3_value** argv) {
   return CatchNoMemory([&] {
     Scan& scan = GetScan(cursor);
@@ -289,16 +419,29 @@ int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* /*text*/, int /*ar
     }
     if ((plan & kUsesId) != 0) scan.ids = SelectIds(*argv++, (plan & kIdIsList) != 0);
     if ((plan & kNeedsRequests) != 0) scan.exchanges = std::make_unique<ExchangeTracker>();
+    SkipNulls(scan, non_null_columns);
     const int status = OpenNextLog(scan, *cursor->pVtab);
-    return status == SQLITE_OK ? ReadRow(scan, *cursor->pVtab) : status;
+    if (status != SQLITE_OK) return status;
+    scan.is_grouped = (plan & kIsGrouped) != 0;
+    if (scan.is_grouped) return ReadGroups(scan, *cursor->pVtab, (plan & kDescends) != 0);
+    return ReadRow(scan, *cursor->pVtab, kRowsBetweenInterrupts);
   });
 }
 
 int Next(sqlite3_vtab_cursor* cursor) {
-  return CatchNoMemory([&] { return ReadRow(GetScan(cursor), *cursor->pVtab); });
+  Scan& scan = GetScan(cursor);
+  if (scan.is_grouped) {
+    MoveInGroups(scan);
+    return SQLITE_OK;
+  }
+  return CatchNoMemory([&] { return ReadRow(scan, *cursor->pVtab, kRowsBetweenInterrupts); });
 }
 
-int IsAtEnd(sqlite3_vtab_cursor* cursor) { return GetScan(cursor).log == nullptr ? 1 : 0; }
+int IsAtEnd(sqlite3_vtab_cursor* cursor) {
+  const Scan& scan = GetScan(cursor);
+  const bool is_at_end = scan.is_grouped ? scan.group == scan.groups.size() : scan.log == nullptr;
+  return is_at_end ? 1 : 0;
+}
 
 int GetRowid(sqlite3_vtab_cursor* cursor, sqlite3_int64* rowid) {
   *rowid = GetScan(cursor).rowid;
@@ -320,7 +463,7 @@ void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
       sqlite3_result_int64(context, GetTimeMs(row));
       break;
     case kSignal:
-      if (const CompiledSignal* const layout = FindLayout(row)) {
+      if (const CompiledSignal* const layout = FindSignalOfRow(scan)) {
         const PaddedText name = GetText(layout->name);
         sqlite3_result_text(context, name.data, static_cast<int>(name.size), SQLITE_STATIC);
       }
@@ -329,7 +472,7 @@ void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
       ReturnLine(context, row, scan.texts);
       break;
     case kPath:
-      sqlite3_result_text(context, scan.log->path().c_str(), -1, SQLITE_TRANSIENT);
+      sqlite3_result_text(context, scan.paths[scan.next_path - 1].c_str(), -1, SQLITE_TRANSIENT);
       break;
     case kId:
       if (row.item.kind == LogItem::Kind::kSignal) sqlite3_result_int(context, row.item.signal.id);

@@ -14,6 +14,7 @@ std::unique_ptr<OpenLog> OpenLog::Open(const std::string& path, std::string& err
     return nullptr;
   }
   std::unique_ptr<OpenLog> log(new OpenLog(path, std::move(file)));
+  std::setvbuf(log->file_.get(), log->buffer_.data(), _IOFBF, log->buffer_.size());
   LogItem header;
   log->has_header_ = log->reader_.Read(header);
   if (log->has_header_) return log;

@@ -71,11 +71,12 @@ inline bool HasZeroSpares(const SignalView& signal) {
   return (LoadU32(spares) | LoadU32(spares + 4) | LoadU32(spares + 8)) == 0;
 }
 
-// Calls `emit` with the parts of a signal's line, in order, from the signal's name to the
-// line end. The signal has a layout and is not too short. A part is at most as long as a
-// LinePiece: a line can be twice as long as its record, which can have up to 4 GiB.
+// Calls `emit` with the parts of a signal's line, in order, from the signal's name to
+// `line_end`, which is the last character of the last part alone. The signal has a layout and is
+// not too short. A part is at most as long as a LinePiece: a line can be twice as long as its
+// record, which can have up to 4 GiB.
 template <typename Emit>
-void RenderSignal(const SignalView& signal, Emit emit) {
+void RenderSignal(const SignalView& signal, Emit emit, char line_end = '\n') {
   LinePiece piece;
   const auto make_room = [&](std::size_t size) {
     if (piece.room() >= size) return;
@@ -97,7 +98,7 @@ void RenderSignal(const SignalView& signal, Emit emit) {
   }
   make_room(kZeroSpares.size() + 1);
   if (spares_are_zero) piece.Append(kZeroSpares);
-  piece.Append('\n');
+  piece.Append(line_end);
   emit(piece.text());
 }
 

@@ -33,21 +33,24 @@ LogReader::Outcome LogReader::EndAtShortRead(LogEnd::Kind failure) {
   return End(position_ == start_of_unit_ ? LogEnd::Kind::kComplete : LogEnd::Kind::kCut);
 }
 
-// Reads one little-endian word. Returns false if the log ends before the word's last
-// byte.
-bool LogReader::QenWifiDriverLogReadUint32(std::uint32_t& word) {
-  std::array<std::uint8_t, 4> bytes{};
-  for (std::size_t i = 0; i < bytes.size(); ++i) {
-    const int c = ReadByte(stream_);
-    if (c == EOF) {
-      position_ += i;
-      EndAtShortRead(LogEnd::Kind::kWordUnreadable);
-      return false;
-    }
-    bytes[i] = static_cast<std::uint8_t>(c);
+// Reads little-endian words. Returns false if the log ends before the last byte.
+template <std::size_t kCount>
+bool LogReader::ReadWords(std::array<std::uint32_t, kCount>& words) {
+  std::array<std::uint8_t, 4 * kCount> bytes;
+  const std::size_t count = ReadBytes(bytes.data(), bytes.size(), stream_);
+  position_ += count;
+  if (count < bytes.size()) {
+    EndAtShortRead(LogEnd::Kind::kWordUnreadable);
+    return false;
   }
-  position_ += bytes.size();
-  word = LoadU32(bytes.data());
+  for (std::size_t i = 0; i < kCount; ++i) words[i] = LoadU32(bytes.data() + 4 * i);
+  return true;
+}
+
+bool LogReader::QenWifiDriverLogReadUint32(std::uint32_t& word) {
+  std::array<std::uint32_t, 1> words{};
+  if (!ReadWords(words)) return false;
+  word = words[0];
   return true;
 }
 
@@ -98,13 +101,10 @@ LogReader::Outcome LogReader::ReadRecords(LogItem& item) {
 // Reads all four words before the magic is checked, so a log that ends within them is
 // cut, whatever the magic is.
 bool LogReader::ReadRecordWords(LogRecord& record) {
-  std::uint32_t time = 0;
-  const bool is_complete = QenWifiDriverLogReadUint32(record.magic) &&
-                           QenWifiDriverLogReadUint32(time) &&
-                           QenWifiDriverLogReadUint32(record.type_or_length) &&
-                           QenWifiDriverLogReadUint32(record.size_or_signal_length);
-  record.time = static_cast<std::int32_t>(time);
-  return is_complete;
+  std::array<std::uint32_t, 4> words{};
+  if (!ReadWords(words)) return false;
+  record = {words[0], static_cast<std::int32_t>(words[1]), words[2], words[3]};
+  return true;
 }
 
 // The stream is at the first byte after the event's size word.

@@ -104,6 +104,8 @@ class LogReader {
     void operator()(std::uint8_t* block) const { std::free(block); }
   };
 
+  template <std::size_t kCount>
+  bool ReadWords(std::array<std::uint32_t, kCount>& words);
   bool QenWifiDriverLogReadUint32(std::uint32_t& word);
   Outcome ReadLogFileHeader(LogItem& item);
   Outcome ReadRecords(LogItem& item);
