@@ -74,6 +74,9 @@ struct Scan {
   // What can match: layouts, by index, and ids. None means all, and also what is no signal.
   std::optional<LayoutSet> layouts;
   std::optional<IdSet> ids;
+  // The ids of both in this version.
+  const HipVersionEntry* version = nullptr;
+  std::optional<IdSet> wanted;
   bool only_answers = false;  // confirms that answer a request
 
   // Of a grouped scan: the signals in their order, and the current row.
@@ -227,17 +230,26 @@ int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
 
 // --- Reading ---
 
+// What the constraints select becomes a set of ids, which takes one look-up per record.
+void SelectIdsOfVersion(Scan& scan) {
+  scan.version = scan.row.version;
+  if (!scan.layouts) {
+    scan.wanted = scan.ids;
+    return;
+  }
+  scan.wanted.emplace();
+  for (const KnownSignal& signal : ListSignals(scan.version->tag)) {
+    const auto layout = static_cast<std::size_t>(signal.layout - ListLayouts().data());
+    const bool is_wanted = (*scan.layouts)[layout] && (!scan.ids || scan.ids->test(signal.id));
+    if (is_wanted && !IsDriverSide(signal.id)) scan.wanted->set(signal.id);
+  }
+}
+
 bool Matches(const Scan& scan) {
   const LogRow& row = scan.row;
-  if (scan.ids &&
-      (row.item.kind != LogItem::Kind::kSignal || !scan.ids->test(row.item.signal.id))) {
-    return false;
-  }
   if (scan.only_answers && !row.request) return false;
-  if (!scan.layouts) return true;
-  const CompiledSignal* const layout = FindLayout(row);
-  return layout != nullptr &&
-         (*scan.layouts)[static_cast<std::size_t>(layout - ListLayouts().data())];
+  return !scan.wanted ||
+         (row.item.kind == LogItem::Kind::kSignal && scan.wanted->test(row.item.signal.id));
 }
 
 // Every record is needed, also those that the query does not ask for.
@@ -257,6 +269,7 @@ bool ReadRecord(Scan& scan) {
     if (!scan.log->Read(row.item)) return false;
   } while (row.item.kind == LogItem::Kind::kHeader);
   row.version = &scan.log->reader().version();
+  if (row.version != scan.version) SelectIdsOfVersion(scan);
   row.is_viewed = false;
   ++row.record;
   ++scan.rowid;
