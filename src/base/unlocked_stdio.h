@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 
 // The stream library's calls without its locks. The process has one thread, so the
@@ -13,6 +14,15 @@
 // Like std::fread with an item size of 1.
 inline std::size_t ReadBytes(void* bytes, std::size_t size, std::FILE* stream) {
 #ifdef VRKT_HAVE_FREAD_UNLOCKED
+#ifdef __GLIBC__
+  // What is in the stream's buffer needs no call. getc_unlocked does this for one byte.
+  const auto buffered = static_cast<std::size_t>(stream->_IO_read_end - stream->_IO_read_ptr);
+  if (size < buffered) {
+    std::memcpy(bytes, stream->_IO_read_ptr, size);
+    stream->_IO_read_ptr += size;
+    return size;
+  }
+#endif
   return ::fread_unlocked(bytes, 1, size, stream);
 #else
   return std::fread(bytes, 1, size, stream);
