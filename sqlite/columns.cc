@@ -1,6 +1,6 @@
 #include "columns.h"
 
-#include <map>
+#include <algorithm>
 #include <span>
 #include <string_view>
 
@@ -21,29 +21,35 @@ const Columns& Columns::Get() {
 }
 
 // The fields have no type, so SQLite compares and stores their values as they are.
+//
+// The vocabulary has each name once, so the places of their texts identify the names.
 Columns::Columns() {
   const std::span<const CompiledSignal> layouts = ListLayouts();
-  std::map<std::string_view, std::size_t> columns;
+  constexpr std::uint16_t kNoColumn = 0xFFFF;
+  std::vector<std::uint16_t> columns(kVocabularyTextCapacity, kNoColumn);  // by TextRange::start
+  std::vector<TextRange> names;
   for (const CompiledSignal& layout : layouts) {
-    for (const CompiledField& field : GetFields(layout)) columns[GetText(field.name).text()] = 0;
+    for (const CompiledField& field : GetFields(layout)) {
+      if (columns[field.name.start] == kNoColumn) names.push_back(field.name);
+      columns[field.name.start] = 0;
+    }
   }
+  std::ranges::sort(names, {}, [](TextRange name) { return GetText(name).text(); });
   declaration_ = "CREATE TABLE udi(";
   declaration_ += kFixedColumns;
-  std::size_t count = 0;
-  for (auto& [name, column] : columns) {
-    column = count++;
+  for (std::uint16_t column = 0; column < names.size(); ++column) {
+    columns[names[column].start] = column;
     declaration_ += ", \"";
-    declaration_ += name;
+    declaration_ += GetText(names[column]).text();
     declaration_ += "\" HIDDEN";
   }
   declaration_ += ')';
 
-  places_.assign(count * layouts.size(), kNoField);
+  places_.assign(names.size() * layouts.size(), kNoField);
   for (std::size_t layout = 0; layout < layouts.size(); ++layout) {
     std::uint8_t place = 0;
     for (const CompiledField& field : GetFields(layouts[layout])) {
-      const std::size_t column = columns[GetText(field.name).text()];
-      std::uint8_t& found = places_[column * layouts.size() + layout];
+      std::uint8_t& found = places_[columns[field.name.start] * layouts.size() + layout];
       if (found == kNoField) found = place;
       ++place;
     }
