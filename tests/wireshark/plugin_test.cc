@@ -12,7 +12,6 @@
 #include <fstream>
 #include <iterator>
 #include <memory>
-#include <random>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,39 +20,13 @@
 #include "log_builder.h"
 #include "reference_log.h"
 #include "session_log.h"
-#include "support/decode_in_process.h"
 #include "support/lines.h"
 #include "support/process.h"
+#include "support/test_logs.h"
+#include "support/tool_lines.h"
 #include "support/wireshark_user.h"
 
 namespace {
-
-// As in "2026/06/01-07:00:02.181 ", at the start of the text.
-bool StartsWithStamp(std::string_view text) {
-  constexpr std::string_view kForm = "dddd/dd/dd-dd:dd:dd.ddd ";
-  if (text.size() < kForm.size()) return false;
-  for (std::size_t i = 0; i < kForm.size(); ++i) {
-    const bool is_digit = text[i] >= '0' && text[i] <= '9';
-    if (kForm[i] == 'd' ? !is_digit : text[i] != kForm[i]) return false;
-  }
-  return true;
-}
-
-// What the tool prints after each stamp. A signal that is too short prints nothing,
-// so its stamp is followed by the next one.
-Lines ToolLines(const std::string& log) {
-  const ToolResult result = DecodeInProcess(log);
-  Lines lines;
-  for (std::string_view line : SplitLines(result.out.substr(kBanner.size()))) {
-    constexpr std::size_t kStampSize = 24;
-    while (StartsWithStamp(line)) {
-      line.remove_prefix(kStampSize);
-      if (line.empty() || StartsWithStamp(line)) lines.emplace_back();
-    }
-    if (!line.empty()) lines.emplace_back(line);
-  }
-  return lines;
-}
 
 // Returns a shell command that runs a program in the user's directory, with its standard
 // error in the file "err".
@@ -212,35 +185,11 @@ TEST_F(Plugin, EveryLineOfEveryVersion) {
   EXPECT_EQ(FindDifference(shown, expected), "");
 }
 
-// Logs that are cut, and logs with a byte or a word changed, put in or taken out.
 TEST_F(PluginInSharkd, DamagedLogs) {
-  const std::string whole = SessionLog().Record(0ms, "", 0).Record(0ms, FromHex("42"), 1).bytes();
-  std::mt19937 random(20260601);
-  const auto below = [&random](std::size_t limit) { return random() % limit; };
-  for (int i = 0; i < 150; ++i) {
-    std::string log = whole;
-    const std::size_t at = below(log.size());
-    switch (i % 6) {
-      case 0:
-        log.resize(at);
-        break;
-      case 1:
-        log[at] = static_cast<char>(log[at] ^ 1 << below(8));
-        break;
-      case 2:
-        log[at] = static_cast<char>(below(2) == 0 ? 0xFF : below(256));
-        break;
-      case 3:
-        log.insert(at, ToBytes(static_cast<std::uint32_t>(random()), 1 + below(4)));
-        break;
-      case 4:
-        log.replace(at, 4, ToBytes(static_cast<std::uint32_t>(below(64)), 4));
-        break;
-      default:
-        log.erase(at, 1 + below(8));
-    }
+  for (const std::string& log : MakeDamagedLogs(150)) {
     const Lines shown = sharkd_->Open(log) ? sharkd_->ShowFields({"udi.line"}) : Lines();
-    ASSERT_EQ(FindDifference(shown, ToolLines(log)), "") << "log " << i << ", byte " << at;
+    ASSERT_EQ(FindDifference(shown, ToolLines(log)), "")
+        << "the log is the file 'log' in " << sharkd_->user().home();
   }
 }
 
@@ -359,38 +308,16 @@ TEST_F(PluginInSharkd, Filters) {
 }
 
 TEST_F(PluginInSharkd, RequestsAndConfirms) {
-  const auto request = [](unsigned vif, unsigned tag) {
-    return Fapi(0x1000).U16(vif, tag).PadTo(34);
-  };
-  const auto confirm = [](unsigned vif, unsigned tag) {
-    return Fapi(0x1100).U16(vif, 0, tag).PadTo(32);
-  };
-  Log log = Log().Header("14.5.12");
   Lines expected;
-  const auto add = [&](Log::Time time, const Fapi& signal, const char* links) {
-    log.Signal(time, signal);
-    expected.push_back(links);
-  };
-  add(0ms, request(1, 7), "7||");
-  add(5ms, request(1, 7), "8||");
-  add(10ms, request(1, 7), "9||");
-  log.TimeRef(0, 1, 15ms);  // no request is forgotten before the next Load
-  expected.push_back("||");
-  add(20ms, request(2, 7), "11||");
-  add(30ms, confirm(1, 8), "||");
-  add(40ms, confirm(1, 7), "|1|0.040000000");  // answers the oldest
-  add(55ms, confirm(1, 7), "|2|0.050000000");
-  add(60ms, confirm(1, 7), "|3|0.050000000");
-  add(65ms, confirm(1, 7), "||");
-  add(70ms, confirm(2, 7), "|5|0.050000000");
-  add(80ms, Fapi(0x200B).U16(1).PadTo(34), "||");        // mlme_connect_req
-  add(90ms, Fapi(0x9007).PadTo(50), "15||");             // wlanlite_tx_set_params_req
-  add(95ms, Fapi(0x9107).PadTo(24), "||");               // wlanlite_rx_start_cfm
-  add(96ms, Fapi(0x9102).PadTo(24), "|13|0.006000000");  // wlanlite_tx_set_params_cfm
-  log.Load(97ms);
-  expected.push_back("||");
-  add(99ms, Fapi(0x210B).U16(1).PadTo(26), "||");  // mlme_connect_cfm
-  sharkd_->Open(log.bytes());
+  for (const ExchangeRecord& record : ListExchangeRecords()) {
+    const auto show = [](unsigned number) { return number > 0 ? std::to_string(number) : ""; };
+    char seconds[16] = "";
+    if (record.answers > 0) {
+      std::snprintf(seconds, sizeof seconds, "0.%03u000000", record.response_ms);
+    }
+    expected.push_back(show(record.answered_by) + "|" + show(record.answers) + "|" + seconds);
+  }
+  sharkd_->Open(MakeExchangeLog().bytes());
   EXPECT_EQ(FindDifference(
                 sharkd_->ShowFields({"udi.response_in", "udi.response_to", "udi.response_time"}),
                 expected),
