@@ -193,9 +193,10 @@ int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
   int plan = 0;
   if (table.paths == nullptr) {
     if (found.path < 0 && found.path_is_unusable) return SQLITE_CONSTRAINT;
-    if (found.path < 0) return SetError(*base, "udi needs a path, as in udi('session.udi')");
-    info->aConstraintUsage[found.path] = {++values, 1};
-    plan |= kUsesPath;
+    if (found.path >= 0) {
+      info->aConstraintUsage[found.path] = {++values, 1};
+      plan |= kUsesPath;
+    }
   }
   if (found.signal >= 0) {
     info->aConstraintUsage[found.signal].argvIndex = ++values;
@@ -218,6 +219,9 @@ int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
   const double logs = table.paths == nullptr ? 1 : static_cast<double>(table.paths->size());
   const bool is_selective = found.signal >= 0 || found.id >= 0;
   info->estimatedCost = logs * (is_selective ? 9e6 : 1e7);
+  // Without a path, this is the query's error, or it is one side of an OR, for which SQLite
+  // must choose another plan. Filter reports the error.
+  if (table.paths == nullptr && found.path < 0) info->estimatedCost = 1e99;
   info->estimatedRows = static_cast<sqlite3_int64>(logs * (is_selective ? 2e4 : 1e6));
   // Records of several logs are in order within each log only.
   info->orderByConsumed = is_grouped || (logs <= 1 && IsOrderedByRecord(info)) ? 1 : 0;
@@ -424,8 +428,10 @@ int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* non_null_columns, 
     scan = Scan();
     if ((plan & kUsesPath) != 0) {
       scan.paths = GetPaths(*argv++);
-    } else {
+    } else if (table.paths != nullptr) {
       scan.paths = *table.paths;
+    } else {
+      return SetError(*cursor->pVtab, "udi needs a path, as in udi('session.udi')");
     }
     if ((plan & kUsesSignal) != 0) {
       scan.layouts = SelectLayouts(*argv++, (plan & kSignalIsList) != 0);

@@ -21,8 +21,9 @@ const CompiledField* FindNumber(const CompiledSignal& layout, std::string_view n
 
 }  // namespace
 
-ExchangeTracker::ExchangeTracker()
-    : ring_(std::make_unique_for_overwrite<Waiting[]>(kKept)),
+ExchangeTracker::ExchangeTracker(std::size_t kept)
+    : kept_(kept),
+      ring_(std::make_unique_for_overwrite<Waiting[]>(kept)),
       buckets_(std::size_t{1} << kBucketBits) {}
 
 std::optional<SentRequest> ExchangeTracker::Add(const SignalView& signal, SentRequest sent) {
@@ -98,9 +99,9 @@ ExchangeTracker::Place& ExchangeTracker::FindFirst(std::uint64_t key) {
 }
 
 void ExchangeTracker::Remember(std::uint64_t key, SentRequest sent) {
-  const std::size_t index = count_ % kKept;
+  const std::size_t index = count_ % kept_;
   Waiting& waiting = ring_[index];
-  if (count_ >= kKept && waiting.key != 0) Remove(FindFirst(waiting.key));
+  if (count_ >= kept_ && waiting.key != 0) Remove(FindFirst(waiting.key));
   ++count_;
   const auto place = static_cast<Place>(index + 1);
   Place& first = FindFirst(key);

@@ -19,7 +19,7 @@
 // event, no confirm answers an earlier request.
 //
 // The memory is limited, whatever the length of the log: a request that was not answered
-// is forgotten after kKept later requests. The requests are in a ring, in the order of
+// is forgotten after a number of later requests. The requests are in a ring, in the order of
 // the log, so the request that a new one replaces is the oldest of all, and so the first
 // in the queue of its own key. Each key that has requests is in a hash table by the first
 // of its requests.
@@ -32,9 +32,9 @@ struct SentRequest {
 
 class ExchangeTracker {
  public:
-  static constexpr std::size_t kKept = std::size_t{1} << 17U;
-
-  ExchangeTracker();
+  // `kept` is the number of requests after which one is forgotten. The default takes up to
+  // 6 MiB.
+  explicit ExchangeTracker(std::size_t kept = std::size_t{1} << 17U);
 
   // Takes each signal of the log, in order. It must have a layout and not be too short.
   // Remembers a request. Returns what a confirm answers, if anything. The versions of the
@@ -72,6 +72,7 @@ class ExchangeTracker {
   void Remember(std::uint64_t key, SentRequest sent);
   void Remove(Place& first);
 
+  const std::size_t kept_;
   std::optional<HipVersionTag> version_;
   std::vector<Role> roles_;  // by layout, for `version_`
   // Not initialised: the memory of a place that was never used is not resident.

@@ -1,0 +1,389 @@
+// The built extension, loaded by the SQLite library in this process.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <memory>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "files.h"
+#include "log_builder.h"
+#include "reference_log.h"
+#include "session_log.h"
+#include "support/decode_in_process.h"
+#include "support/process.h"
+#include "support/test_logs.h"
+#include "support/tool_lines.h"
+
+namespace {
+
+// A statement and its current row.
+class Statement {
+ public:
+  Statement(sqlite3* db, const std::string& sql) : db_(db) {
+    status_ = sqlite3_prepare_v2(db, sql.c_str(), -1, &statement_, nullptr);
+  }
+  ~Statement() { sqlite3_finalize(statement_); }
+  Statement(const Statement&) = delete;
+  Statement& operator=(const Statement&) = delete;
+
+  bool Step() {
+    if (statement_ != nullptr) status_ = sqlite3_step(statement_);
+    return status_ == SQLITE_ROW;
+  }
+  std::string error() const { return status_ == SQLITE_DONE ? "" : sqlite3_errmsg(db_); }
+  int CountColumns() const { return sqlite3_column_count(statement_); }
+  std::string GetName(int i) const { return sqlite3_column_name(statement_, i); }
+  int GetType(int i) const { return sqlite3_column_type(statement_, i); }
+  std::string Get(int i) const {
+    const void* const bytes = sqlite3_column_blob(statement_, i);
+    const auto size = static_cast<unsigned>(sqlite3_column_bytes(statement_, i));
+    return {static_cast<const char*>(bytes), size};
+  }
+
+ private:
+  sqlite3* db_;
+  sqlite3_stmt* statement_ = nullptr;
+  int status_;
+};
+
+class Extension : public testing::Test {
+ protected:
+  void SetUp() override {
+    setenv("TZ", "UTC0", 1);
+    ASSERT_EQ(sqlite3_open(":memory:", &db_), SQLITE_OK);
+    sqlite3_enable_load_extension(db_, 1);
+    char* error = nullptr;
+    ASSERT_EQ(sqlite3_load_extension(db_, VRKT_EXTENSION, nullptr, &error), SQLITE_OK) << error;
+  }
+  void TearDown() override { EXPECT_EQ(sqlite3_close(db_), SQLITE_OK); }
+
+  std::string PathOf(const std::string& name) const { return directory_.path() + "/" + name; }
+
+  // Replaces @ by the directory of the test's files.
+  std::string ExpandPaths(std::string sql) const {
+    for (std::size_t at = 0; (at = sql.find('@', at)) != std::string::npos;) {
+      sql.replace(at, 1, directory_.path() + "/");
+    }
+    return sql;
+  }
+
+  // Returns the rows, with "|" between the columns, or the error.
+  Lines Query(const std::string& sql) const {
+    Statement statement(db_, ExpandPaths(sql));
+    Lines rows;
+    while (statement.Step()) {
+      std::string row;
+      for (int i = 0; i < statement.CountColumns(); ++i) {
+        row += (i > 0 ? "|" : "") + statement.Get(i);
+      }
+      rows.push_back(row);
+    }
+    if (!statement.error().empty()) rows.push_back(statement.error());
+    return rows;
+  }
+
+  TemporaryDirectory directory_;
+  sqlite3* db_ = nullptr;
+};
+
+// The texts that a line can show for a value, longest first.
+Lines ListTexts(int type, const std::string& value) {
+  if (type == SQLITE_BLOB) {
+    std::string digits = "{";
+    for (const char c : value) {
+      char pair[3];
+      std::snprintf(pair, sizeof pair, "%02x", static_cast<unsigned char>(c));
+      digits += pair;
+    }
+    return {digits + "}"};
+  }
+  if (type == SQLITE_INTEGER) {
+    char hex[2][16];
+    const auto number = static_cast<unsigned>(std::stoll(value));
+    std::snprintf(hex[0], sizeof hex[0], "0x%08x", number);
+    std::snprintf(hex[1], sizeof hex[1], "0x%04x", number);
+    return {hex[0], hex[1], value};
+  }
+  if (value[0] != '[') return {value};
+  std::string words = "[";
+  for (std::size_t at = 1; at < value.size(); at = value.find_first_of(",]", at) + 1) {
+    words += ListTexts(SQLITE_INTEGER, value.substr(at))[1] + " ";
+  }
+  return {words + "]"};
+}
+
+// Reads a line from left to right by the names and values of its row, and returns what is
+// left: nothing, if the values are those of the line. Sets `json` to the members.
+std::string ReadLine(const Statement& row, std::string_view line, std::string& json) {
+  std::set<std::string> fields;
+  const int kFirstField = 2;  // after the line and the JSON object
+  for (int i = kFirstField; i < row.CountColumns(); ++i) {
+    if (row.GetType(i) != SQLITE_NULL) fields.insert(row.GetName(i));
+  }
+  std::set<std::string> seen;
+  while (!line.empty()) {
+    const std::string_view rest = line.substr(line[0] == ' ' ? 1 : 0);
+    const std::string name(rest.substr(0, rest.find(':')));
+    if (!fields.contains(name)) break;
+    int column = kFirstField;
+    while (row.GetName(column) != name) ++column;
+    const int type = row.GetType(column);
+    const std::string value = row.Get(column);
+    std::string_view after = rest.substr(name.size() + 1);
+    for (const std::string& text : ListTexts(type, value)) {
+      if (!after.starts_with(text)) continue;
+      after.remove_prefix(text.size());
+      break;
+    }
+    if (after.size() == rest.size() - name.size() - 1) break;
+    line = after;
+    if (!seen.insert(name).second) continue;
+    const std::string quote = type == SQLITE_INTEGER || value[0] == '[' ? "" : "\"";
+    std::string shown = value;
+    if (type == SQLITE_BLOB) {
+      shown = ListTexts(type, value)[0].substr(1);
+      shown.pop_back();
+    }
+    json += ",\"" + name + "\":" + quote + shown + quote;
+  }
+  return std::string(line) + (seen == fields ? "" : " (lacks a field)");
+}
+
+// Every line is the tool's, and says the same as the columns and the JSON object.
+TEST_F(Extension, EveryValueOfEveryVersion) {
+  std::string columns;
+  for (const std::string& name :
+       Query("SELECT name FROM pragma_table_xinfo('udi') WHERE cid > 11")) {
+    columns += ", \"" + name + "\"";
+  }
+  for (const HipVersionName& version : kHipVersionNames) {
+    const std::string log = MakeReferenceLog(version.tag).bytes();
+    WriteFile(PathOf("log"), log);
+    const Lines lines = ToolLines(log, true);
+    Statement rows(
+        db_, ExpandPaths("SELECT stamp || ' ' || line, json" + columns + " FROM udi('@log')"));
+    Statement names(db_, ExpandPaths("SELECT signal, line, stamp, time_ms FROM udi('@log')"));
+    for (const std::string& line : lines) {
+      ASSERT_TRUE(rows.Step() && names.Step()) << line;
+      ASSERT_EQ(rows.Get(0), line);
+      const std::string signal = names.Get(0);
+      std::string json = "{\"stamp\":\"" + names.Get(2) + "\",\"time_ms\":" + names.Get(3) +
+                         ",\"signal\":\"" + signal + "\"";
+      if (names.Get(1).empty()) {
+        json += ",\"line\":\"\"";
+      } else {
+        ASSERT_TRUE(names.Get(1).starts_with(signal));
+        ASSERT_EQ(ReadLine(rows, names.Get(1).substr(signal.size()), json), "") << line;
+      }
+      ASSERT_EQ(rows.Get(1), json + "}");
+    }
+    ASSERT_FALSE(rows.Step());
+  }
+}
+
+TEST_F(Extension, RequestsAndConfirms) {
+  WriteFile(PathOf("log"), MakeExchangeLog().bytes());
+  Lines expected;
+  for (const ExchangeRecord& record : ListExchangeRecords()) {
+    const bool is_answer = record.answers > 0;
+    expected.push_back(is_answer ? std::to_string(record.answers) + "|" +
+                                       std::to_string(record.response_ms)
+                                 : "|");
+  }
+  EXPECT_EQ(Query("SELECT request, response_ms FROM udi('@log')"), expected);
+  EXPECT_EQ(Query("SELECT record FROM udi('@log') WHERE response_ms < 50"), (Lines{"7", "15"}));
+}
+
+// A damaged log has the tool's lines, and an ending that the tool reports. A damaged header
+// is an error.
+TEST_F(Extension, DamagedLogs) {
+  std::set<std::string> endings;
+  for (const std::string& log : MakeDamagedLogs(1500)) {
+    WriteFile(PathOf("log"), log);
+    const Lines rows = Query("SELECT stamp || ' ' || line FROM udi('@log')");
+    const Lines summary = Query("SELECT bytes <= " + std::to_string(log.size()) +
+                                ", path = '@log', records, ending FROM udi_log('@log')");
+    const std::string report = DecodeInProcess(log).err;
+    ASSERT_EQ(summary.size(), 1U);
+    const std::string counts = "1|1|" + std::to_string(rows.size()) + "|";
+    const bool is_read = summary[0].starts_with(counts);
+    const std::string text = summary[0].substr(is_read ? counts.size() : 0);
+    endings.insert(text);
+    if (report.find("Version") == std::string::npos && !report.empty()) {
+      ASSERT_EQ(rows, summary);
+      ASSERT_TRUE(text.starts_with(PathOf("log: ")));
+      ASSERT_NE(report.find(text.substr(PathOf("log: ").size()) + "\n"), std::string::npos) << text;
+      continue;
+    }
+    ASSERT_EQ(rows, ToolLines(log, true));
+    ASSERT_TRUE(is_read) << text;
+    if (text == "complete" || text == "cut") continue;
+    ASSERT_NE(report.find(": " + text + "\n"), std::string::npos) << report << text;
+  }
+  EXPECT_GT(endings.size(), 20U);
+}
+
+TEST_F(Extension, Queries) {
+  const std::string session = SessionLog().bytes();
+  WriteFile(PathOf("s"), session);
+  WriteFile(PathOf("it's \"a\", (b]"), session.substr(0, session.size() - 1));
+  WriteFile(PathOf("times"), Log()
+                                 .Header("14.5.12")
+                                 .TimeRef(1000)
+                                 .Load(1500ms)
+                                 .Load(-1ms)
+                                 .TimeRef(0x7FFFFFFF, 0xFFFFFFFF, 999ms)
+                                 .Load(1000ms)
+                                 .bytes());
+  WriteFile(PathOf("empty"), "");
+  WriteFile(PathOf("text"), "no log at all");
+  const struct {
+    const char* sql;
+    Lines rows;
+  } kCases[] = {
+      {"SELECT * FROM udi('@s') LIMIT 1 OFFSET 38",
+       {"39|2026/06/01-07:00:42.011|1780297242011|mlme_connect_cfm|mlme_connect_cfm vif:1 "
+        "result_code:host_request_failed spare_1:0 spare_2:0 spare_3:0"}},
+      {"SELECT record, uptime, hip_version, id IS NULL, signal IS NULL FROM udi('@s') WHERE uptime",
+       {"1|4711|14.3.10|1|1", "45|3|14.5.12|1|1"}},
+      {"SELECT signal, id, line, json FROM udi('@s') WHERE record BETWEEN 40 AND 42 AND vif IS "
+       "NULL",
+       {"ma_unitdata_cfm|4352||{\"stamp\":\"2026/06/"
+        "01-07:00:42.200\",\"time_ms\":1780297242200,"
+        "\"signal\":\"ma_unitdata_cfm\",\"line\":\"\"}",
+        "|4215|Unknown Hip Signal : 0x1077|{\"stamp\":\"2026/06/01-07:00:42.250\",\"time_ms\":"
+        "1780297242250,\"signal\":null,\"line\":\"Unknown Hip Signal : 0x1077\"}",
+        "|66|Unknown Driver Signal : 0x0042|{\"stamp\":\"2026/06/01-07:00:42.260\",\"time_ms\":"
+        "1780297242260,\"signal\":null,\"line\":\"Unknown Driver Signal : 0x0042\"}"}},
+      {"SELECT record, time_ms, uptime, json FROM udi('@times')",
+       {"1|1001500||{\"stamp\":\"1970/01/01-00:16:41.500\",\"time_ms\":1001500,\"signal\":null,"
+        "\"line\":\"Driver: Loaded\"}",
+        "2|999999||{\"stamp\":\"1970/01/01-00:16:40.999\",\"time_ms\":999999,\"signal\":null,"
+        "\"line\":\"Driver: Loaded\"}",
+        "3|2147483647999|-1|{\"stamp\":\"2038/01/19-03:14:07.999\",\"time_ms\":2147483647999,"
+        "\"signal\":null,\"uptime\":-1,\"line\":\"Driver: Uptime: -1 seconds\"}",
+        "4|-2147483648000||{\"stamp\":\"1901/12/13-20:45:52.000\",\"time_ms\":-2147483648000,"
+        "\"signal\":null,\"line\":\"Driver: Loaded\"}"}},
+      {"SELECT sequence_number ->> 0, json_array_length(sequence_number), hex(key), timestamp FROM "
+       "udi('@s') WHERE record IN (12, 20) ORDER BY record DESC",
+       {"1|8|000102030405060708090A0B0C0D0E0F|", "|||0x40e2010000000000"}},
+      {"SELECT record, json_group_array(json) ->> '$[0].signal' FROM udi('@s') WHERE record = 3",
+       {"3|mlme_add_vif_req"}},
+      {"SELECT signal, count(*) FROM udi('@s') GROUP BY signal ORDER BY signal DESC LIMIT 2",
+       {"wlanlite_tx_start_req|1", "wlanlite_tx_start_cfm|1"}},
+      {"SELECT count(*), sum(n) FROM (SELECT signal, count(*) AS n FROM udi('@s') GROUP BY 1)",
+       {"31|50"}},
+      {"SELECT path = '@s', * FROM udi_log('@s')",
+       {"1|" + PathOf("s") + "|50|2600|14.3.10,14.5.12|1780297200000|1780297266500|complete"}},
+      {"SELECT records, bytes, hip_versions, first_ms, ending FROM udi_log('@empty')",
+       {"0|0|||complete"}},
+      {"SELECT count(*) FROM udi('@empty')", {"0"}},
+      {"SELECT count(*) FROM udi(NULL), udi_log(NULL)", {"0"}},
+      {"SELECT * FROM udi('@text')",
+       {PathOf("text") + ": Bad Magic number detected in log file header. magic:0x6C206F6E"}},
+      {"SELECT * FROM udi_log('@none')", {"fopen(" + PathOf("none") + ") Failed errno:2"}},
+      {"SELECT * FROM udi", {"udi needs a path, as in udi('session.udi')"}},
+      {"SELECT * FROM udi_log", {"udi_log needs a path, as in udi_log('session.udi')"}},
+      {"CREATE VIRTUAL TABLE temp.bad USING udi('a' 'b')",
+       {"not a path, as in 'session.udi': 'a' 'b'"}},
+      {"CREATE VIRTUAL TABLE temp.log USING udi('@s', @empty, \"@it's \"\"a\"\", (b]\")", {}},
+      {"SELECT path, min(record), max(record), count(request) FROM log GROUP BY path ORDER BY 1",
+       {PathOf("it's \"a\", (b]") + "|1|49|12", PathOf("s") + "|1|50|12"}},
+      {"SELECT path = '@s', record FROM log WHERE record < 3 AND signal IS NULL ORDER BY record",
+       {"1|1", "0|1", "1|2", "0|2"}},
+      {"SELECT signal, count(*) FROM log WHERE signal LIKE '%connect_cfm' GROUP BY signal",
+       {"mlme_connect_cfm|4"}},
+      {"CREATE VIRTUAL TABLE temp.logs USING udi_log('@s', '@it''s \"a\", (b]')", {}},
+      {"SELECT records, ending FROM logs", {"50|complete", "49|cut"}},
+      {"CREATE TABLE names(name); ", {}},
+      {"INSERT INTO names VALUES('mlme_connect_cfm'), (NULL), (5)", {}},
+      {"SELECT name, record FROM names JOIN udi('@s') ON signal = name",
+       {"mlme_connect_cfm|11", "mlme_connect_cfm|39"}},
+      {"SELECT n.name, count(record) FROM names n LEFT JOIN udi('@s') ON signal = name GROUP BY 1",
+       {"|0", "5|0", "mlme_connect_cfm|2"}},
+      // Only statements of the user read files.
+      {"CREATE VIEW view AS SELECT * FROM udi('@s')", {}},
+      {"SELECT * FROM view", {"unsafe use of virtual table \"udi\""}},
+      {"CREATE TEMP VIEW mine AS SELECT * FROM udi('@s') WHERE vif = '1'", {}},
+      {"SELECT count(*) FROM mine", {"34"}},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(Query(c.sql), c.rows) << c.sql;
+}
+
+// What the table does with a condition changes no result.
+TEST_F(Extension, ConditionsMeanWhatSqliteSays) {
+  std::string log;
+  for (const HipVersionName& version : kHipVersionNames) {
+    log += MakeReferenceLog(version.tag).Unload(0ms).Load(0ms).bytes();
+  }
+  WriteFile(PathOf("log"), log);
+  for (const std::string condition : {
+           "signal = 'mlme_connect_cfm'",
+           "signal IN ('mlme_connect_cfm', NULL, 'none', 5)",
+           "signal = 'MLME_CONNECT_CFM' COLLATE NOCASE",
+           "signal = 5",
+           "signal = NULL",
+           "signal IS NULL",
+           "signal NOT IN ('mlme_connect_cfm')",
+           "id = 4096",
+           "id IN (4096, 8200.0)",
+           "id = '4096'",
+           "id = 4096.5",
+           "id > 40000",
+           "id IS NULL",
+           "id = 70000",
+           "signal = 'ma_unitdata_req' AND id = 4096",
+           "signal = 'ma_unitdata_req' AND id = 4097",
+           "signal = 'ma_unitdata_req' OR id = 4352",
+           "signal > 'n'",
+           "result_code <> 'success'",
+           "result_code = 'success' OR vif > 5",
+           "vif IS NOT 3",
+           "vif IS NULL",
+           "vif NOT NULL",
+           "vif = '257'",
+           "NOT vif = 1",
+           "rssi < 0 AND vif > 0",
+           "response_ms IS NULL",
+           "response_ms >= 0",
+           "request > 100",
+           "(vif, rssi) > (1, 2)",
+           "coalesce(vif, 1) = 1",
+           "hip_version = '14.0.4' AND data = x'0304'",
+           "key LIKE '%1%'",
+           "record % 1000 = 1",
+       }) {
+    const Lines expected = Query("SELECT sum((" + condition + ") IS TRUE) FROM udi('@log')");
+    EXPECT_EQ(Query("SELECT count(*) FROM udi('@log') WHERE " + condition), expected) << condition;
+  }
+}
+
+// A row comes as soon as its record is complete, and LIMIT reads no further.
+TEST_F(Extension, LiveLog) {
+  const Log log = Log().Header("14.5.12").Load(1ms).Signal(2ms, Fapi(0x1000).PadTo(34)).Unload(3ms);
+  ASSERT_EQ(mkfifo(PathOf("fifo").c_str(), 0600), 0);
+  const int pipe = open(PathOf("fifo").c_str(), O_RDWR | O_CLOEXEC);  // never ends
+  auto write_up_to = [&, done = std::size_t{0}](std::size_t end) mutable {
+    ASSERT_EQ(write(pipe, log.bytes().data() + done, end - done), static_cast<ssize_t>(end - done));
+    done = end;
+  };
+  write_up_to(log.ends()[1]);
+  Statement rows(db_, ExpandPaths("SELECT record, request FROM udi('@fifo') LIMIT 3"));
+  for (std::size_t record = 1; record <= 3; ++record) {
+    if (record > 1) write_up_to(log.ends()[record]);
+    ASSERT_TRUE(rows.Step());
+    EXPECT_EQ(rows.Get(0), std::to_string(record));
+  }
+  EXPECT_FALSE(rows.Step());
+  close(pipe);
+}
+
+}  // namespace
