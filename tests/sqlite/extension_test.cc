@@ -82,7 +82,8 @@ class Extension : public testing::Test {
     while (statement.Step()) {
       std::string row;
       for (int i = 0; i < statement.CountColumns(); ++i) {
-        row += (i > 0 ? "|" : "") + statement.Get(i);
+        if (i > 0) row += '|';
+        row += statement.Get(i);
       }
       rows.push_back(row);
     }
