@@ -12,6 +12,9 @@
 // The runs alternate, and all text goes to /dev/null. Shown are the median of the CPU
 // time, the medians of the ratios of neighbouring runs, and the peak of memory.
 //
+// A second table has queries on the workload mixed, in SQLite's shell, relative to the tool.
+// It is left out without SQLite.
+//
 // usage: compare DIRECTORY [RUNS], where DIRECTORY is the build directory
 
 #include <fcntl.h>
@@ -59,6 +62,10 @@ double Run(std::vector<std::string> command, const char* output = "/dev/null") {
   return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
+bool HasProgram(const std::string& name) {
+  return std::system(("command -v " + name + " >/dev/null").c_str()) == 0;
+}
+
 double Median(std::vector<double> values) {
   std::ranges::sort(values);
   return values[values.size() / 2];
@@ -93,6 +100,7 @@ struct Bench {
 
   std::string tool() const { return programs / "vrkt_wlan_udi_log_decode"; }
   std::string floor() const { return programs / "bench/floor"; }
+  std::string extension() const { return programs / "sqlite/mod_udi.so"; }
 };
 
 struct Figures {
@@ -126,6 +134,13 @@ void CheckFloor(const Bench& bench, const Row& row) {
   }
 }
 
+// Returns the peak of a command's memory in KiB.
+int MeasurePeak(const Bench& bench, std::vector<std::string> command) {
+  command.insert(command.begin(), bench.programs / "bench/peak_memory");
+  Run(command, "peak");
+  return std::stoi(ReadAll("peak"));
+}
+
 Figures Measure(const Bench& bench) {
   std::vector<double> tool_times;
   std::vector<double> line_ratios;
@@ -139,10 +154,12 @@ Figures Measure(const Bench& bench) {
     if (run % 4 != 0 || !bench.has_tcpdump) continue;
     tcpdump_ratios.push_back(Run({"tcpdump", "-r", "udi_fapi.pcap", "-x"}) / time);
   }
-  Run({bench.programs / "bench/peak_memory", bench.tool(), "log"}, "peak");
-  return {Median(tool_times),         Median(line_ratios),
-          Median(piece_ratios),       bench.has_tcpdump ? Median(tcpdump_ratios) : 0,
-          std::stoi(ReadAll("peak")), std::filesystem::file_size("text")};
+  return {Median(tool_times),
+          Median(line_ratios),
+          Median(piece_ratios),
+          bench.has_tcpdump ? Median(tcpdump_ratios) : 0,
+          MeasurePeak(bench, {bench.tool(), "log"}),
+          std::filesystem::file_size("text")};
 }
 
 void PrintHead() {
@@ -165,6 +182,34 @@ void PrintRow(const Row& row, const Figures& figures) {
   std::fflush(stdout);
 }
 
+struct Query {
+  const char* name;
+  const char* sql;
+};
+constexpr Query kQueries[] = {
+    {"filter", "SELECT count(*) FROM udi('log') WHERE result_code <> 'success'"},
+    {"group", "SELECT signal, count(*) FROM udi('log') GROUP BY signal"},
+    {"lines", "SELECT line FROM udi('log')"},
+    {"json", "SELECT json FROM udi('log')"},
+    {"answers", "SELECT max(response_ms) FROM udi('log')"},
+};
+
+void MeasureQueries(const Bench& bench) {
+  std::ofstream("log", std::ios::binary) << MakeWorkload("mixed", 300000);
+  std::printf("\n%-11s %8s %9s\n", "query", "sql/tool", "peak");
+  for (const Query& query : kQueries) {
+    const std::vector<std::string> command = {"sqlite3", ":memory:", ".load " + bench.extension(),
+                                              query.sql};
+    std::vector<double> ratios;
+    for (int run = 0; run < bench.runs; ++run) {
+      const double time = Run({bench.tool(), "log"});
+      ratios.push_back(Run(command) / time);
+    }
+    std::printf("%-11s %8.2f %6dKiB\n", query.name, Median(ratios), MeasurePeak(bench, command));
+    std::fflush(stdout);
+  }
+}
+
 // Makes a directory of its own the working directory.
 std::string EnterScratchDirectory() {
   std::string scratch = std::filesystem::temp_directory_path() / "udi_log_bench_XXXXXX";
@@ -178,7 +223,7 @@ std::string EnterScratchDirectory() {
 int main(int argc, char** argv) {
   if (argc < 2) return 1;
   const Bench bench = {std::filesystem::absolute(argv[1]), argc > 2 ? std::stoi(argv[2]) : 11,
-                       std::system("command -v tcpdump >/dev/null") == 0};
+                       HasProgram("tcpdump")};
   const std::string scratch = EnterScratchDirectory();
   PrintHead();
   setenv("TZ", "UTC0", 1);
@@ -187,6 +232,10 @@ int main(int argc, char** argv) {
     PrepareFiles(bench, row);
     CheckFloor(bench, row);
     PrintRow(row, Measure(bench));
+  }
+  if (std::filesystem::exists(bench.extension()) && HasProgram("sqlite3")) {
+    setenv("TZ", "UTC0", 1);
+    MeasureQueries(bench);
   }
   std::filesystem::current_path("/");
   std::filesystem::remove_all(scratch);

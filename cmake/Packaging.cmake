@@ -29,14 +29,14 @@ endfunction()
 install_compressed(docs/vrkt_wlan_udi_log_decode.1 vrkt_wlan_udi_log_decode.1
   ${CMAKE_INSTALL_MANDIR}/man1)
 
-# Where Wireshark looks for plugins of all users. Debian's looks in the directory of
-# the architecture.
-set(plugins "${CMAKE_INSTALL_LIBDIR}/wireshark/plugins")
+# Where Wireshark looks for plugins of all users, and the dynamic linker for what SQLite
+# loads by its name alone. Debian's look in the directory of the architecture.
+set(libraries "${CMAKE_INSTALL_LIBDIR}")
 if(CPACK_GENERATOR STREQUAL "DEB" AND CMAKE_LIBRARY_ARCHITECTURE)
-  set(plugins "lib/${CMAKE_LIBRARY_ARCHITECTURE}/wireshark/plugins")
+  set(libraries "lib/${CMAKE_LIBRARY_ARCHITECTURE}")
 endif()
 if(NOT CMAKE_CROSSCOMPILING)
-  install(FILES "${CMAKE_BINARY_DIR}/wireshark/udi.lua" DESTINATION "${plugins}")
+  install(FILES "${CMAKE_BINARY_DIR}/wireshark/udi.lua" DESTINATION "${libraries}/wireshark/plugins")
 endif()
 
 set(CPACK_PACKAGE_NAME ${package})
@@ -54,6 +54,7 @@ if(CPACK_GENERATOR STREQUAL "DEB")
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   set(CPACK_DEBIAN_PACKAGE_SECTION net)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_RECOMMENDS sqlite3)
   set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
     "Reads a WLAN driver's debug log of the signals between host and Wi-Fi
 firmware, from a file or live from a pipe, and prints one line of text per

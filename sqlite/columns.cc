@@ -20,7 +20,8 @@ const Columns& Columns::Get() {
   return columns;
 }
 
-// The fields have no type, so SQLite compares and stores their values as they are.
+// The fields have no type, because the forms of a name can differ. SQLite gives such columns
+// the affinity NUMERIC: vif = '1' is true for the number 1.
 //
 // The vocabulary has each name once, so the places of their texts identify the names.
 Columns::Columns() {

@@ -33,8 +33,8 @@ struct SentRequest {
 class ExchangeTracker {
  public:
   // `kept` is the number of requests after which one is forgotten. The default takes up to
-  // 6 MiB.
-  explicit ExchangeTracker(std::size_t kept = std::size_t{1} << 17U);
+  // 8 MiB.
+  explicit ExchangeTracker(std::size_t kept = 200000);
 
   // Takes each signal of the log, in order. It must have a layout and not be too short.
   // Remembers a request. Returns what a confirm answers, if anything. The versions of the

@@ -7,7 +7,7 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <memory>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -124,18 +124,16 @@ Lines ListTexts(int type, const std::string& value) {
 // Reads a line from left to right by the names and values of its row, and returns what is
 // left: nothing, if the values are those of the line. Sets `json` to the members.
 std::string ReadLine(const Statement& row, std::string_view line, std::string& json) {
-  std::set<std::string> fields;
-  const int kFirstField = 2;  // after the line and the JSON object
-  for (int i = kFirstField; i < row.CountColumns(); ++i) {
-    if (row.GetType(i) != SQLITE_NULL) fields.insert(row.GetName(i));
+  std::map<std::string, int, std::less<>> fields;
+  for (int i = 2; i < row.CountColumns(); ++i) {  // after the line and the JSON object
+    if (row.GetType(i) != SQLITE_NULL) fields[row.GetName(i)] = i;
   }
   std::set<std::string> seen;
   while (!line.empty()) {
     const std::string_view rest = line.substr(line[0] == ' ' ? 1 : 0);
     const std::string name(rest.substr(0, rest.find(':')));
     if (!fields.contains(name)) break;
-    int column = kFirstField;
-    while (row.GetName(column) != name) ++column;
+    const int column = fields[name];
     const int type = row.GetType(column);
     const std::string value = row.Get(column);
     std::string_view after = rest.substr(name.size() + 1);
@@ -155,7 +153,7 @@ std::string ReadLine(const Statement& row, std::string_view line, std::string& j
     }
     json += ",\"" + name + "\":" + quote + shown + quote;
   }
-  return std::string(line) + (seen == fields ? "" : " (lacks a field)");
+  return std::string(line) + (seen.size() == fields.size() ? "" : " (lacks a field)");
 }
 
 // Every line is the tool's, and says the same as the columns and the JSON object.
