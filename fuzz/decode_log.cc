@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
+#include "decode_in_process.h"
 #include "expect.h"
 #include "intake/log_reader.h"
-#include "support/decode_in_process.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ std::size_t CountItems(std::string log, std::uint64_t& position) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const std::string log(data + 1, data + size);
-  const ToolResult result = DecodeInProcess(log, data[0] % 2 == 1);
+  const DecodedLog result = DecodeInProcess(log, data[0] % 2 == 1);
   Expect(result.status == 0 || result.status == 255, "a status that the tool does not have",
          result.err);
   Expect(result.out.starts_with("Decode Tool version:"), "no banner", result.out);

@@ -9,7 +9,7 @@
 #include "expect.h"
 #include "hip/hip_versions.h"
 #include "hip/signal_routing.h"
-#include "support/padded_payload.h"
+#include "padded_payload.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 5) return 0;

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "log_builder.h"
-#include "support/padded_payload.h"
+#include "padded_payload.h"
 
 namespace {
 

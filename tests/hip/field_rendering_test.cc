@@ -9,7 +9,7 @@
 
 #include "fapi/vocabulary.h"
 #include "log_builder.h"
-#include "support/padded_payload.h"
+#include "padded_payload.h"
 
 namespace {
 
@@ -54,26 +54,20 @@ TEST(FieldRendering, EveryFormHasItsValueAndText) {
     const char* text;
   } kCases[] = {
       {FieldRenderer::kU8, "ff", Kind::kNumber, 255, "255"},
-      {FieldRenderer::kU8, "00", Kind::kNumber, 0, "0"},
       {FieldRenderer::kU16, "3412", Kind::kNumber, 4660, "4660"},
-      {FieldRenderer::kU16, "ffff", Kind::kNumber, 65535, "65535"},
       {FieldRenderer::kU32, "ffffffff", Kind::kNumber, 4294967295, "4294967295"},
       {FieldRenderer::kU32, "00000080", Kind::kNumber, 2147483648, "2147483648"},
       {FieldRenderer::kI16, "ffff", Kind::kNumber, -1, "-1"},
       {FieldRenderer::kI16, "0080", Kind::kNumber, -32768, "-32768"},
-      {FieldRenderer::kI16, "ff7f", Kind::kNumber, 32767, "32767"},
       {FieldRenderer::kI32, "ffffffff", Kind::kNumber, -1, "-1"},
       {FieldRenderer::kI32, "00000080", Kind::kNumber, -2147483648, "-2147483648"},
       {FieldRenderer::kX16, "0000", Kind::kNumber, 0, "0x0000"},
-      {FieldRenderer::kX16, "cdab", Kind::kNumber, 0xABCD, "0xabcd"},
       {FieldRenderer::kX16NoSpace, "1000", Kind::kNumber, 16, "0x0010"},
       {FieldRenderer::kX32, "2a000000", Kind::kNumber, 42, "0x0000002a"},
-      {FieldRenderer::kX32, "efcdab89", Kind::kNumber, 0x89ABCDEF, "0x89abcdef"},
       {FieldRenderer::kMac, "000a0b0c0dfe", Kind::kDigits, 0, "00:0a:0b:0c:0d:fe"},
       {FieldRenderer::kHex8, "0102030405060708", Kind::kDigits, 0, "0x0102030405060708"},
       {FieldRenderer::kEnum16, "0100", Kind::kLabel, 1, "receive"},
       {FieldRenderer::kEnum16, "0001", Kind::kNumber, 256, "256"},
-      {FieldRenderer::kEnum16, "ffff", Kind::kNumber, 65535, "65535"},
   };
   for (const auto& c : kCases) {
     const std::string what = std::string(GetForm(c.form).name) + " of " + c.bytes;

@@ -6,12 +6,12 @@
 #include <string_view>
 #include <vector>
 
+#include "capture_stream.h"
 #include "fapi/vocabulary.h"
 #include "hip/field_rendering.h"
 #include "hip/hip_versions.h"
 #include "log_builder.h"
-#include "support/capture_stream.h"
-#include "support/padded_payload.h"
+#include "padded_payload.h"
 
 namespace {
 

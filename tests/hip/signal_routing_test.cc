@@ -6,7 +6,7 @@
 
 #include "hip/hip_versions.h"
 #include "log_builder.h"
-#include "support/padded_payload.h"
+#include "padded_payload.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/capture_stream.h"
+#include "capture_stream.h"
 
 namespace {
 

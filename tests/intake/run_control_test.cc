@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "support/capture_stream.h"
+#include "capture_stream.h"
 #include "support/process.h"
 
 namespace {

@@ -30,7 +30,6 @@ std::string Usage(const std::string& name) {
   return text;
 }
 
-// The banner's version is the last HIP version and a 1; the package has the same.
 TEST(CommandLine, BannerHasTheVersionOfThePackage) {
   EXPECT_EQ(kBanner, "Decode Tool version:" VRKT_VERSION "\n");
 }

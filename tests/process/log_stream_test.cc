@@ -114,21 +114,6 @@ TEST(LogStream, Records) {
        "decode: Decode Error: Unknown Signal 0xFFFF::0xFFFF\n"
        "decode: Decode Error: Unknown Signal 0x0000::0x0012\n"
        "decode: Decode Error: Unknown Signal 0x0056::0xA013\n"},
-      {"the ids around the limits of the routing",
-       Log()
-           .Signal(0ms, Fapi(0x0064).PadTo(4))
-           .Signal(1ms, Fapi(0x0065))
-           .Signal(2ms, Fapi(0x9FFF))
-           .Signal(3ms, Fapi(0xA000))
-           .Signal(4ms, Fapi(0xFFFF)),
-       "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0064\n"
-       "1970/01/01-00:00:00.001 Unknown Hip Signal : 0x0065\n"
-       "1970/01/01-00:00:00.002 Unknown Hip Signal : 0x9fff\n"
-       "1970/01/01-00:00:00.003 Unknown Driver Signal : 0xa000\n"
-       "1970/01/01-00:00:00.004 Unknown Driver Signal : 0xffff\n",
-       "decode: Decode Error: Unknown Signal 0xCCDD::0x0064\n"
-       "decode: Decode Error: Unknown Signal 0xCCDD::0xA000\n"
-       "decode: Decode Error: Unknown Signal 0xCCDD::0xFFFF\n"},
       {"a signal longer than its record", Log().Record(1ms, Fapi(0x1000).signal(), 11).Load(2ms),
        "1970/01/01-00:00:00.001 decode: Invalid length in data reference\n"
        "1970/01/01-00:00:00.002 Driver: Loaded\n",

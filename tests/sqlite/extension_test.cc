@@ -13,11 +13,11 @@
 #include <string_view>
 #include <vector>
 
+#include "decode_in_process.h"
 #include "files.h"
 #include "log_builder.h"
 #include "reference_log.h"
 #include "session_log.h"
-#include "support/decode_in_process.h"
 #include "support/process.h"
 #include "support/test_logs.h"
 #include "support/tool_lines.h"

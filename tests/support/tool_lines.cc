@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "support/decode_in_process.h"
+#include "decode_in_process.h"
 #include "support/process.h"
 
 namespace {
@@ -22,7 +22,7 @@ bool StartsWithStamp(std::string_view text) {
 
 Lines ToolLines(const std::string& log, bool with_stamps) {
   constexpr std::size_t kStampSize = 24;
-  const ToolResult result = DecodeInProcess(log);
+  const DecodedLog result = DecodeInProcess(log);
   Lines lines;
   for (std::string_view line : SplitLines(result.out.substr(kBanner.size()))) {
     while (StartsWithStamp(line)) {

@@ -1,16 +1,16 @@
-#include "support/decode_in_process.h"
+#include "decode_in_process.h"
 
+#include "capture_stream.h"
 #include "intake/run_control.h"
-#include "support/capture_stream.h"
 
 std::FILE* OpenBytes(std::string& bytes) {
   // fmemopen rejects an empty buffer.
   return bytes.empty() ? std::fopen("/dev/null", "r") : fmemopen(bytes.data(), bytes.size(), "r");
 }
 
-ToolResult DecodeInProcess(std::string log, bool writes_pcap) {
+DecodedLog DecodeInProcess(std::string log, bool writes_pcap) {
   const char* const kArguments[] = {"vrkt_wlan_udi_log_decode", "stdin", "--pcap", nullptr};
-  ToolResult result;
+  DecodedLog result;
   std::FILE* const kept_input = stdin;
   stdin = OpenBytes(log);
   result.err = CaptureStandardError([&] {
