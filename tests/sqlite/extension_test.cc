@@ -107,11 +107,12 @@ Lines ListTexts(int type, const std::string& value) {
     return {digits + "}"};
   }
   if (type == SQLITE_INTEGER) {
-    char hex[2][16];
+    char hex[3][16];
     const auto number = static_cast<unsigned>(std::stoll(value));
     std::snprintf(hex[0], sizeof hex[0], "0x%08x", number);
     std::snprintf(hex[1], sizeof hex[1], "0x%04x", number);
-    return {hex[0], hex[1], value};
+    std::snprintf(hex[2], sizeof hex[2], "0x%02x", number);
+    return {hex[0], hex[1], hex[2], value};
   }
   if (value[0] != '[') return {value};
   std::string words = "[";
