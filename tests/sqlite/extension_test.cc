@@ -206,7 +206,7 @@ TEST_F(Extension, RequestsAndConfirms) {
 // is an error.
 TEST_F(Extension, DamagedLogs) {
   std::set<std::string> endings;
-  for (const std::string& log : MakeDamagedLogs(1500)) {
+  for (const std::string& log : MakeDamagedLogs(400)) {
     WriteFile(PathOf("log"), log);
     const Lines rows = Query("SELECT stamp || ' ' || line FROM udi('@log')");
     const Lines summary = Query("SELECT bytes <= " + std::to_string(log.size()) +
