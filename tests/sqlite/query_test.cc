@@ -1,0 +1,210 @@
+// Runs the query script as a user does, in a directory with logs of all kinds.
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "files.h"
+#include "log_builder.h"
+#include "session_log.h"
+#include "support/process.h"
+
+namespace {
+
+Fapi ConnectReq(unsigned vif) {
+  return Fapi(0x200B).U16(vif).Mac("0a:0b:0c:0d:0e:0f").U16(0, 0x130A, 0).Spares();
+}
+// The layout of mlme_connect_cfm (0x210B), mlme_connect_ind (0x2303) and others.
+Fapi Result(std::uint16_t id, unsigned vif, unsigned result) {
+  return Fapi(id).U16(vif, result).Spares();
+}
+Fapi Disconnect(std::uint16_t id, unsigned vif, unsigned reason) {
+  return Fapi(id).U16(vif).Mac("0a:0b:0c:0d:0e:1f").U16(reason).Spares();
+}
+
+// Two interfaces in one log of the oldest or the newest version.
+Log Connections(const char* version) {
+  return Log()
+      .Header(version)
+      .TimeRef(1000)
+      .Signal(0ms, ConnectReq(1))
+      .Signal(1ms, ConnectReq(2))
+      .Signal(2ms, Result(0x210B, 1, 0))
+      .Signal(3ms, Result(0x210B, 2, 0x800C))
+      .Signal(50ms, Result(0x2303, 1, 0))
+      .Signal(60ms, ConnectReq(2))                // the one before failed
+      .Signal(70ms, Disconnect(0x200E, 1, 3))     // by the host
+      .Signal(71ms, Disconnect(0x210E, 1, 0))     //
+      .Signal(80ms, ConnectReq(1))                // without indication
+      .Signal(81ms, Result(0x210B, 1, 0))         //
+      .Signal(90ms, ConnectReq(1))                // rejected by an indication
+      .Signal(91ms, Result(0x210B, 1, 0))         //
+      .Signal(92ms, Result(0x2303, 1, 1))         //
+      .Signal(93ms, Disconnect(0x2309, 1, 0x27))  // not the end of a connection
+      .Signal(100ms, ConnectReq(1))               // up to the reload
+      .Signal(101ms, Result(0x210B, 1, 0))        //
+      .Signal(140ms, Result(0x2303, 1, 0))        //
+      .Signal(150ms, Result(0x2307, 1, 1))        // mlme_roamed_ind
+      .Signal(151ms, Result(0x2306, 1, 0))        // mlme_roam_ind
+      .Signal(152ms, Result(0x2306, 1, 1))        // one that failed
+      .Unload(200ms)
+      .Load(300ms)
+      .Header(version)
+      .TimeRef(1000)
+      .Signal(301ms, Disconnect(0x2309, 1, 0x27))  // of no connection
+      .Signal(310ms, ConnectReq(1))
+      .Signal(311ms, Result(0x210B, 1, 0))
+      .Signal(330ms, Result(0x2303, 1, 0));  // up to the end of the log
+}
+
+class Query : public testing::Test {
+ protected:
+  void SetUp() override {
+#ifdef VRKT_SANITIZED
+    GTEST_SKIP() << "sqlite3 has no sanitizer, so it cannot load the extension";
+#endif
+    if (!IsInstalled("sqlite3")) {
+      EXPECT_EQ(std::getenv("CI"), nullptr) << "sqlite3 is not installed";
+      GTEST_SKIP() << "sqlite3 is not installed";
+    }
+    const std::string log = SessionLog().bytes();
+    const std::string start = log.substr(0, 500);
+    WriteFile(directory() + "/good.udi", log);
+    WriteFile(directory() + "/cut.udi", log.substr(0, 1000));
+    WriteFile(directory() + "/damaged.udi", start + std::string(100, 'x'));
+    WriteFile(directory() + "/text.udi", "This is a text and no log.\n");
+    WriteFile(directory() + "/empty.udi", "");
+    WriteFile(directory() + "/-\"it's\"\n(1) \\$HOME.udi", log.substr(0, 1000));
+    WriteFile(directory() + "/old.udi", Connections("13.1.0").bytes());
+    WriteFile(directory() + "/new.udi", Connections("14.5.12").bytes());
+  }
+
+  const std::string& directory() const { return directory_.path(); }
+
+  // Runs a command in which `query` is the script. Returns its status, output and errors.
+  std::string Run(const std::string& command, const std::string& script = VRKT_QUERY) const {
+    WriteFile(directory() + "/command",
+              "exec >output 2>errors\nexport TZ=UTC0 script=" + QuoteForShell(script) +
+                  "\nquery() { \"$script\" \"$@\"; }\n" + command);
+    const int status =
+        std::system(("cd " + QuoteForShell(directory()) + " && exec bash command").c_str());
+    return std::to_string(WEXITSTATUS(status)) + '\n' + ReadFile(directory() + "/output") +
+           ReadFile(directory() + "/errors");
+  }
+
+ private:
+  TemporaryDirectory directory_;
+};
+
+TEST_F(Query, CommandLines) {
+  const std::string kSay = "vrkt_wlan_udi_log_query: ";
+  const struct {
+    std::string command;
+    std::string expected;  // status, output, errors
+  } kCases[] = {
+      {"query 'SELECT count(*), min(path) FROM log' good.udi", "0\n50|good.udi\n"},
+      {"query 'SELECT count(*), min(path) FROM log' <good.udi", "0\n50|/dev/stdin\n"},
+      {"cat good.udi | query 'SELECT signal, vif FROM log WHERE rssi = -77'",
+       "0\nmlme_rssi_report_ind|1\n"},
+      {"cat good.udi | query 'SELECT path, count(*) FROM log GROUP BY 1' - <(cat good.udi) | "
+       "cut -d'|' -f2",
+       "0\n50\n50\n"},
+      {"query -csv -header -separator ';' -nullvalue - -cmd 'SELECT 1' "
+       "'SELECT hex(frame) f, NULL n FROM log WHERE signal = \"mlme_connect_ind\"' good.udi",
+       "0\n1\n1\nf;n\n0004686F6D65;-\n"},
+      {"query 'SELECT count(*) FROM log WHERE signal = \"mlme_connect_ind\"' cut.udi good.udi -",
+       "2\n2\n" + kSay + "cut.udi: cut\n"},
+      {"query --json -- '-- a comment\nSELECT 1 a' good.udi", "0\n[{\"a\":1}]\n"},
+      {"echo 'SELECT 5;' >more; query -init more 'SELECT 6' good.udi", "0\n5\n6\n"},
+      // Logs that are not good.
+      {"query 'SELECT path, records, ending FROM logs' nowhere text.udi good.udi empty.udi "
+       "cut.udi damaged.udi damaged.udi",
+       "2\ngood.udi|50|complete\nempty.udi|0|complete\ncut.udi|19|cut\n"
+       "damaged.udi|10|Bad Magic number detected in log. magic:0x78787878\n" +
+           kSay + "fopen(nowhere) Failed errno:2\n" + kSay +
+           "text.udi: Bad Magic number detected in log file header. magic:0x73696854\n" + kSay +
+           "cut.udi: cut\n" + kSay +
+           "damaged.udi: Bad Magic number detected in log. magic:0x78787878\n"},
+      {"query 'SELECT count(*) FROM log UNION ALL SELECT records FROM logs' -*",
+       "2\n19\n19\n" + kSay + "-\"it's\"\n(1) \\$HOME.udi: cut\n"},
+      {"query 'SELECT path FROM log LIMIT 1' -*", "0\n-\"it's\"\n(1) \\$HOME.udi\n"},
+      {"query 'SELECT 1' text.udi | wc -l; (exit ${PIPESTATUS[0]})",
+       "2\n0\n" + kSay +
+           "text.udi: Bad Magic number detected in log file header. magic:0x73696854\n"},
+      {"query 'SELECT nonsense FROM log' cut.udi",
+       "1\nError: in prepare, no such column: nonsense\n  SELECT nonsense FROM log\n"
+       "         ^--- error here\n"},
+      // Rows of a live log: the pipe stays open.
+      {"mkfifo live; exec 9<>live; cat good.udi >&9; query 'SELECT record FROM log LIMIT 2' live",
+       "0\n1\n2\n"},
+      {"mkfifo pipe; exec 9<>pipe; query 'SELECT record FROM log' pipe 9>&- >rows &\n"
+       "cat good.udi >&9; for i in {1..500}; do [ $(wc -l <rows) = 50 ] && echo live && break; "
+       "sleep .02; done; exec 9>&-; wait",
+       "0\nlive\n"},
+      // No query, no sqlite3.
+      {"query good.udi </dev/null 2>&1 | head -n 1; (exit ${PIPESTATUS[0]})",
+       "1\nusage: vrkt_wlan_udi_log_query [SQLITE3-OPTION...] SQL [LOG...]\n"},
+      {"query --help | head -n 1",
+       "0\nusage: vrkt_wlan_udi_log_query [SQLITE3-OPTION...] SQL [LOG...]\n"},
+      {"query -separator", "1\n" + kSay + "option -separator needs an argument\n"},
+      {"mkdir bin; for p in bash cat dirname readlink; do ln -s $(command -v $p) bin; done\n"
+       "PATH=$PWD/bin query 'SELECT 1' good.udi",
+       "1\n" + kSay + "sqlite3 is missing. On Debian, this installs it: apt-get install sqlite3\n"},
+      {"printf 'SELECT count(*) FROM log;\\n.shell sleep .3\\n.quit\\n' | "
+       "TERM=dumb script -qec '\"$script\" -list cut.udi' /dev/null | tr -d '\\r' | grep -x -e 19 "
+       "-e '.*: cut' | sort",
+       "0\n19\n" + kSay + "cut.udi: cut\n"},
+  };
+  for (const auto& c : kCases) EXPECT_EQ(Run(c.command), c.expected) << c.command;
+}
+
+TEST_F(Query, Views) {
+  const std::string kConnections =
+      "0\nvif,ms,result,ms,roams,ended_by,reason,end_time_ms\n"
+      "1,1000000,success,50,0,mlme_disconnect_req,REASON,1000070\n"
+      "2,1000001,host_request_failed,,0,,,\n"
+      "2,1000060,\"no confirm\",,0,\"Driver: Unloaded\",,1000200\n"
+      "1,1000080,\"no indication\",,0,mlme_connect_req,,1000090\n"
+      "1,1000090,unspecified_failure,2,0,,,\n"
+      "1,1000100,success,40,2,\"Driver: Unloaded\",,1000200\n"
+      "1,1000310,success,20,0,,,\n";
+  const std::string kAskConnections =
+      "query -csv -header 'SELECT vif, time_ms AS ms, result, ms, roams, ended_by, reason, "
+      "end_time_ms FROM connections' ";
+  const auto with_reason = [&](const char* reason) {
+    return std::string(kConnections).replace(kConnections.find("REASON"), 6, reason);
+  };
+  EXPECT_EQ(Run(kAskConnections + "old.udi"), with_reason("deauthenticated_leaving_ess"));
+  EXPECT_EQ(Run(kAskConnections + "new.udi"), with_reason("deauthenticated_leaving"));
+  // Logs do not mix.
+  EXPECT_EQ(Run("query 'SELECT count(*), count(end_stamp) FROM connections' old.udi new.udi"),
+            "0\n14|8\n");
+  EXPECT_EQ(Run("query 'SELECT record, stamp, result, end_stamp FROM connections' good.udi"),
+            "0\n10|2026/06/01-07:00:00.500|success|2026/06/01-07:00:42.000\n"
+            "38|2026/06/01-07:00:42.010|host_request_failed|\n");
+  EXPECT_EQ(Run("query 'SELECT record, signal, vif, peer, failure FROM failures' good.udi"),
+            "0\n28|ma_unitdata_cfm|1|1|retry_limit\n"
+            "37|mlme_disconnected_ind|1|0a:0b:0c:0d:0e:1f|timeout\n"
+            "39|mlme_connect_cfm|1||host_request_failed\n");
+  EXPECT_EQ(Run("query 'SELECT request, record, signal, ms, result FROM exchanges WHERE ms > 1 "
+                "UNION ALL SELECT count(*), sum(ms), max(time_ms), NULL, NULL FROM exchanges' "
+                "good.udi"),
+            "0\n24|25|ma_unitdata_cfm|3|successful\n27|28|ma_unitdata_cfm|71|retry_limit\n"
+            "12|84|1780297265911||\n");
+}
+
+// The directories of an installation.
+TEST_F(Query, Installed) {
+  const std::string prefix = directory() + "/it's installed";
+  ASSERT_EQ(std::system((std::string(VRKT_CMAKE) + " --install " + QuoteForShell(VRKT_BUILD) +
+                         " --prefix " + QuoteForShell(prefix) + " >/dev/null")
+                            .c_str()),
+            0);
+  std::filesystem::create_symlink(prefix + "/bin/vrkt_wlan_udi_log_query", directory() + "/link");
+  EXPECT_EQ(Run("query 'SELECT count(*) FROM failures' good.udi", directory() + "/link"), "0\n3\n");
+}
+
+}  // namespace
