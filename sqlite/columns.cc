@@ -9,7 +9,8 @@
 namespace {
 
 constexpr std::string_view kFixedColumns =
-    "record INTEGER, stamp TEXT, time_ms INTEGER, signal TEXT, line TEXT, path TEXT HIDDEN, "
+    "CREATE TABLE udi(record INTEGER, stamp TEXT, time_ms INTEGER, signal TEXT, line TEXT, path "
+    "TEXT HIDDEN, "
     "id INTEGER HIDDEN, hip_version TEXT HIDDEN, uptime INTEGER HIDDEN, request INTEGER HIDDEN, "
     "response_ms INTEGER HIDDEN, json TEXT HIDDEN";
 
@@ -36,10 +37,9 @@ Columns::Columns() {
     }
   }
   std::ranges::sort(names, {}, [](TextRange name) { return GetText(name).text(); });
-  declaration_ = "CREATE TABLE udi(";
   declaration_ += kFixedColumns;
-  for (std::uint16_t column = 0; column < names.size(); ++column) {
-    columns[names[column].start] = column;
+  for (std::size_t column = 0; column < names.size(); ++column) {
+    columns[names[column].start] = static_cast<std::uint16_t>(column);
     declaration_ += ", \"";
     declaration_ += GetText(names[column]).text();
     declaration_ += "\" HIDDEN";

@@ -91,7 +91,7 @@ void AppendQuoted(LinePiece& piece, std::string_view text) {
 
 void AppendTimeMs(LinePiece& piece, std::int64_t time_ms) {
   std::array<char, std::numeric_limits<std::int64_t>::digits10 + 2> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), time_ms).ptr;
+  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), time_ms).ptr;
   piece.Append(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
 }
 
@@ -217,9 +217,9 @@ void ReturnLine(sqlite3_context* context, LogRow& row, RowTexts& texts) {
 void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts) {
   PartedText text(context, texts.long_text);
   LinePiece piece;
-  piece.Append("{\"stamp\":\"");
+  piece.Append(R"({"stamp":")");
   piece.Append(RemoveLastCharacter(texts.stamp.Format(row.item.timeBase, row.item.time)));
-  piece.Append("\",\"time_ms\":");
+  piece.Append(R"(","time_ms":)");
   AppendTimeMs(piece, GetTimeMs(row));
   piece.Append(",\"signal\":");
   if (const CompiledSignal* const layout = FindLayout(row)) {

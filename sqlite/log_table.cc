@@ -186,6 +186,18 @@ bool IsGroupedBySignal([[maybe_unused]] sqlite3_index_info* info,
 #endif
 }
 
+// A scan with constraints reads the whole log, too. Two of them for the two sides of an OR
+// must cost more than one without.
+void EstimateCost(const LogTable& table, const Constraints& found, sqlite3_index_info* info) {
+  const double logs = table.paths == nullptr ? 1 : static_cast<double>(table.paths->size());
+  const bool is_selective = found.signal >= 0 || found.id >= 0;
+  info->estimatedCost = logs * (is_selective ? 9e6 : 1e7);
+  info->estimatedRows = static_cast<sqlite3_int64>(logs * (is_selective ? 2e4 : 1e6));
+  // Without a path, this is the query's error, or it is one side of an OR, for which SQLite
+  // must choose another plan. Filter reports the error.
+  if (table.paths == nullptr && found.path < 0) info->estimatedCost = 1e99;
+}
+
 int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
   const LogTable& table = GetTable(base);
   const Constraints found = FindConstraints(info);
@@ -214,17 +226,10 @@ int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
   if (info->idxStr == nullptr) return SQLITE_NOMEM;
   info->needToFreeIdxStr = 1;
 
-  // A scan with constraints reads the whole log, too. Two of them for the two sides of an
-  // OR must cost more than one without.
-  const double logs = table.paths == nullptr ? 1 : static_cast<double>(table.paths->size());
-  const bool is_selective = found.signal >= 0 || found.id >= 0;
-  info->estimatedCost = logs * (is_selective ? 9e6 : 1e7);
-  // Without a path, this is the query's error, or it is one side of an OR, for which SQLite
-  // must choose another plan. Filter reports the error.
-  if (table.paths == nullptr && found.path < 0) info->estimatedCost = 1e99;
-  info->estimatedRows = static_cast<sqlite3_int64>(logs * (is_selective ? 2e4 : 1e6));
+  EstimateCost(table, found, info);
   // Records of several logs are in order within each log only.
-  info->orderByConsumed = is_grouped || (logs <= 1 && IsOrderedByRecord(info)) ? 1 : 0;
+  const bool is_one_log = table.paths == nullptr || table.paths->size() == 1;
+  info->orderByConsumed = is_grouped || (is_one_log && IsOrderedByRecord(info)) ? 1 : 0;
   return SQLITE_OK;
 }
 

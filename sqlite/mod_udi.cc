@@ -26,7 +26,13 @@ int sqlite3_modudi_init(sqlite3* db, char** error, const sqlite3_api_routines* a
         sqlite3_mprintf("mod_udi needs SQLite 3.31 or later, this is %s", sqlite3_libversion());
     return SQLITE_ERROR;
   }
-  const int status = sqlite3_create_module_v2(db, "udi", &kLogModule, nullptr, nullptr);
+  int status = sqlite3_create_module_v2(db, "udi", &kLogModule, nullptr, nullptr);
   if (status != SQLITE_OK) return status;
-  return sqlite3_create_module_v2(db, "udi_log", &kSummaryModule, nullptr, nullptr);
+  status = sqlite3_create_module_v2(db, "udi_log", &kSummaryModule, nullptr, nullptr);
+#ifndef SQLITE_CORE
+  // Each time that it is loaded, the C++ runtime takes memory that it never releases. So the
+  // extension stays loaded after the connection is closed.
+  if (status == SQLITE_OK) return SQLITE_OK_LOAD_PERMANENTLY;
+#endif
+  return status;
 }

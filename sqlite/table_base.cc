@@ -15,8 +15,8 @@ namespace {
 std::optional<std::string> Unquote(std::string_view argument) {
   constexpr std::string_view kOpening = "'\"`[";
   constexpr std::string_view kClosing = "'\"`]";
-  const std::size_t kind = argument.empty() ? kOpening.npos : kOpening.find(argument[0]);
-  if (kind == kOpening.npos) return std::string(argument);
+  const std::size_t kind = argument.empty() ? std::string_view::npos : kOpening.find(argument[0]);
+  if (kind == std::string_view::npos) return std::string(argument);
   const char quote = kClosing[kind];
   std::string text;
   std::size_t i = 1;
