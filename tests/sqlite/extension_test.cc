@@ -27,9 +27,8 @@ namespace {
 // A statement and its current row.
 class Statement {
  public:
-  Statement(sqlite3* db, const std::string& sql) : db_(db) {
-    status_ = sqlite3_prepare_v2(db, sql.c_str(), -1, &statement_, nullptr);
-  }
+  Statement(sqlite3* db, const std::string& sql)
+      : db_(db), status_(sqlite3_prepare_v2(db, sql.c_str(), -1, &statement_, nullptr)) {}
   ~Statement() { sqlite3_finalize(statement_); }
   Statement(const Statement&) = delete;
   Statement& operator=(const Statement&) = delete;
@@ -95,29 +94,28 @@ class Extension : public testing::Test {
   sqlite3* db_ = nullptr;
 };
 
+// As in 0x00ff.
+std::string FormatHex(unsigned number, int digits) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%0*x", digits, number);
+  return text;
+}
+
 // The texts that a line can show for a value, longest first.
 Lines ListTexts(int type, const std::string& value) {
   if (type == SQLITE_BLOB) {
     std::string digits = "{";
-    for (const char c : value) {
-      char pair[3];
-      std::snprintf(pair, sizeof pair, "%02x", static_cast<unsigned char>(c));
-      digits += pair;
-    }
+    for (const char c : value) digits += FormatHex(static_cast<unsigned char>(c), 2).substr(2);
     return {digits + "}"};
   }
   if (type == SQLITE_INTEGER) {
-    char hex[3][16];
     const auto number = static_cast<unsigned>(std::stoll(value));
-    std::snprintf(hex[0], sizeof hex[0], "0x%08x", number);
-    std::snprintf(hex[1], sizeof hex[1], "0x%04x", number);
-    std::snprintf(hex[2], sizeof hex[2], "0x%02x", number);
-    return {hex[0], hex[1], hex[2], value};
+    return {FormatHex(number, 8), FormatHex(number, 4), FormatHex(number, 2), value};
   }
   if (value[0] != '[') return {value};
   std::string words = "[";
   for (std::size_t at = 1; at < value.size(); at = value.find_first_of(",]", at) + 1) {
-    words += ListTexts(SQLITE_INTEGER, value.substr(at))[1] + " ";
+    words += FormatHex(static_cast<unsigned>(std::stoul(value.substr(at))), 4) + " ";
   }
   return {words + "]"};
 }
