@@ -14,14 +14,14 @@ install(FILES examples/session.udi examples/session.txt DESTINATION ${documents}
 find_program(GZIP gzip)
 function(install_compressed file name destination)
   if(NOT GZIP)
-    install(FILES ${file} DESTINATION ${destination} RENAME ${name})
+    install(FILES ${CMAKE_SOURCE_DIR}/${file} DESTINATION ${destination} RENAME ${name})
     return()
   endif()
   set(compressed ${CMAKE_BINARY_DIR}/packaging/${name}.gz)
   add_custom_command(OUTPUT ${compressed}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
     COMMAND ${GZIP} -9nc ${CMAKE_SOURCE_DIR}/${file} > ${compressed}
-    DEPENDS ${file}
+    DEPENDS ${CMAKE_SOURCE_DIR}/${file}
     VERBATIM)
   add_custom_target(compress_${name} ALL DEPENDS ${compressed})
   install(FILES ${compressed} DESTINATION ${destination})
