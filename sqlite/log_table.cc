@@ -1,11 +1,11 @@
 // The table udi: a row per record that prints a line.
 //
 // A record that is not asked for costs little more than its reading, because the table
-// skips it before SQLite sees it. It uses constraints on `signal` and `id`, and that a
-// comparison with a field is never true for a signal without this field. SQLite still
-// checks all constraints (they are not marked to be omitted). So the table may use only
-// those whose meaning it knows, and it can return a row that does not match. It does that
-// now and then, because SQLite looks for an interrupt only between rows.
+// skips it before SQLite sees it. It uses constraints on `signal` and `id`, comparisons of a
+// number with a field, and that a comparison with a field is never true for a signal
+// without this field. SQLite still checks all constraints (they are not marked to be omitted). So
+// the table may use only those whose meaning it knows, and it can return a row that does not match.
+// It does that now and then, because SQLite looks for an interrupt only between rows.
 //
 // For GROUP BY signal, SQLite sorts all rows, which takes longer than all else. If the query
 // names no other column, as to count signals, rows of a signal are the same to SQLite. The
@@ -33,6 +33,7 @@
 #include "columns.h"
 #include "fapi/vocabulary.h"
 #include "hip/exchange.h"
+#include "hip/field_value.h"
 #include "log_row.h"
 #include "open_log.h"
 #include "table_base.h"
@@ -40,7 +41,7 @@
 namespace {
 
 // What a plan uses, from BestIndex to Filter. The values that Filter gets are in the order
-// of the first three.
+// of the first three. Those of the comparisons follow.
 enum PlanFlag : int {
   kUsesPath = 1,
   kUsesSignal = 2,
@@ -54,6 +55,13 @@ enum PlanFlag : int {
 
 using LayoutSet = std::vector<bool>;
 using IdSet = std::bitset<0x10000>;
+
+// A comparison of a field with a number.
+struct Comparison {
+  int column;
+  int op;  // SQLITE_INDEX_CONSTRAINT_EQ and so on
+  std::int64_t number;
+};
 
 struct SignalCount {
   const CompiledSignal* layout;  // null for rows without a signal
@@ -78,6 +86,7 @@ struct Scan {
   const HipVersionEntry* version = nullptr;
   std::optional<IdSet> wanted;
   bool only_answers = false;  // confirms that answer a request
+  std::vector<Comparison> comparisons;
 
   // Of a grouped scan: the signals in their order, and the current row.
   bool is_grouped = false;
@@ -170,6 +179,30 @@ std::string ListNonNullColumns(const sqlite3_index_info* info) {
   return columns;
 }
 
+bool IsComparison(int op) {
+  return op == SQLITE_INDEX_CONSTRAINT_EQ || op == SQLITE_INDEX_CONSTRAINT_GT ||
+         op == SQLITE_INDEX_CONSTRAINT_LE || op == SQLITE_INDEX_CONSTRAINT_LT ||
+         op == SQLITE_INDEX_CONSTRAINT_GE;
+}
+
+// Asks for the values of comparisons with fields. Returns their columns and operators, as
+// numbers with a blank after each. A list, as in vif IN (...), is left to SQLite, which would
+// read the log once per value.
+std::string TakeComparisons([[maybe_unused]] sqlite3_index_info* info,
+                            [[maybe_unused]] int& values) {
+  std::string taken;
+#if SQLITE_VERSION_NUMBER >= 3038000
+  for (int i = 0; HasNewPlanner() && i < info->nConstraint; ++i) {
+    const auto& constraint = info->aConstraint[i];
+    if (constraint.usable == 0 || constraint.iColumn < kFirstField) continue;
+    if (!IsComparison(constraint.op) || sqlite3_vtab_in(info, i, -1) != 0) continue;
+    info->aConstraintUsage[i].argvIndex = ++values;
+    taken += std::to_string(constraint.iColumn) + ' ' + std::to_string(constraint.op) + ' ';
+  }
+#endif
+  return taken;
+}
+
 constexpr std::uint64_t GetUseBit(Column column) { return std::uint64_t{1} << column; }
 
 // Whether the table can group the rows by signal, see above. `path` is the same in all rows
@@ -222,7 +255,8 @@ int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
   const bool is_grouped = IsGroupedBySignal(info, table.paths == nullptr);
   if (is_grouped) plan |= kIsGrouped | (info->aOrderBy[0].desc != 0 ? kDescends : 0);
   info->idxNum = plan;
-  info->idxStr = sqlite3_mprintf("%s", ListNonNullColumns(info).c_str());
+  const std::string comparisons = TakeComparisons(info, values);
+  info->idxStr = sqlite3_mprintf("%s|%s", ListNonNullColumns(info).c_str(), comparisons.c_str());
   if (info->idxStr == nullptr) return SQLITE_NOMEM;
   info->needToFreeIdxStr = 1;
 
@@ -254,11 +288,39 @@ void SelectIdsOfVersion(Scan& scan) {
   }
 }
 
-bool Matches(const Scan& scan) {
-  const LogRow& row = scan.row;
+// Whether the comparison can be true. SQLite compares what is no number.
+bool CanBeTrue(const Comparison& comparison, const SignalView& signal) {
+  const CompiledField* const field = Columns::Get().FindField(*signal.layout, comparison.column);
+  if (field == nullptr) return false;
+  const FieldValue value = ReadField(signal, *field);
+  if (value.kind != FieldValue::Kind::kNumber) return true;
+  switch (comparison.op) {
+    case SQLITE_INDEX_CONSTRAINT_EQ:
+      return value.number == comparison.number;
+    case SQLITE_INDEX_CONSTRAINT_LT:
+      return value.number < comparison.number;
+    case SQLITE_INDEX_CONSTRAINT_LE:
+      return value.number <= comparison.number;
+    case SQLITE_INDEX_CONSTRAINT_GT:
+      return value.number > comparison.number;
+    default:
+      return value.number >= comparison.number;
+  }
+}
+
+bool Matches(Scan& scan) {
+  LogRow& row = scan.row;
   if (scan.only_answers && !row.request) return false;
-  return !scan.wanted ||
-         (row.item.kind == LogItem::Kind::kSignal && scan.wanted->test(row.item.signal.id));
+  if (scan.wanted &&
+      (row.item.kind != LogItem::Kind::kSignal || !scan.wanted->test(row.item.signal.id))) {
+    return false;
+  }
+  if (scan.comparisons.empty()) return true;
+  const SignalView* const signal = ViewFields(row);
+  return signal != nullptr &&
+         std::ranges::all_of(scan.comparisons, [signal](const Comparison& comparison) {
+           return CanBeTrue(comparison, *signal);
+         });
 }
 
 // Every record is needed, also those that the query does not ask for.
@@ -410,11 +472,11 @@ std::optional<IdSet> SelectIds(sqlite3_value* constraint, bool is_list) {
   return ids;
 }
 
-// Skips rows in which one of these columns is NULL.
-void SkipNulls(Scan& scan, const char* columns) {
+// Skips rows in which one of these columns is NULL. Moves `columns` after their list.
+void SkipNulls(Scan& scan, const char*& columns) {
   const std::span<const CompiledSignal> all = ListLayouts();
   char* next = nullptr;
-  for (; *columns != '\0'; columns = next + 1) {
+  for (; *columns != '|'; columns = next + 1) {
     const auto column = static_cast<int>(std::strtol(columns, &next, 10));
     if (column == kRequest || column == kResponseMs) scan.only_answers = true;
     if (column < kFirstField) continue;
@@ -425,7 +487,20 @@ void SkipNulls(Scan& scan, const char* columns) {
   }
 }
 
-int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* non_null_columns, int /*argc*/,
+// The column and operator of each comparison are in the plan, its value in `values`.
+void SelectComparisons(Scan& scan, const char* plan, sqlite3_value** values) {
+  char* next = nullptr;
+  while (*plan != '\0') {
+    const auto column = static_cast<int>(std::strtol(plan, &next, 10));
+    const auto op = static_cast<int>(std::strtol(next + 1, &next, 10));
+    plan = next + 1;
+    sqlite3_value* const value = *values++;
+    if (sqlite3_value_type(value) != SQLITE_INTEGER) continue;
+    scan.comparisons.push_back({column, op, sqlite3_value_int64(value)});
+  }
+}
+
+int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* columns, int /*argc*/,
            sqlite3_value** argv) {
   return CatchNoMemory([&] {
     Scan& scan = GetScan(cursor);
@@ -443,7 +518,8 @@ int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* non_null_columns, 
     }
     if ((plan & kUsesId) != 0) scan.ids = SelectIds(*argv++, (plan & kIdIsList) != 0);
     if ((plan & kNeedsRequests) != 0) scan.exchanges = std::make_unique<ExchangeTracker>();
-    SkipNulls(scan, non_null_columns);
+    SkipNulls(scan, columns);
+    SelectComparisons(scan, columns + 1, argv);
     const int status = OpenNextLog(scan, *cursor->pVtab);
     if (status != SQLITE_OK) return status;
     scan.is_grouped = (plan & kIsGrouped) != 0;
