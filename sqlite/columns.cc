@@ -36,7 +36,9 @@ Columns::Columns() {
       columns[field.name.start] = 0;
     }
   }
-  std::ranges::sort(names, {}, [](TextRange name) { return GetText(name).text(); });
+  std::sort(names.begin(), names.end(), [](TextRange left, TextRange right) {
+    return GetText(left).text() < GetText(right).text();
+  });
   declaration_ += kFixedColumns;
   for (std::size_t column = 0; column < names.size(); ++column) {
     columns[names[column].start] = static_cast<std::uint16_t>(column);

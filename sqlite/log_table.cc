@@ -317,10 +317,10 @@ bool Matches(Scan& scan) {
   }
   if (scan.comparisons.empty()) return true;
   const SignalView* const signal = ViewFields(row);
-  return signal != nullptr &&
-         std::ranges::all_of(scan.comparisons, [signal](const Comparison& comparison) {
-           return CanBeTrue(comparison, *signal);
-         });
+  return signal != nullptr && std::all_of(scan.comparisons.begin(), scan.comparisons.end(),
+                                          [signal](const Comparison& comparison) {
+                                            return CanBeTrue(comparison, *signal);
+                                          });
 }
 
 // Every record is needed, also those that the query does not ask for.
@@ -387,10 +387,14 @@ int ReadGroups(Scan& scan, sqlite3_vtab& table, bool descends) {
   }
   std::erase_if(scan.groups, [](const SignalCount& group) { return group.rows == 0; });
   // NULL is less than all texts.
-  std::ranges::sort(scan.groups, {}, [](const SignalCount& group) {
+  const auto get_name = [](const SignalCount& group) {
     return group.layout == nullptr ? std::string_view() : GetText(group.layout->name).text();
-  });
-  if (descends) std::ranges::reverse(scan.groups);
+  };
+  std::sort(scan.groups.begin(), scan.groups.end(),
+            [&](const SignalCount& left, const SignalCount& right) {
+              return get_name(left) < get_name(right);
+            });
+  if (descends) std::reverse(scan.groups.begin(), scan.groups.end());
   return SQLITE_OK;
 }
 

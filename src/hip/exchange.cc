@@ -23,7 +23,7 @@ const CompiledField* FindNumber(const CompiledSignal& layout, std::string_view n
 
 ExchangeTracker::ExchangeTracker(std::size_t kept)
     : kept_(kept),
-      ring_(std::make_unique_for_overwrite<Waiting[]>(kept)),
+      ring_(new Waiting[kept]),  // NOLINT(modernize-make-unique): it would initialise them
       buckets_(std::size_t{1} << kBucketBits) {}
 
 std::optional<SentRequest> ExchangeTracker::Add(const SignalView& signal, SentRequest sent) {
@@ -44,7 +44,7 @@ std::optional<SentRequest> ExchangeTracker::Add(const SignalView& signal, SentRe
 
 void ExchangeTracker::ForgetRequests() {
   if (count_ == 0) return;
-  std::ranges::fill(buckets_, 0);
+  std::fill(buckets_.begin(), buckets_.end(), 0);
   count_ = 0;
 }
 
