@@ -63,6 +63,7 @@ std::string GetPath(int file) { return "/proc/self/fd/" + std::to_string(file); 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): opened once
   static sqlite3* const db = OpenDatabase();
   static const int file = memfd_create("log", MFD_CLOEXEC);
   const auto length = static_cast<off_t>(size);

@@ -45,8 +45,8 @@ void CheckField(const SignalView& signal, const CompiledField& field) {
   switch (value.kind) {
     case FieldValue::Kind::kNumber: {
       const bool is_hexadecimal = shown.starts_with("0x");
-      const long long number = std::strtoll(shown.substr(is_hexadecimal ? 2 : 0).c_str(), nullptr,
-                                            is_hexadecimal ? 16 : 10);
+      const auto number = std::strtoll(shown.substr(is_hexadecimal ? 2 : 0).c_str(), nullptr,
+                                       is_hexadecimal ? 16 : 10);
       Expect(number == value.number, "wrong number", text);
       break;
     }
@@ -56,7 +56,7 @@ void CheckField(const SignalView& signal, const CompiledField& field) {
     case FieldValue::Kind::kWords:
       for (std::uint32_t i = 0; i < value.bytes.length / 2; ++i) {
         Expect(std::strtoul(shown.substr(1 + 7 * std::size_t{i}).c_str(), nullptr, 16) ==
-                   LoadU16(value.bytes.bytes + 2 * i),
+                   LoadU16(value.bytes.bytes + 2 * std::size_t{i}),
                "wrong word", text);
       }
       break;
