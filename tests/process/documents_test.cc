@@ -63,6 +63,10 @@ void WriteScript(const std::string& path, const std::string& commands) {
   ASSERT_EQ(chmod(path.c_str(), 0755), 0);
 }
 
+bool HasPandas(const std::string& python) {
+  return std::system((python + " -c 'import pandas' 2>/dev/null").c_str()) == 0;
+}
+
 // The shell commands of the README, and a directory with programs that they use: the
 // tested tool, and scripts that replace a phone.
 class ReadmeShell {
@@ -71,6 +75,10 @@ class ReadmeShell {
     std::filesystem::create_directory(bin());
     WriteScript(bin() + "/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
     WriteScript(bin() + "/vrkt_wlan_udi_log", "cat session.udi");
+    // Another python3 in the path may lack what the system's packages have.
+    if (HasPandas("/usr/bin/python3")) {
+      WriteScript(bin() + "/python3", "exec /usr/bin/python3 \"$@\"");
+    }
     WriteScript(bin() + "/adb", R"([ "$1" = exec-out ] && shift && exec "$@")");
     // The README follows a growing file with `tail -F`, which never ends.
     WriteScript(bin() + "/tail",
@@ -143,7 +151,7 @@ TEST(Documents, TheCommandsOfTheReadme) {
        {"tcpdump", "tshark", "pv", "gnuplot", "pkill", "sqlite3", "jq", "parallel"}) {
     if (!IsInstalled(program)) missing.emplace_back(program);
   }
-  if (std::system("python3 -c 'import pandas' 2>/dev/null") != 0) missing.emplace_back("python3");
+  if (!HasPandas("/usr/bin/python3") && !HasPandas("python3")) missing.emplace_back("python3");
   for (const Recipe& recipe : shell.recipes()) {
     const auto uses = [&](const std::string& program) {
       return recipe.commands.find(program + ' ') != std::string::npos;
