@@ -1,9 +1,9 @@
--- What Wireshark gives its plugins, and what the build writes in front of udi.lua.
+-- What Wireshark gives its plugins.
 std = "lua52+lua54"
 max_line_length = 100
 read_globals = {
   "Address", "Dissector", "DissectorTable", "Int64", "NSTime", "Pref", "Proto",
   "ProtoExpert", "ProtoField", "TreeItem", "UInt64",
-  "base", "expert", "frametype", "register_filehandler", "vocabulary",
+  "base", "expert", "frametype", "register_filehandler",
   "wtap_encaps", "wtap_presence_flags", "wtap_rec_types", "wtap_tsprecs", "FileHandler",
 }

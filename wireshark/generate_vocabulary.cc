@@ -1,15 +1,22 @@
-// Makes the Wireshark plugin: writes the vocabulary as a Lua table and the plugin's
+// Makes the Wireshark plugin, one file: the vocabulary as a Lua table, and the parts of the
 // logic after it. The table has the versions, the layouts, the labels and the
 // signals of each version, so a new row, label or version needs no change in the
 // logic. Layouts and labels are texts, which the logic reads where it needs them: a
 // table for each field would be ten times as much for Lua to load and to keep.
 //
-// usage: generate_vocabulary LOGIC PLUGIN
+// A part NAME.lua is a chunk of its own in the plugin, so that Lua reports an error with the
+// name and line of the part. It is called with the vocabulary and the table `parts`, which
+// has the results of the parts before it by their names.
+//
+// usage: generate_vocabulary PLUGIN PART...
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <filesystem>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "fapi/compiled_signal.h"
 #include "fapi/hip_version_tags.h"
@@ -83,7 +90,6 @@ void WriteSignals(std::FILE* output) {
 }
 
 void WriteVocabulary(std::FILE* output) {
-  std::fprintf(output, "-- Generated from the tool's vocabulary. The plugin's logic follows it.\n");
   std::fprintf(output, "local vocabulary = {\n");
   WriteVersions(output);
   WriteLayouts(output);
@@ -105,12 +111,31 @@ bool ReadFile(const char* path, std::string& text) {
   return is_complete;
 }
 
+struct Part {
+  std::string name;  // without ".lua"
+  std::string text;
+};
+
+// In Lua, this string has no escape sequences, and its lines are those of the part.
+void WritePart(const Part& part, std::FILE* output) {
+  std::fprintf(output, "parts.%s = assert(load([==[\n%s]==], \"@wireshark/%s.lua\"))",
+               part.name.c_str(), part.text.c_str(), part.name.c_str());
+  std::fprintf(output, "(vocabulary, parts)\n\n");
+}
+
 // Returns whether everything was written.
-bool WritePlugin(const char* path, const std::string& logic) {
+bool WritePlugin(const char* path, const std::vector<Part>& parts) {
   std::FILE* const output = std::fopen(path, "wb");
   if (output == nullptr) return false;
+  std::fprintf(output,
+               "-- Opens UDI logs in Wireshark and tshark, and shows each signal with its fields.\n"
+               "-- Made of the tool's vocabulary and of the files that are named below.\n\n"
+               "-- A copy in the plugin folder and one on the command line may both be loaded.\n"
+               "-- Wireshark allows each protocol only once.\n"
+               "if pcall(Dissector.get, \"udi\") and Dissector.get(\"udi\") then return end\n\n");
   WriteVocabulary(output);
-  std::fwrite(logic.data(), 1, logic.size(), output);
+  std::fprintf(output, "local parts = {}\n\n");
+  for (const Part& part : parts) WritePart(part, output);
   const bool has_failed = std::ferror(output) != 0;
   return std::fclose(output) == 0 && !has_failed;
 }
@@ -118,20 +143,24 @@ bool WritePlugin(const char* path, const std::string& logic) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: %s LOGIC PLUGIN\n", argv[0]);
+  if (argc < 3) {
+    std::fprintf(stderr, "usage: %s PLUGIN PART...\n", argv[0]);
     return 1;
   }
-  std::string logic;
-  if (!ReadFile(argv[1], logic)) {
-    std::perror(argv[1]);
-    return 1;
+  std::vector<Part> parts;
+  for (int i = 2; i < argc; ++i) {
+    Part part{.name = std::filesystem::path(argv[i]).stem(), .text = {}};
+    if (!ReadFile(argv[i], part.text)) {
+      std::perror(argv[i]);
+      return 1;
+    }
+    parts.push_back(std::move(part));
   }
   // A failure leaves no part of a plugin, and an old one as it was.
-  const std::string part = argv[2] + std::string(".part");
-  if (!WritePlugin(part.c_str(), logic) || std::rename(part.c_str(), argv[2]) != 0) {
-    std::perror(part.c_str());
-    std::remove(part.c_str());
+  const std::string unfinished = argv[1] + std::string(".part");
+  if (!WritePlugin(unfinished.c_str(), parts) || std::rename(unfinished.c_str(), argv[1]) != 0) {
+    std::perror(unfinished.c_str());
+    std::remove(unfinished.c_str());
     return 1;
   }
   return 0;

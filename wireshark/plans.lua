@@ -1,0 +1,232 @@
+-- Plans: the layout of a signal in one version, made ready.
+--
+-- A reader takes a signal's bytes and returns a field's value for Wireshark, what
+-- the line shows for it (a text or a number), and true if that is a label.
+
+local vocabulary, parts = ...
+local frame_format, fields = parts.format, parts.fields
+local u16_at, u32_at, to_signed = frame_format.u16_at, frame_format.u32_at, frame_format.to_signed
+local FORMS, for_each_field, labels_of = fields.FORMS, fields.for_each_field, fields.labels_of
+local experts, uses = fields.experts, fields.uses
+local items, label_items, converters = fields.items, fields.label_items, fields.converters
+
+local byte, format, concat, max = string.byte, string.format, table.concat, math.max
+
+local make_reader = {}
+
+-- The texts of small numbers. Most values are small, and to print one takes longer than
+-- to read it.
+local small_numbers = {}
+for value = 0, 1023 do small_numbers[value] = format("%d", value) end
+
+local function decimal(value)
+  return small_numbers[value] or format("%d", value)
+end
+
+function make_reader.u8(offset)
+  return function(bytes)
+    local value = byte(bytes, offset + 1)
+    return value, decimal(value)
+  end
+end
+
+function make_reader.u16(offset)
+  return function(bytes)
+    local low, high = byte(bytes, offset + 1, offset + 2)
+    local value = low + high * 256
+    return value, decimal(value)
+  end
+end
+
+function make_reader.u32(offset)
+  return function(bytes)
+    local value = u32_at(bytes, offset)
+    return value, decimal(value)
+  end
+end
+
+function make_reader.i16(offset)
+  return function(bytes)
+    local value = to_signed(u16_at(bytes, offset), 16)
+    return value, decimal(value)
+  end
+end
+
+function make_reader.i32(offset)
+  return function(bytes)
+    local value = to_signed(u32_at(bytes, offset), 32)
+    return value, decimal(value)
+  end
+end
+
+function make_reader.x16(offset)
+  return function(bytes)
+    local value = u16_at(bytes, offset)
+    return value, format("0x%04x", value)
+  end
+end
+make_reader.x16_no_space = make_reader.x16
+
+function make_reader.x32(offset)
+  return function(bytes)
+    local value = u32_at(bytes, offset)
+    return value, format("0x%08x", value)
+  end
+end
+
+function make_reader.mac(offset)
+  return function(bytes)
+    local address = format("%02x:%02x:%02x:%02x:%02x:%02x", byte(bytes, offset + 1, offset + 6))
+    return address, address
+  end
+end
+
+-- The bytes are shown in stored order, and the value is the number that is shown.
+function make_reader.hex8(offset)
+  return function(bytes)
+    local digits = format("%02x%02x%02x%02x%02x%02x%02x%02x", byte(bytes, offset + 1, offset + 8))
+    return UInt64.fromhex(digits), "0x" .. digits
+  end
+end
+
+-- The value is that of the first word. The tree has the others below it.
+function make_reader.words(offset, count)
+  local shown = "[" .. ("0x%04x "):rep(count) .. "]"
+  return function(bytes)
+    local words = {}
+    for i = 1, count do words[i] = u16_at(bytes, offset + 2 * (i - 1)) end
+    return words[1], format(shown, table.unpack(words))
+  end
+end
+
+function make_reader.enum16(offset, enumeration, version)
+  local labels = labels_of(enumeration, version)
+  return function(bytes)
+    local low, high = byte(bytes, offset + 1, offset + 2)
+    local value = low + high * 256
+    local label = labels[value]
+    if label then return value, label, true end
+    return value, decimal(value)
+  end
+end
+
+-- What each field with an outcome shows on success.
+local SUCCESS = {
+  result_code = {label = "success", expert = experts.result},
+  transmission_status = {label = "successful", expert = experts.transmission},
+}
+
+local function make_field(name, form, offset, argument, version)
+  local field = {
+    name = name,
+    offset = offset,
+    size = form == "words" and 2 * argument or FORMS[form].size,
+    prefix = name .. ":",
+    line_prefix = (form == "x16_no_space" and "" or " ") .. name .. ":",
+    read = make_reader[form](offset, argument, version),
+    item = items[name],
+  }
+  field.word_count = form == "words" and argument or nil
+  field.is_bytes = uses[name].kind == "bytes" or nil
+  field.label_item = form == "enum16" and label_items[name] or nil
+  field.success = SUCCESS[name]
+  -- This form has a value of Wireshark's own already.
+  field.make_value = form ~= "hex8" and converters[name] or nil
+  return field
+end
+
+-- Most fields occur in many layouts, and their objects are shared.
+local fields_of_version = {}
+
+local function field_for(name, form, offset, argument, version)
+  local shared = fields_of_version[version.index]
+  if not shared then
+    shared = {}
+    fields_of_version[version.index] = shared
+  end
+  local key = concat({name, form, offset, argument}, " ")
+  local field = shared[key]
+  if not field then
+    field = make_field(name, form, offset, argument, version)
+    shared[key] = field
+  end
+  return field
+end
+
+-- The numbers of the layouts of a version, by id, and the ids by signal name.
+local signals_of_version = {}
+
+local function signals_for(version)
+  local signals = signals_of_version[version.index]
+  if signals then return signals end
+  signals = {layouts = {}, ids = {}, plans = {}}
+  for id, layout in vocabulary.signals[version.index]:gmatch("(%x+):(%d+)") do
+    id, layout = tonumber(id, 16), vocabulary.layouts[tonumber(layout)]
+    signals.layouts[id] = layout
+    signals.ids[layout:match("^%S+")] = id
+  end
+  signals_of_version[version.index] = signals
+  return signals
+end
+
+-- A confirm answers the request of the same name. (Their ids differ by 0x0100 in
+-- most families, but not in all.) Returns the fields that distinguish requests: those
+-- of the plan that the other signal has too.
+local function find_exchange(plan, stem, other, signals)
+  local id = signals.ids[stem .. other]
+  if not id then return nil end
+  local keys = {}
+  for _, key in ipairs({"vif", "host_tag"}) do
+    if plan.place[key] and signals.layouts[id]:find("|" .. key .. " ", 1, true) then
+      keys[#keys + 1] = plan.place[key]
+    end
+  end
+  return keys
+end
+
+local function make_plan(signals, id, layout, version)
+  local name, least = layout:match("^(%S+) (%d+)")
+  local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {},
+    essential = {}}
+  for_each_field(layout, function(field_name, form, offset, argument)
+    if form == "dump" then
+      plan.dumps[#plan.dumps + 1] = {
+        prefix = field_name .. ":{",
+        line_prefix = " " .. field_name .. ":{",
+        item = items[field_name],
+      }
+      return
+    end
+    local field = field_for(field_name, form, offset, argument, version)
+    plan.fields[#plan.fields + 1] = field
+    plan.place[field_name] = plan.place[field_name] or #plan.fields
+    plan.finish = max(plan.finish, offset + field.size)
+    if field.success then plan.essential[#plan.essential + 1] = #plan.fields end
+  end)
+  local stem, role = name:match("^(.*)(_%a+)$")
+  if role == "_req" then
+    plan.request_keys = find_exchange(plan, stem, "_cfm", signals)
+    plan.exchange = id
+  elseif role == "_cfm" then
+    plan.confirm_keys = find_exchange(plan, stem, "_req", signals)
+    plan.exchange = signals.ids[stem .. "_req"]
+  end
+  for _, place in ipairs(plan.request_keys or plan.confirm_keys or {}) do
+    plan.essential[#plan.essential + 1] = place
+  end
+  return plan
+end
+
+-- Returns nil for an id that the version does not know.
+local function plan_for(version, id)
+  local signals = signals_for(version)
+  local plan = signals.plans[id]
+  if plan then return plan end
+  local layout = signals.layouts[id]
+  if not layout then return nil end
+  plan = make_plan(signals, id, layout, version)
+  signals.plans[id] = plan
+  return plan
+end
+
+return {plan_for = plan_for}
