@@ -2,7 +2,7 @@
 std = "lua52+lua54"
 max_line_length = 100
 read_globals = {
-  "Address", "Dissector", "DissectorTable", "Int64", "NSTime", "Pref", "Proto",
+  "Address", "ByteArray", "Dissector", "DissectorTable", "NSTime", "Pref", "Proto",
   "ProtoExpert", "ProtoField", "TreeItem", "UInt64",
   "base", "expert", "frametype", "register_filehandler",
   "wtap_encaps", "wtap_presence_flags", "wtap_rec_types", "wtap_tsprecs", "FileHandler",

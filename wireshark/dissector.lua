@@ -18,7 +18,9 @@ local TIME_REF, LOAD, UNLOAD = frame_format.TIME_REF, frame_format.LOAD, frame_f
 local LOG_GOES_ON, CUT, LOG_ENDS = frame_format.LOG_GOES_ON, frame_format.CUT, frame_format.LOG_ENDS
 local udi, udi_capture = fields.udi, fields.udi_capture
 local own, experts = fields.own, fields.experts
+local CLAIM = fields.CLAIM
 local plan_for = parts.plans.plan_for
+local frames = parts.frames
 
 local byte, format, concat = string.byte, string.format, table.concat
 local floor, max, min = math.floor, math.max, math.min
@@ -36,6 +38,9 @@ else
 end
 
 local pieces, values = {}, {}
+
+-- The largest dump, in bytes, that the Info column shows.
+local MAX_SHOWN_DUMP = 16
 
 -- A method of an object takes a search each time that it is called.
 local add, set_generated = TreeItem.add, TreeItem.set_generated
@@ -78,26 +83,24 @@ local function add_field(tree, payload, field, bytes, value, shown, is_label)
   if not is_wanted(tree, field.item) and not (label_item and is_wanted(tree, label_item)) then
     return tree
   end
-  local text = field.prefix .. shown
-  local item
-  if field.is_bytes then
-    item = add(tree, field.item, captured_range(payload, field.offset, field.size)):set_text(text)
-  else
-    local make_value = field.make_value
-    if make_value then value = make_value(value) end
-    item = add_item(tree, field.item, payload, field.offset, field.size, value, text)
-  end
-  if label_item then add(item, label_item, shown) end
+  local make_value = field.make_value
+  if make_value then value = make_value(value) end
+  local item = add_item(tree, field.item, payload, field.offset, field.size, value,
+    field.prefix .. shown)
+  if label_item then set_generated(add(item, label_item, shown)) end
   if field.word_count then add_words(item, payload, field, bytes) end
   return item
 end
 
--- Adds the dumps to the pieces, and returns how many pieces there are. They show
--- the bulk, or what a signal without bulk has after its minimum length.
-local function dissect_dumps(plan, payload, tree, detailed)
+-- The bytes that dumps show: the bulk, or what a signal without bulk has after its minimum
+-- length.
+local function dump_range(plan, payload)
   local offset = payload.bulk_length == 0 and plan.min or payload.signal_length
-  local size = payload.length - offset
-  local range = captured_range(payload, offset, size)
+  return captured_range(payload, offset, payload.length - offset)
+end
+
+-- Adds the dumps to the pieces, and returns how many pieces there are.
+local function dissect_dumps(plan, range, tree, detailed)
   local digits = range:len() > 0 and range:bytes():tohex(true) or ""
   local count = 1
   for _, dump in ipairs(plan.dumps) do
@@ -119,32 +122,31 @@ local function signal_bytes(plan, payload)
   return bytes
 end
 
-local function check_success(tree, field, shown)
-  if shown ~= field.success.label then
-    tree:add_proto_expert_info(field.success.expert, field.prefix .. shown)
+local function report_outcome(tree, field, outcome, shown)
+  if shown ~= outcome.success then
+    tree:add_proto_expert_info(outcome.expert, field.prefix .. shown)
   end
 end
 
 -- Reads only the fields that other frames or the expert information depend on. The
 -- first of two passes needs no more.
-local function read_essential_fields(plan, payload, tree)
+local function read_essential_fields(plan, bytes, tree)
   local places = plan.essential
-  if #places == 0 then return end
-  local bytes = signal_bytes(plan, payload)
   for i = 1, #places do
-    local field = plan.fields[places[i]]
+    local place = places[i]
+    local field, outcome = plan.fields[place], plan.outcomes[place]
     local value, shown = field.read(bytes)
-    values[places[i]] = value
-    if field.success then check_success(tree, field, shown) end
+    values[place] = value
+    if outcome then report_outcome(tree, field, outcome, shown) end
   end
 end
 
--- Returns the line of a known signal. Adds its fields if `detailed`.
-local function dissect_fields(plan, payload, tree, detailed)
-  local bytes = signal_bytes(plan, payload)
+-- Makes the pieces of a known signal's line, and returns how many there are. Adds the fields
+-- to the tree if `detailed`.
+local function dissect_fields(plan, payload, bytes, range, tree, detailed)
   pieces[1] = plan.name
-  local count = plan.dumps[1] and dissect_dumps(plan, payload, tree, detailed) or 1
-  local plan_fields = plan.fields
+  local count = range and dissect_dumps(plan, range, tree, detailed) or 1
+  local plan_fields, outcomes = plan.fields, plan.outcomes
   local is_old = payload.version.is_old
   for i = 1, #plan_fields do
     local field = plan_fields[i]
@@ -156,63 +158,97 @@ local function dissect_fields(plan, payload, tree, detailed)
     pieces[count + 2] = shown
     count = count + 2
     local item = detailed and add_field(tree, payload, field, bytes, value, shown, is_label) or tree
-    if field.success then check_success(item, field, shown) end
+    if outcomes[i] then report_outcome(item, field, outcomes[i], shown) end
+  end
+  return count
+end
+
+-- Returns the line with its long dumps as their length, and with what is in the first of them.
+local function make_info(plan, line, count, range, content)
+  if not range or range:len() <= MAX_SHOWN_DUMP and not content then return line end
+  local shown = format("%d bytes", range:len())
+  for i = 1, #plan.dumps do
+    pieces[3 * i] = content and i == 1 and shown .. ", " .. content or shown
   end
   return concat(pieces, "", 1, count)
 end
 
--- Returns the line of a signal, and its name if the version knows it. If the line is
--- not needed, it is not made.
-local function dissect_signal(payload, pinfo, tree, detailed, needs_line)
+-- Shows a signal that the version knows and that is long enough. If the line is not needed,
+-- it is not made. Returns the line and the text of the Info column.
+local function dissect_known_signal(plan, payload, pinfo, root, tree, needs)
+  local bytes = (needs.line or plan.essential[1] or plan.content) and signal_bytes(plan, payload)
+  local range = (needs.line or plan.content) and plan.dumps[1] and dump_range(plan, payload)
+  local line, info, count
+  if needs.line then
+    count = dissect_fields(plan, payload, bytes, range, tree, needs.details)
+    line = concat(pieces, "", 1, count)
+  else
+    read_essential_fields(plan, bytes, tree)
+  end
+  local content = plan.content
+    and frames.dissect(plan.content, bytes, range, pinfo, root, needs.columns)
+  if needs.columns then info = make_info(plan, line, count, range, content) end
+  if (plan.request_keys or plan.confirm_keys) and not pinfo.visited then
+    exchanges.link(plan, values, pinfo)
+  end
+  return line, info
+end
+
+-- Shows a signal. Returns its line, the text of the Info column, and the plan of its signal if
+-- the version knows it.
+local function dissect_signal(payload, pinfo, root, tree, needs)
   local id = payload.id
   if payload.captured < payload.length then tree:add_proto_expert_info(experts.truncated) end
   local is_hip = frame_format.is_hip_id(id)
   local plan = is_hip and plan_for(payload.version, id)
-  if detailed then
-    if plan and is_wanted(tree, own.signal) then add(tree, own.signal, plan.name) end
+  if needs.details then
+    if plan and is_wanted(tree, own.signal) then
+      set_generated(add_item(tree, own.signal, payload, 0, 2, plan.name))
+    end
     if is_wanted(tree, own.id) then
       add_item(tree, own.id, payload, 0, 2, id, format("Id: 0x%04x", id))
     end
   end
   if not is_hip then
     tree:add_proto_expert_info(experts.unknown_id)
-    return format("Unknown Driver Signal : 0x%04x", id)
+    local line = format("Unknown Driver Signal : 0x%04x", id)
+    return line, line
   end
   if payload.bulk_length < 0 then
     tree:add_proto_expert_info(experts.bad_length)
-    return "vrkt_wlan_udi_log_decode: Invalid length in data reference", plan and plan.name
+    local line = "vrkt_wlan_udi_log_decode: Invalid length in data reference"
+    return line, line, plan
   end
   if not plan then
     tree:add_proto_expert_info(experts.unknown_id)
-    return format("Unknown Hip Signal : 0x%04x", id)
+    local line = format("Unknown Hip Signal : 0x%04x", id)
+    return line, line
   end
   if payload.bulk_length == 0 and payload.signal_length < plan.min then
-    tree:add_proto_expert_info(experts.too_short, format("%s has %d of at least %d bytes",
-      plan.name, payload.signal_length, plan.min))
-    return "", plan.name
+    local report = format("%s has %d of at least %d bytes", plan.name, payload.signal_length,
+      plan.min)
+    tree:add_proto_expert_info(experts.too_short, report)
+    return "", report, plan
   end
-  local line = ""
-  if needs_line then
-    line = dissect_fields(plan, payload, tree, detailed)
-  else
-    read_essential_fields(plan, payload, tree)
-  end
-  if (plan.request_keys or plan.confirm_keys) and not pinfo.visited then
-    exchanges.link(plan, values, pinfo)
-  end
-  return line, plan.name
+  local line, info = dissect_known_signal(plan, payload, pinfo, root, tree, needs)
+  return line, info, plan
 end
 
-local function dissect_event(record, tree, detailed)
+local function dissect_event(event, tree, needs)
   local line
-  if record.type == LOAD then
+  if event.type == LOAD then
     line = "Driver: Loaded"
-  elseif record.type == UNLOAD then
+  elseif event.type == UNLOAD then
     line = "Driver: Unloaded"
   else
-    line = format("Driver: Uptime: %d seconds", record.uptime)
+    line = format("Driver: Uptime: %d seconds", event.uptime)
   end
-  if detailed then add(tree, own.driver_event, record.tvb(PSEUDO_HEADER_SIZE), line) end
+  if needs.details then
+    add(tree, own.driver_event, event.tvb(PSEUDO_HEADER_SIZE), line)
+    if event.type == TIME_REF and is_wanted(tree, own.uptime) then
+      add(tree, own.uptime, event.tvb(HEADERS_SIZE + 4, 4), event.uptime)
+    end
+  end
   return line
 end
 
@@ -236,35 +272,62 @@ local function add_links(tree, number)
   end
 end
 
+local HOST = {name = "host", address = Address.ip("0.0.0.1")}
+local FIRMWARE = {name = "firmware", address = Address.ip("0.0.0.2")}
+
 -- Where a signal comes from and goes to, by the end of its name.
 local DIRECTIONS = {
-  req = {"host", "firmware"},
-  res = {"host", "firmware"},
-  cfm = {"firmware", "host"},
-  ind = {"firmware", "host"},
+  req = {from = HOST, to = FIRMWARE},
+  res = {from = HOST, to = FIRMWARE},
+  cfm = {from = FIRMWARE, to = HOST},
+  ind = {from = FIRMWARE, to = HOST},
 }
 
-local function show_columns(columns, line, name)
-  columns.protocol = "UDI"
-  columns.info = line
-  local direction = name and DIRECTIONS[name:sub(-3)]
-  if direction then columns.src, columns.dst = direction[1], direction[2] end
+-- Wireshark writes the addresses over the columns. The texts are for users to whom a made-up
+-- address says nothing.
+local function show_direction(pinfo, name)
+  local direction = DIRECTIONS[name:sub(-3)]
+  if not direction then return end
+  local from, to = direction.from, direction.to
+  pinfo.net_src, pinfo.net_dst = from.address, to.address
+  if udi.prefs.addresses then
+    pinfo.src, pinfo.dst = from.address, to.address
+  else
+    pinfo.cols.src, pinfo.cols.dst = from.name, to.name
+  end
 end
 
-local function show_line(tree, number, line, name)
-  if name and all_wanted then tree:append_text(", " .. name) end
-  add_links(tree, number)
-  if is_wanted(tree, own.line) then set_generated(add(tree, own.line, line)) end
-end
-
--- Whether Wireshark fills columns. Without them, their text is their name.
+-- Whether Wireshark fills columns. Without them, the name of a column is its text.
 local function has_columns(columns)
   return tostring(columns.info) ~= "(info)"
 end
 
--- Reads the pseudo-header and the record's header into `record`. Returns false if
--- they are not ours.
-local function parse_frame(tvb, record)
+-- What this frame needs: `details`, items below the protocol's; `columns`; and the `line`.
+local needs = {}
+
+local udi_handle  -- of the dissector, once it is registered
+
+local function note_needs(pinfo, root)
+  all_wanted = root.visible
+  needs.details = all_wanted or root:referenced(udi_handle)
+  needs.columns = has_columns(pinfo.cols)
+  needs.line = needs.details or needs.columns
+end
+
+local function show_line(tree, pinfo, line, info, plan)
+  if needs.columns then pinfo.cols.protocol, pinfo.cols.info = "UDI", info end
+  if plan then show_direction(pinfo, plan.name) end
+  if not needs.details then return end
+  if plan and all_wanted then tree:append_text(", " .. plan.name) end
+  add_links(tree, pinfo.number)
+  if is_wanted(tree, own.line) then set_generated(add(tree, own.line, line)) end
+end
+
+-- The record of the frame that is dissected.
+local record = {}
+
+-- Reads the pseudo-header and the record's header. Returns false if they are not ours.
+local function parse_frame(tvb)
   local size = tvb:len()
   if size < HEADERS_SIZE then return false end
   local head = tvb:raw(0, min(size, HEADERS_SIZE + 2))
@@ -276,6 +339,8 @@ local function parse_frame(tvb, record)
   record.version = version
   record.end_reason = byte(head, 2)
   record.end_value = u32_at(head, 12)
+  record.clock_reference = u32_at(head, 8)
+  record.milliseconds = to_signed(u32_at(head, 20), 32)
   record.is_signal = magic == SIGNAL_MAGIC
   if record.is_signal then
     record.start = HEADERS_SIZE
@@ -295,53 +360,88 @@ local function parse_frame(tvb, record)
   return true
 end
 
-local udi_handle  -- of the dissector, once it is registered
-local record = {}
+local function add_headers(tree)
+  local tvb = record.tvb
+  local function add_if_wanted(item, offset, value)
+    if is_wanted(tree, item) then add(tree, item, tvb(offset, 4), value) end
+  end
+  add_if_wanted(own.hip_version, 4, record.version.name)
+  add_if_wanted(own.clock_reference, 8, record.clock_reference)
+  add_if_wanted(own.milliseconds, PSEUDO_HEADER_SIZE + 4, record.milliseconds)
+  if not record.is_signal then return end
+  add_if_wanted(own.record_length, PSEUDO_HEADER_SIZE + 8, record.length)
+  add_if_wanted(own.signal_length, PSEUDO_HEADER_SIZE + 12, record.signal_length)
+end
+
+-- Who had the link types before. A frame that is not ours goes there, so that other captures
+-- open as they do without this plugin.
+local link_types = DissectorTable.get("wtap_encap")
+local earlier = {
+  [wtap_encaps.USER0] = link_types:get_dissector(wtap_encaps.USER0),
+  [wtap_encaps.USER1] = link_types:get_dissector(wtap_encaps.USER1),
+}
+local is_passed_on = false
+
+local function pass_on(link_type, tvb, pinfo, root)
+  local dissector = earlier[link_type]
+  -- A user's table of link types can name this plugin's dissector.
+  if not dissector or is_passed_on then return 0 end
+  is_passed_on = true
+  -- A malformed frame raises an error. The tree has the dissector's report of it then.
+  local has_ended, size = pcall(dissector.call, dissector, tvb, pinfo, root)
+  is_passed_on = false
+  return has_ended and size or tvb:len()
+end
 
 function udi.dissector(tvb, pinfo, root)
-  if not parse_frame(tvb, record) then return 0 end
-  all_wanted = root.visible
-  local detailed = all_wanted or root:referenced(udi_handle)
-  local columns = pinfo.cols
-  local in_columns = has_columns(columns)
-  local tree = add(root, udi, tvb)
-  if detailed and is_wanted(tree, own.hip_version) then
-    add(tree, own.hip_version, tvb(0, HEADERS_SIZE), record.version.name)
-  end
-  local line, name
+  if not parse_frame(tvb) then return pass_on(wtap_encaps.USER1, tvb, pinfo, root) end
+  note_needs(pinfo, root)
+  local tree = add(root, udi, tvb())
+  if needs.details then add_headers(tree) end
+  local line, info, plan
   if record.is_signal then
-    line, name = dissect_signal(record, pinfo, tree, detailed, detailed or in_columns)
+    line, info, plan = dissect_signal(record, pinfo, root, tree, needs)
   else
-    line = dissect_event(record, tree, detailed)
+    line = dissect_event(record, tree, needs)
+    info = line
     -- After a Load, no confirm answers an earlier request.
     if record.type == LOAD and not pinfo.visited then exchanges.forget_waiting() end
   end
-  if in_columns then show_columns(columns, line, name) end
-  if detailed then show_line(tree, pinfo.number, line, name) end
+  show_line(tree, pinfo, line, info, plan)
   if record.end_reason ~= LOG_GOES_ON then
     add_end_of_log(tree, record.end_reason, record.end_value)
   end
   return tvb:len()
 end
 
-function udi_capture.dissector(tvb, pinfo, root)
-  all_wanted = root.visible
-  local detailed = all_wanted or root:referenced(udi_handle)
-  local tree = add(root, udi, tvb)
+-- A frame of a capture file: a payload alone.
+local function parse_payload(tvb)
+  local size = tvb:reported_len()
   record.tvb, record.start = tvb, 0
   record.version = versions[udi.prefs.hip_version] or versions[#versions]
-  record.captured = tvb:len()
-  record.length = tvb:reported_len()
-  record.signal_length, record.bulk_length = record.length, 0
+  record.captured, record.length = tvb:len(), size
+  record.signal_length, record.bulk_length = size, 0
   record.id = u16_at(tvb:raw(0, min(2, tvb:len())) .. "\0\0", 0)
-  if detailed then set_generated(add(tree, own.hip_version, record.version.name)) end
-  local line, name = dissect_signal(record, pinfo, tree, detailed, true)
-  show_columns(pinfo.cols, line, name)
-  if detailed then show_line(tree, pinfo.number, line, name) end
+end
+
+local function is_claimed()
+  local claim = udi.prefs.capture_files
+  if claim ~= CLAIM.SIGNALS then return claim == CLAIM.ALL end
+  local plan = frame_format.is_hip_id(record.id) and plan_for(record.version, record.id)
+  return plan and record.length >= plan.min
+end
+
+function udi_capture.dissector(tvb, pinfo, root)
+  parse_payload(tvb)
+  if not is_claimed() then return pass_on(wtap_encaps.USER0, tvb, pinfo, root) end
+  note_needs(pinfo, root)
+  local tree = add(root, udi, tvb())
+  if needs.details then set_generated(add(tree, own.hip_version, record.version.name)) end
+  local line, info, plan = dissect_signal(record, pinfo, root, tree, needs)
+  show_line(tree, pinfo, line, info, plan)
   return tvb:len()
 end
 
-local link_types = DissectorTable.get("wtap_encap")
 link_types:add(wtap_encaps.USER0, udi_capture)
 link_types:add(wtap_encaps.USER1, udi)
 udi_handle = Dissector.get("udi")

@@ -5,26 +5,6 @@
 local vocabulary, parts = ...
 local versions = parts.format.versions
 
-local max = math.max
-
--- The forms of fields, with what a filter field needs to know of them. `words` is
--- the form of each word.
-local FORMS = {
-  u8 = {size = 1},
-  u16 = {size = 2},
-  u32 = {size = 4},
-  i16 = {size = 2, signed = true},
-  i32 = {size = 4, signed = true},
-  x16 = {size = 2, hex = true},
-  x16_no_space = {size = 2, hex = true},
-  x32 = {size = 4, hex = true},
-  enum16 = {size = 2},
-  words = {size = 2, hex = true},
-  hex8 = {size = 8, hex = true},
-  mac = {size = 6, kind = "address"},
-  dump = {size = 0, kind = "bytes"},
-}
-
 -- Calls `add(name, form, offset, argument)` for each dump and field of a layout,
 -- in print order.
 local function for_each_field(layout, add)
@@ -43,57 +23,10 @@ local function labels_of(enumeration, version)
   return labels
 end
 
--- In Wireshark a name has one type. Where the forms of a name differ between
--- signals, the field has the widest of them. A number that also occurs as an
--- address or as a dump makes all of them bytes.
-
-local uses = {}  -- by name: what all forms of the name need together
-
-local function note_use(name, form_name)
-  local form = FORMS[form_name]
-  local kind = form.kind or "number"
-  local use = uses[name]
-  if not use then
-    use = {kind = kind, size = 1, unsigned_size = 0, hex = true}
-    uses[name] = use
-  end
-  if use.kind ~= kind then use.kind = "bytes" end
-  use.size = max(use.size, form.size)
-  if form.signed then
-    use.signed = true
-  else
-    use.unsigned_size = max(use.unsigned_size, form.size)
-  end
-  use.hex = use.hex and form.hex
-  use.has_labels = use.has_labels or form_name == "enum16"
-end
-
-for _, layout in ipairs(vocabulary.layouts) do for_each_field(layout, note_use) end
-
--- Returns the field of a name, and a function that makes its value of a number
--- where Wireshark needs more than a number.
-local function make_item(name, use)
-  local filter = "udi." .. name
-  local display = use.hex and base.HEX or base.DEC
-  if use.kind == "bytes" then return ProtoField.bytes(filter, name) end
-  if use.kind == "address" then return ProtoField.ether(filter, name), Address.ether end
-  if use.signed then
-    -- A signed type needs another bit for the values of an unsigned form.
-    if max(use.size, 2 * use.unsigned_size) <= 4 then
-      return ProtoField.int32(filter, name, base.DEC)
-    end
-    return ProtoField.int64(filter, name, base.DEC), Int64.new
-  end
-  if use.size == 1 then return ProtoField.uint8(filter, name, display) end
-  if use.size == 2 then return ProtoField.uint16(filter, name, display) end
-  if use.size == 4 then return ProtoField.uint32(filter, name, display) end
-  return ProtoField.uint64(filter, name, display), UInt64.new
-end
-
 local udi = Proto("udi", "WLAN driver UDI log")
 local udi_capture = Proto("udi_capture", "WLAN driver signals in a capture file")
 
--- No field of a signal may have one of these names.
+-- The build fails if a signal has a field with one of these names.
 local own = {
   line = ProtoField.string("udi.line", "Line"),
   signal = ProtoField.string("udi.signal", "Signal"),
@@ -105,18 +38,40 @@ local own = {
     frametype.REQUEST),
   response_time = ProtoField.relative_time("udi.response_time", "Time from request"),
   driver_event = ProtoField.string("udi.driver.event", "Driver event"),
+  uptime = ProtoField.int32("udi.uptime", "Uptime", base.DEC, nil, nil, "In seconds"),
+  clock_reference = ProtoField.uint32("udi.clock_reference", "Clock reference", base.DEC, nil, nil,
+    "Seconds of Unix time from which the milliseconds count"),
+  milliseconds = ProtoField.int32("udi.milliseconds", "Milliseconds", base.DEC, nil, nil,
+    "Time from the clock reference"),
+  record_length = ProtoField.uint32("udi.record_length", "Record length", base.DEC, nil, nil,
+    "Bytes of the signal and its bulk"),
+  signal_length = ProtoField.uint32("udi.signal_length", "Signal length", base.DEC, nil, nil,
+    "Bytes of the signal without its bulk"),
 }
 
+-- The fields of signals by their names, the fields of their labels, and what makes a value of a
+-- number where Wireshark needs more than a number.
 local items, label_items, converters = {}, {}, {}
+
+local CONVERTERS = {ether = Address.ether, uint64 = UInt64.new}
+
+local function make_item(field)
+  local filter, name, description = "udi." .. field.name, field.name, field.description
+  local make = ProtoField[field.type]
+  if field.type == "ether" then return make(filter, name, description) end
+  if field.type == "bytes" then return make(filter, name, base.NONE, description) end
+  return make(filter, name, field.is_hex and base.HEX or base.DEC, nil, nil, description)
+end
+
 do
   local all = {}
   for _, item in pairs(own) do all[#all + 1] = item end
-  for name, use in pairs(uses) do
-    assert(not own[name], name)
-    items[name], converters[name] = make_item(name, use)
+  for _, field in ipairs(vocabulary.fields) do
+    local name = field.name
+    items[name], converters[name] = make_item(field), CONVERTERS[field.type]
     all[#all + 1] = items[name]
-    if use.has_labels then
-      label_items[name] = ProtoField.string("udi." .. name .. ".label", "Label")
+    if field.has_labels then
+      label_items[name] = ProtoField.string("udi." .. name .. ".label", name .. " label")
       all[#all + 1] = label_items[name]
     end
   end
@@ -126,6 +81,8 @@ end
 local experts = {
   result = ProtoExpert.new("udi.expert.result", "The result is not success",
     expert.group.RESPONSE_CODE, expert.severity.WARN),
+  disconnect = ProtoExpert.new("udi.expert.disconnect", "The reason of a disconnect",
+    expert.group.RESPONSE_CODE, expert.severity.NOTE),
   transmission = ProtoExpert.new("udi.expert.transmission", "The transmission failed",
     expert.group.RESPONSE_CODE, expert.severity.WARN),
   too_short = ProtoExpert.new("udi.expert.too_short", "The signal is too short",
@@ -154,15 +111,27 @@ do
     "A capture file (link type USER0) does not name its HIP version", choices)
 end
 
+-- Which frames of link type USER0 are signals of a capture file.
+local CLAIM = {SIGNALS = 1, ALL = 2, NONE = 3}
+udi.prefs.capture_files = Pref.enum("Frames of link type USER0", CLAIM.SIGNALS,
+  "Which frames of this link type, which others use too, are shown as signals", {
+    {1, "known signals", CLAIM.SIGNALS},
+    {2, "all", CLAIM.ALL},
+    {3, "none", CLAIM.NONE},
+  })
+
+udi.prefs.addresses = Pref.bool("Host and firmware as addresses", false,
+  "Gives each signal the source and destination 0.0.0.1, the host, and 0.0.0.2, the firmware. "
+    .. "The flow graph needs them")
+
 return {
   udi = udi,
   udi_capture = udi_capture,
   own = own,
   experts = experts,
-  FORMS = FORMS,
+  CLAIM = CLAIM,
   for_each_field = for_each_field,
   labels_of = labels_of,
-  uses = uses,
   items = items,
   label_items = label_items,
   converters = converters,

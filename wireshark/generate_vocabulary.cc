@@ -10,20 +10,31 @@
 //
 // usage: generate_vocabulary PLUGIN PART...
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "fapi/compiled_signal.h"
+#include "fapi/field_forms.h"
 #include "fapi/hip_version_tags.h"
 #include "fapi/vocabulary.h"
+#include "field_descriptions.h"
 #include "hip/hip_versions.h"
 
 namespace {
+
+[[noreturn]] void Fail(const std::string& message) {
+  std::fprintf(stderr, "%s\n", message.c_str());
+  std::exit(1);
+}
 
 std::string GetString(TextRange range) { return std::string(GetText(range).text()); }
 
@@ -32,6 +43,108 @@ void WriteVersions(std::FILE* output) {
   for (const HipVersionEntry& entry : HipVersionTable) {
     std::fprintf(output, "    {name = \"%s\", packed = 0x%08X},\n", entry.name,
                  static_cast<unsigned>(entry.version));
+  }
+  std::fprintf(output, "  },\n");
+}
+
+// The bytes of each form.
+void WriteForms(std::FILE* output) {
+  std::fprintf(output, "  forms = {\n");
+  for (const FieldForm& form : kFieldForms) {
+    std::fprintf(output, "    %s = %d,\n", form.name, form.width);
+  }
+  std::fprintf(output, "  },\n");
+}
+
+// What a filter field of Wireshark holds.
+struct FieldType {
+  enum class Kind : std::uint8_t { kUnsigned, kSigned, kAddress, kBytes };
+  Kind kind;
+  int size;  // in bytes, of a number
+  bool is_hex;
+  bool has_labels;
+};
+
+FieldType GetType(FieldRenderer form) {
+  using Kind = FieldType::Kind;
+  const int size = GetForm(form).width;
+  switch (form) {
+    case FieldRenderer::kU8:
+    case FieldRenderer::kU16:
+    case FieldRenderer::kU32:
+      return {Kind::kUnsigned, size, false, false};
+    case FieldRenderer::kI16:
+    case FieldRenderer::kI32:
+      return {Kind::kSigned, size, false, false};
+    case FieldRenderer::kX16:
+    case FieldRenderer::kX16NoSpace:
+    case FieldRenderer::kX32:
+    case FieldRenderer::kHex8:
+    case FieldRenderer::kWords:
+      return {Kind::kUnsigned, size, true, false};
+    case FieldRenderer::kEnum16:
+      return {Kind::kUnsigned, size, false, true};
+    case FieldRenderer::kMac:
+      return {Kind::kAddress, size, false, false};
+    case FieldRenderer::kDump:
+      return {Kind::kBytes, size, false, false};
+  }
+  std::abort();
+}
+
+// The types by the names of the fields. In Wireshark a name has one type: where the numbers
+// of a name have several sizes, the largest.
+std::map<std::string, FieldType> ListFieldTypes() {
+  std::map<std::string, FieldType> types;
+  for (const CompiledSignal& signal : ListLayouts()) {
+    for (const CompiledField& field : GetFields(signal)) {
+      const std::string name = GetString(field.name);
+      const FieldType type = GetType(field.form);
+      FieldType& merged = types.try_emplace(name, type).first->second;
+      if (merged.kind != type.kind) {
+        Fail("The fields \"" + name + "\" have types that no field of Wireshark can hold together");
+      }
+      merged.size = std::max(merged.size, type.size);
+      merged.is_hex = merged.is_hex && type.is_hex;
+      merged.has_labels = merged.has_labels || type.has_labels;
+    }
+  }
+  return types;
+}
+
+std::string GetTypeName(const FieldType& type) {
+  switch (type.kind) {
+    case FieldType::Kind::kUnsigned:
+      return "uint" + std::to_string(8 * type.size);
+    case FieldType::Kind::kSigned:
+      return "int" + std::to_string(8 * type.size);
+    case FieldType::Kind::kAddress:
+      return "ether";
+    case FieldType::Kind::kBytes:
+      return "bytes";
+  }
+  std::abort();
+}
+
+const char* FindDescription(const std::string& name) {
+  for (const FieldDescription& description : kFieldDescriptions) {
+    if (name == description.name) return description.text;
+  }
+  return nullptr;
+}
+
+// The filter fields of the signals. The type is the name of Wireshark's constructor.
+void WriteFields(std::FILE* output) {
+  std::fprintf(output, "  fields = {\n");
+  for (const auto& [name, type] : ListFieldTypes()) {
+    std::fprintf(output, "    {name = \"%s\", type = \"%s\"", name.c_str(),
+                 GetTypeName(type).c_str());
+    if (type.is_hex) std::fprintf(output, ", is_hex = true");
+    if (type.has_labels) std::fprintf(output, ", has_labels = true");
+    if (const char* const text = FindDescription(name)) {
+      std::fprintf(output, ", description = \"%s\"", text);
+    }
+    std::fprintf(output, "},\n");
   }
   std::fprintf(output, "  },\n");
 }
@@ -92,6 +205,8 @@ void WriteSignals(std::FILE* output) {
 void WriteVocabulary(std::FILE* output) {
   std::fprintf(output, "local vocabulary = {\n");
   WriteVersions(output);
+  WriteForms(output);
+  WriteFields(output);
   WriteLayouts(output);
   WriteEnumerations(output);
   WriteSignals(output);
@@ -115,6 +230,29 @@ struct Part {
   std::string name;  // without ".lua"
   std::string text;
 };
+
+// The plugin has fields of its own beside those of the signals. A part names them as in
+// "udi.line". Names with a further dot cannot be those of a signal's field.
+void CheckOwnNames(const Part& part) {
+  const auto types = ListFieldTypes();
+  constexpr std::string_view kStart = "\"udi.";
+  for (std::size_t at = 0; (at = part.text.find(kStart, at)) != std::string::npos;) {
+    at += kStart.size();
+    const std::string name = part.text.substr(at, part.text.find('"', at) - at);
+    if (types.contains(name)) {
+      Fail(part.name + ".lua has a field \"udi." + name + "\", and so does a signal");
+    }
+  }
+}
+
+void CheckDescriptions() {
+  const auto types = ListFieldTypes();
+  for (const FieldDescription& description : kFieldDescriptions) {
+    if (!types.contains(description.name)) {
+      Fail(std::string("No signal has the field \"") + description.name + "\" of the descriptions");
+    }
+  }
+}
 
 // In Lua, this string has no escape sequences, and its lines are those of the part.
 void WritePart(const Part& part, std::FILE* output) {
@@ -147,6 +285,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: %s PLUGIN PART...\n", argv[0]);
     return 1;
   }
+  CheckDescriptions();
   std::vector<Part> parts;
   for (int i = 2; i < argc; ++i) {
     Part part{.name = std::filesystem::path(argv[i]).stem(), .text = {}};
@@ -154,6 +293,7 @@ int main(int argc, char** argv) {
       std::perror(argv[i]);
       return 1;
     }
+    CheckOwnNames(part);
     parts.push_back(std::move(part));
   }
   // A failure leaves no part of a plugin, and an old one as it was.

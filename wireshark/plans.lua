@@ -4,10 +4,10 @@
 -- the line shows for it (a text or a number), and true if that is a label.
 
 local vocabulary, parts = ...
-local frame_format, fields = parts.format, parts.fields
+local frame_format, fields, frames = parts.format, parts.fields, parts.frames
 local u16_at, u32_at, to_signed = frame_format.u16_at, frame_format.u32_at, frame_format.to_signed
-local FORMS, for_each_field, labels_of = fields.FORMS, fields.for_each_field, fields.labels_of
-local experts, uses = fields.experts, fields.uses
+local for_each_field, labels_of = fields.for_each_field, fields.labels_of
+local experts = fields.experts
 local items, label_items, converters = fields.items, fields.label_items, fields.converters
 
 local byte, format, concat, max = string.byte, string.format, table.concat, math.max
@@ -110,26 +110,30 @@ function make_reader.enum16(offset, enumeration, version)
   end
 end
 
--- What each field with an outcome shows on success.
-local SUCCESS = {
-  result_code = {label = "success", expert = experts.result},
-  transmission_status = {label = "successful", expert = experts.transmission},
+-- The fields that say how something ended, with what they show on success.
+local OUTCOMES = {
+  result_code = {success = "success", expert = experts.result},
+  transmission_status = {success = "successful", expert = experts.transmission},
 }
+local DISCONNECT = {expert = experts.disconnect}
+
+local function find_outcome(signal, field)
+  if field == "reason_code" and signal:find("^mlme_disconnect") then return DISCONNECT end
+  return OUTCOMES[field]
+end
 
 local function make_field(name, form, offset, argument, version)
   local field = {
     name = name,
     offset = offset,
-    size = form == "words" and 2 * argument or FORMS[form].size,
+    size = form == "words" and 2 * argument or vocabulary.forms[form],
     prefix = name .. ":",
     line_prefix = (form == "x16_no_space" and "" or " ") .. name .. ":",
     read = make_reader[form](offset, argument, version),
     item = items[name],
   }
   field.word_count = form == "words" and argument or nil
-  field.is_bytes = uses[name].kind == "bytes" or nil
   field.label_item = form == "enum16" and label_items[name] or nil
-  field.success = SUCCESS[name]
   -- This form has a value of Wireshark's own already.
   field.make_value = form ~= "hex8" and converters[name] or nil
   return field
@@ -187,7 +191,7 @@ end
 local function make_plan(signals, id, layout, version)
   local name, least = layout:match("^(%S+) (%d+)")
   local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {},
-    essential = {}}
+    essential = {}, outcomes = {}}
   for_each_field(layout, function(field_name, form, offset, argument)
     if form == "dump" then
       plan.dumps[#plan.dumps + 1] = {
@@ -201,8 +205,15 @@ local function make_plan(signals, id, layout, version)
     plan.fields[#plan.fields + 1] = field
     plan.place[field_name] = plan.place[field_name] or #plan.fields
     plan.finish = max(plan.finish, offset + field.size)
-    if field.success then plan.essential[#plan.essential + 1] = #plan.fields end
+    local outcome = find_outcome(name, field_name)
+    if outcome then
+      plan.outcomes[#plan.fields] = outcome
+      plan.essential[#plan.essential + 1] = #plan.fields
+    end
   end)
+  if plan.dumps[1] then
+    plan.content = frames.find_content(name, plan.fields[plan.place.data_unit_descriptor])
+  end
   local stem, role = name:match("^(.*)(_%a+)$")
   if role == "_req" then
     plan.request_keys = find_exchange(plan, stem, "_cfm", signals)

@@ -86,8 +86,8 @@ class Sharkd {
     return OpenFile("log");
   }
 
-  void SetHipVersion(const std::string& version) {
-    Ask(R"("setconf","params":{"name":"udi.hip_version","value":")" + version + R"("})");
+  void SetPreference(const std::string& name, const std::string& value) {
+    Ask(R"("setconf","params":{"name":"udi.)" + name + R"(","value":")" + value + R"("})");
   }
 
   // Returns the numbers of the frames that pass the filter.
@@ -250,6 +250,7 @@ TEST_F(PluginInSharkd, RejectedHeadersAreNotOpened) {
 // because some fields have none before their name.
 TEST_F(PluginInSharkd, TheTreeReadsAsTheLine) {
   const std::string log = MakeReferenceLog(HipVersionTag::E).bytes();
+  sharkd_->SetPreference("dissect_frames", "FALSE");
   sharkd_->Open(log);
   const Lines lines = ToolLines(log);
   ASSERT_GT(lines.size(), 1000U);
@@ -260,8 +261,9 @@ TEST_F(PluginInSharkd, TheTreeReadsAsTheLine) {
     for (const std::string& item : sharkd_->ShowTree(i + 1)) {
       constexpr std::string_view kProtocol = "WLAN driver UDI log, ";
       if (item.starts_with(kProtocol)) shown = item.substr(kProtocol.size());
-      if (item[0] >= 'a' && item[0] <= 'z' && !is_report) shown += item;
-      if (item[0] == '[') {  // a word of the field before, as in "[1]:0x0302"
+      const bool is_field = item[0] >= 'a' && item[0] <= 'z';
+      if (is_field && item.find(" label: ") == std::string::npos && !is_report) shown += item;
+      if (item[0] == '[' && item[1] <= '9') {  // a word of the field before, as in "[1]:0x0302"
         const std::size_t place = shown.rfind('[') + 1 + 7 * std::stoul(item.substr(1));
         EXPECT_EQ(item.substr(item.find(':') + 1), shown.substr(place, 6)) << shown;
       }
@@ -272,6 +274,7 @@ TEST_F(PluginInSharkd, TheTreeReadsAsTheLine) {
     std::erase(shown, ' ');
     ASSERT_EQ(shown, expected) << "frame " << i + 1;
   }
+  sharkd_->SetPreference("dissect_frames", "TRUE");
 }
 
 TEST_F(PluginInSharkd, Filters) {
@@ -390,17 +393,19 @@ TEST_F(PluginInSharkd, CaptureFile) {
     without_bulk.Record(0ms, record.payload, record.payload.size());
   }
   const std::string pcap = RunTool({.arguments = {"stdin", "--pcap"}, .input = log}).pcap;
+  sharkd_->SetPreference("capture_files", "all");
   sharkd_->Open(pcap);
   EXPECT_EQ(sharkd_->ShowFields({"udi.hip_version"})[0], kLastVersion);
-  sharkd_->SetHipVersion("14.3.10");
+  sharkd_->SetPreference("hip_version", "14.3.10");
   sharkd_->Open(pcap);
   EXPECT_EQ(FindDifference(sharkd_->ShowFields({"udi.line"}), ToolLines(without_bulk.bytes())), "");
   EXPECT_FALSE(sharkd_->Filter("udi.freq_offset_cur < 0").empty());
-  sharkd_->SetHipVersion(kLastVersion);
+  sharkd_->SetPreference("hip_version", kLastVersion);
   std::string truncated = pcap;
   truncated[24 + 12] += 1;  // the original length of the first frame
   sharkd_->Open(truncated);
   EXPECT_EQ(sharkd_->Filter("udi.expert.truncated"), Lines{"1"});
+  sharkd_->SetPreference("capture_files", "known signals");
 }
 
 }  // namespace
