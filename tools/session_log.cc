@@ -1,8 +1,13 @@
-// A typical session: a phone scans, connects, sets keys, exchanges frames, roams, loses
-// the network and fails to reconnect. Then the driver is reloaded with a later HIP
-// version and runs a radio test.
+// A typical session: a phone scans, connects, sets keys, gets an address, exchanges frames,
+// roams, loses the network and fails to reconnect. Then the driver is reloaded with a later
+// HIP version and runs a radio test.
 
 #include "session_log.h"
+
+#include <string>
+#include <string_view>
+
+#include "frames.h"
 
 namespace {
 
@@ -11,16 +16,21 @@ constexpr std::uint32_t kAfterReload = kMorning + 65;
 
 constexpr unsigned kVif = 1;
 constexpr unsigned kScan = 1;
-constexpr unsigned kPeer = 1;  // the access point's index
+constexpr unsigned kPeer = 1;  // the access point's index, and the phone's association
 
 constexpr const char* kPhone = "00:11:22:33:44:55";
-constexpr const char* kFirstAccessPoint = "0a:0b:0c:0d:0e:0f";
-constexpr const char* kSecondAccessPoint = "0a:0b:0c:0d:0e:1f";
-constexpr const char* kAnybody = "ff:ff:ff:ff:ff:ff";
+constexpr const char* kSsid = "home";
 
-// In units of 0.5 MHz.
-constexpr unsigned kChannel6 = 2 * 2437;
-constexpr unsigned kChannel11 = 2 * 2462;
+struct AccessPoint {
+  const char* bssid;
+  unsigned channel;
+};
+
+constexpr AccessPoint kFirst = {"0a:0b:0c:0d:0e:0f", 6};
+constexpr AccessPoint kSecond = {"0a:0b:0c:0d:0e:1f", 11};
+
+constexpr Host kPhoneHost = {kPhone, 0xC0A80117};     // 192.168.1.23
+constexpr Host kRouter = {kFirst.bssid, 0xC0A80101};  // 192.168.1.1, also the DHCP server
 
 // Enumerated values, named after their labels.
 constexpr unsigned kSuccess = 0;
@@ -35,30 +45,23 @@ constexpr unsigned kPairwise = 1;
 constexpr unsigned kQosUp0 = 0;
 constexpr unsigned kQosUp6 = 6;
 constexpr unsigned kContention = 0x8000;
+constexpr unsigned kIeee80211Frame = 0;
 constexpr unsigned kIeee8023Frame = 1;
 constexpr unsigned kInline = 0;
 constexpr unsigned kSuccessful = 0;
 constexpr unsigned kRetryLimit = 1;
 constexpr unsigned kEapolKeyM123 = 2;
+constexpr unsigned kEapolKeyM4 = 3;
+constexpr unsigned kDhcp = 5;
+constexpr unsigned kIeee80211Mgmt = 0x11;
+constexpr unsigned kInactivity = 4;
 constexpr unsigned kTimeout = 0x27;
 constexpr unsigned kHostRequestFailed = 0x800C;
 
 constexpr std::uint32_t kCcmp = 0x000FAC04;  // a cipher suite of IEEE 802.11
 
-// The first bytes of a beacon, of an EAPOL key frame and of a ping, and an ARP request
-// with its reply.
-constexpr const char* kBeacon = "8000 0000 ffffffffffff 0a0b0c0d0e0f 0a0b0c0d0e0f 1000";
-constexpr const char* kSsid = "0004 686f6d65";  // the element of "home"
-constexpr const char* kEapolKey = "888e 0203 005f 02 008a 0010";
-constexpr const char* kWhoHas =
-    "ffffffffffff 001122334455 0806 0001 0800 06 04 0001 001122334455 c0a80117 000000000000 "
-    "c0a80101";
-constexpr const char* kIsAt =
-    "001122334455 0a0b0c0d0e0f 0806 0001 0800 06 04 0002 0a0b0c0d0e0f c0a80101 001122334455 "
-    "c0a80117";
-constexpr const char* kPing =
-    "0a0b0c0d0e0f 001122334455 0800 4500 0054 0000 4000 40 01 b755 c0a80117 c0a80101 0800 f7ff "
-    "0001 0001";
+// In units of 0.5 MHz.
+constexpr unsigned GetFrequency(unsigned channel) { return 2 * (2407 + 5 * channel); }
 
 // The layout of most confirms.
 Fapi Confirm(std::uint16_t id, unsigned result_code) {
@@ -72,32 +75,44 @@ Fapi AddVifReq() { return Fapi(0x2007).U16(kVif).Mac(kPhone).U16(kStation).Mac(k
 
 // In these signals, bytes 10 and 11 are not printed.
 Fapi AddScanReq() {
-  return Fapi(0x2005).U16(0, kScan, kFullScan).Mac(kAnybody).U16(kRealTime).Spares().Bulk(kSsid);
+  return Fapi(0x2005)
+      .U16(0, kScan, kFullScan)
+      .Mac(kBroadcast)
+      .U16(kRealTime)
+      .Spares()
+      .BulkBytes(MakeSsidElement(kSsid));
 }
 Fapi AddScanCfm() { return Fapi(0x2105).U16(0, kSuccess, kScan).Spares(); }
 Fapi ScanDoneInd() { return Fapi(0x2301).U16(0, kScan).Spares(); }
-Fapi ScanInd(unsigned channel_frequency, int rssi) {
+Fapi ScanInd(const AccessPoint& access_point, int rssi, unsigned sequence_number) {
   return Fapi(0x2300)
-      .U16(kVif, channel_frequency, static_cast<unsigned>(rssi), kScan, 0, 0, 0, 0)
+      .U16(kVif, GetFrequency(access_point.channel), static_cast<unsigned>(rssi), kScan, 0, 0, 0, 0)
       .Spares()
-      .Bulk(kBeacon);
+      .BulkBytes(MakeBeacon(access_point.bssid, sequence_number, kSsid, access_point.channel));
 }
 
-Fapi ConnectReq(const char* bssid, unsigned channel_frequency) {
-  return Fapi(0x200B).U16(kVif).Mac(bssid).U16(kOpenSystem, channel_frequency).Spares().Bulk(kSsid);
+Fapi ConnectReq(const AccessPoint& access_point) {
+  return Fapi(0x200B)
+      .U16(kVif)
+      .Mac(access_point.bssid)
+      .U16(kOpenSystem, GetFrequency(access_point.channel))
+      .Spares()
+      .BulkBytes(MakeSsidElement(kSsid) + MakeRsnElement());
 }
-Fapi ConnectInd(unsigned result_code) {
-  return Fapi(0x2303).U16(kVif, result_code).Spares().Bulk(kSsid);
+Fapi ConnectInd(unsigned result_code, const std::string& response) {
+  return Fapi(0x2303).U16(kVif, result_code).Spares().BulkBytes(response);
 }
-Fapi ProcedureStartedInd(unsigned procedure_type) {
-  return Fapi(0x230A).U16(kVif, procedure_type, kPeer).Spares().Bulk(kSsid);
+Fapi ProcedureStartedInd(unsigned procedure_type, const std::string& request) {
+  return Fapi(0x230A).U16(kVif, procedure_type, kPeer).Spares().BulkBytes(request);
 }
-Fapi RoamedInd() { return Fapi(0x2307).U16(kVif, 1).Spares().Bulk(kBeacon); }
+Fapi RoamedInd(const std::string& response) {
+  return Fapi(0x2307).U16(kVif, 1).Spares().BulkBytes(response);
+}
 Fapi DisconnectedInd(const char* peer, unsigned reason_code) {
   return Fapi(0x2309).U16(kVif).Mac(peer).U16(reason_code).Spares();
 }
 
-Fapi SetkeysReq(unsigned key_id, unsigned key_type, const char* address) {
+Fapi SetkeysReq(unsigned key_id, unsigned key_type, std::string_view address) {
   return Fapi(0x2018)
       .U16(kVif, 128, key_id, key_type)
       .Mac(address)
@@ -106,31 +121,41 @@ Fapi SetkeysReq(unsigned key_id, unsigned key_type, const char* address) {
       .Spares()
       .Bulk("000102030405060708090a0b0c0d0e0f");
 }
-Fapi SendEapolReq(unsigned host_tag) {
+
+Fapi SendFrameReq(unsigned host_tag, unsigned message_type, const std::string& frame) {
+  const bool is_80211 = message_type == kIeee80211Mgmt;
   return Fapi(0x2010)
-      .U16(kVif, host_tag, kIeee8023Frame, kEapolKeyM123, 0)
+      .U16(kVif, host_tag, is_80211 ? kIeee80211Frame : kIeee8023Frame, message_type,
+           is_80211 ? GetFrequency(kFirst.channel) : 0)
       .U32(0, 0)
       .Spares()
-      .Bulk(kEapolKey);
+      .BulkBytes(frame);
 }
+Fapi SendFrameCfm(unsigned host_tag) { return Fapi(0x2110).U16(kVif, host_tag, kSuccess).Spares(); }
 Fapi FrameTransmissionInd(unsigned host_tag) {
   return Fapi(0x230C).U16(kVif, host_tag, kSuccessful).Spares();
 }
+Fapi ReceivedFrameInd(const AccessPoint& access_point, const std::string& frame) {
+  return Fapi(0x230D)
+      .U16(kVif, kIeee80211Frame, GetFrequency(access_point.channel))
+      .Spares()
+      .BulkBytes(frame);
+}
 
-Fapi UnitdataReq(unsigned host_tag, unsigned priority, const char* frame) {
+Fapi UnitdataReq(unsigned host_tag, unsigned priority, const std::string& frame) {
   return Fapi(0x1000)
       .U16(kVif, host_tag, priority, kPeer, kIeee8023Frame, kInline)
       .Spares()
-      .Bulk(frame);
+      .BulkBytes(frame);
 }
 Fapi UnitdataCfm(unsigned transmission_status, unsigned host_tag, unsigned sequence_number) {
   return Fapi(0x1100).U16(kVif, transmission_status, host_tag, sequence_number, kPeer).Spares();
 }
-Fapi UnitdataInd(unsigned sequence_number, unsigned priority, const char* frame) {
+Fapi UnitdataInd(unsigned sequence_number, const std::string& frame) {
   return Fapi(0x1300)
-      .U16(kVif, kIeee8023Frame, sequence_number, priority, kPeer, 0, kInline)
+      .U16(kVif, kIeee8023Frame, sequence_number, kContention, kPeer, 0, kInline)
       .Spares()
-      .Bulk(frame);
+      .BulkBytes(frame);
 }
 
 Fapi StartLinkStatisticsReq() { return Fapi(0x2024).U16(kVif, 128, 1).Spares(); }
@@ -152,7 +177,7 @@ Fapi TxSetParamsReq() {
       .U32(0, 0);
 }
 Fapi TxStartReq() {
-  return Fapi(0x9008).U32(1000).U16(1, 0).Mac(kAnybody).Mac(kPhone).Mac(kPhone).U16(1).Spares();
+  return Fapi(0x9008).U32(1000).U16(1, 0).Mac(kBroadcast).Mac(kPhone).Mac(kPhone).U16(1).Spares();
 }
 Fapi TxReadCfm() {
   return Fapi(0x9105)
@@ -165,11 +190,30 @@ Fapi TxReadCfm() {
 // The confirms of the radio test have no vif.
 Fapi TestConfirm(std::uint16_t id) { return Fapi(id).U16(kSuccess).Spares(); }
 
+// A frame that the phone sends, up to its transmission.
+void AddSentFrame(Log& log, Log::Time time, unsigned host_tag, unsigned message_type,
+                  const std::string& frame) {
+  log.Signal(time, SendFrameReq(host_tag, message_type, frame))
+      .Signal(time + 1ms, SendFrameCfm(host_tag))
+      .Signal(time + 3ms, FrameTransmissionInd(host_tag));
+}
+
+// The handshake that both sides derive keys from. It takes 16 ms and two host tags.
+void AddHandshake(Log& log, Log::Time time, const AccessPoint& access_point, unsigned host_tag) {
+  const auto make_message = [&](unsigned number) {
+    return MakeEapolKeyFrame(number, access_point.bssid, kPhone);
+  };
+  log.Signal(time, UnitdataInd(0, make_message(1)));
+  AddSentFrame(log, time + 3ms, host_tag, kEapolKeyM123, make_message(2));
+  log.Signal(time + 10ms, UnitdataInd(1, make_message(3)));
+  AddSentFrame(log, time + 13ms, host_tag + 1, kEapolKeyM4, make_message(4));
+}
+
 }  // namespace
 
 Log SessionLog() {
-  return Log()
-      .Header("14.3.10")
+  Log log;
+  log.Header("14.3.10")
       .TimeRef(kMorning, 4711)
       .Load(12ms)
       .Signal(40ms, AddVifReq())
@@ -178,39 +222,53 @@ Log SessionLog() {
       // point.
       .Signal(100ms, AddScanReq())
       .Signal(101ms, AddScanCfm())
-      .Signal(180ms, ScanInd(kChannel6, -48))
-      .Signal(310ms, ScanInd(kChannel11, -71))
+      .Signal(180ms, ScanInd(kFirst, -48, 2801))
+      .Signal(310ms, ScanInd(kSecond, -71, 911))
       .Signal(420ms, ScanDoneInd())
-      .Signal(500ms, ConnectReq(kFirstAccessPoint, kChannel6))
+      .Signal(500ms, ConnectReq(kFirst))
       .Signal(501ms, Confirm(0x210B, kSuccess))
-      .Signal(503ms, EventLogInd(0x0000, "40e2010000000000"))
-      .Signal(540ms, ProcedureStartedInd(kConnectionStarted))
+      .Signal(503ms, EventLogInd(0x0000, "40e2010000000000"));
+  AddSentFrame(log, 510ms, 0x0001, kIeee80211Mgmt,
+               MakeAuthentication({kFirst.bssid, kPhone, 0}, 1));
+  log.Signal(520ms, ReceivedFrameInd(kFirst, MakeAuthentication({kFirst.bssid, kPhone, 2806}, 2)))
+      .Signal(540ms, ProcedureStartedInd(kConnectionStarted,
+                                         MakeAssociationRequest({kFirst.bssid, kPhone, 1}, kSsid)))
       .Signal(552ms, EventLogInd(0x0002, "f0e2010000000000"))
-      .Signal(560ms, ConnectInd(kSuccess))
-      .Signal(561ms, Response(0x2200))
-      .Signal(570ms, UnitdataInd(0, kContention, kEapolKey))
-      .Signal(573ms, SendEapolReq(0x0001))
-      .Signal(576ms, FrameTransmissionInd(0x0001))
-      .Signal(590ms, SetkeysReq(0, kPairwise, kFirstAccessPoint))
+      .Signal(560ms,
+              ConnectInd(kSuccess, MakeAssociationResponse({kFirst.bssid, kPhone, 2807}, kPeer)))
+      .Signal(561ms, Response(0x2200));
+  AddHandshake(log, 570ms, kFirst, 0x0002);
+  log.Signal(590ms, SetkeysReq(0, kPairwise, kFirst.bssid))
       .Signal(591ms, Confirm(0x2118, kSuccess))
-      .Signal(592ms, SetkeysReq(1, kGroup, kAnybody))
-      .Signal(593ms, Confirm(0x2118, kSuccess))
-      .Signal(2100ms, UnitdataReq(0x0101, kQosUp0, kWhoHas))
+      .Signal(592ms, SetkeysReq(1, kGroup, kBroadcast))
+      .Signal(593ms, Confirm(0x2118, kSuccess));
+  AddSentFrame(log, 700ms, 0x0004, kDhcp,
+               MakeDhcpFrame(DhcpMessage::kDiscover, kPhoneHost, kRouter));
+  log.Signal(731ms, UnitdataInd(400, MakeDhcpFrame(DhcpMessage::kOffer, kPhoneHost, kRouter)));
+  AddSentFrame(log, 740ms, 0x0005, kDhcp,
+               MakeDhcpFrame(DhcpMessage::kRequest, kPhoneHost, kRouter));
+  log.Signal(768ms, UnitdataInd(401, MakeDhcpFrame(DhcpMessage::kAck, kPhoneHost, kRouter)))
+      .Signal(2100ms, UnitdataReq(0x0101, kQosUp0, MakeArpRequest(kPhoneHost, kRouter.ip)))
       .Signal(2103ms, UnitdataCfm(kSuccessful, 0x0101, 17))
-      .Signal(2107ms, UnitdataInd(402, kContention, kIsAt))
-      .Signal(2110ms, UnitdataReq(0x0102, kQosUp6, kPing))
+      .Signal(2107ms, UnitdataInd(402, MakeArpReply(kRouter, kPhoneHost)))
+      .Signal(2110ms, UnitdataReq(0x0102, kQosUp6, MakePing(kPhoneHost, kRouter, 1)))
       .Signal(2181ms, UnitdataCfm(kRetryLimit, 0x0102, 18))
       .Signal(2182ms, StartLinkStatisticsReq())
       .Signal(2183ms, Confirm(0x2124, kSuccess))
-      .Signal(9000ms, RssiReportInd(kFirstAccessPoint, -77))
+      .Signal(9000ms, RssiReportInd(kFirst.bssid, -77))
       // It roams to the other access point and later loses the connection.
-      .Signal(9004ms, ProcedureStartedInd(kRoamingStarted))
-      .Signal(9090ms, RoamedInd())
-      .Signal(9091ms, Response(0x2203))
-      .Signal(9094ms, SetkeysReq(0, kPairwise, kSecondAccessPoint))
+      .Signal(9004ms, ProcedureStartedInd(kRoamingStarted,
+                                          MakeReassociationRequest({kSecond.bssid, kPhone, 2},
+                                                                   kSsid, kFirst.bssid)))
+      .Signal(9060ms, RoamedInd(MakeReassociationResponse({kSecond.bssid, kPhone, 1007}, kPeer)))
+      .Signal(9061ms, Response(0x2203));
+  AddHandshake(log, 9070ms, kSecond, 0x0006);
+  log.Signal(9094ms, SetkeysReq(0, kPairwise, kSecond.bssid))
       .Signal(9095ms, Confirm(0x2118, kSuccess))
-      .Signal(42000ms, DisconnectedInd(kSecondAccessPoint, kTimeout))
-      .Signal(42010ms, ConnectReq(kSecondAccessPoint, kChannel11))
+      .Signal(41990ms, ReceivedFrameInd(kSecond, MakeDeauthentication({kSecond.bssid, kPhone, 1390},
+                                                                      kInactivity)))
+      .Signal(42000ms, DisconnectedInd(kSecond.bssid, kTimeout))
+      .Signal(42010ms, ConnectReq(kSecond))
       .Signal(42011ms, Confirm(0x210B, kHostRequestFailed))
       // Too short for its layout: its line has no end.
       .Signal(42200ms, UnitdataCfm(kSuccessful, 0x0103, 19).PadTo(20))
@@ -226,4 +284,5 @@ Log SessionLog() {
       .Signal(910ms, TxStartReq())
       .Signal(911ms, TestConfirm(0x9104))
       .Signal(1500ms, TxReadCfm());
+  return log;
 }

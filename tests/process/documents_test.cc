@@ -283,10 +283,10 @@ TEST(Documents, StoppingALiveCaptureLosesNothing) {
     std::string text;
     std::uintmax_t capture_size;
   } kCases[] = {
-      {shell.Find("trap '' INT; exec"), interrupt_group, "session.txt", session, 2528},
+      {shell.Find("trap '' INT; exec"), interrupt_group, "session.txt", session, 6706},
       {shell.Find("| grep mlme_)"), interrupt_group, "mlme.txt", mlme, 0},
       {"vrkt_wlan_udi_log stdout | vrkt_wlan_udi_log_decode stdin --pcap >session.txt\n",
-       stop_capture, "session.txt", session, 2528},
+       stop_capture, "session.txt", session, 6706},
   };
   for (const auto& c : kCases) {
     const std::string sent = shell.directory() + "/sent";

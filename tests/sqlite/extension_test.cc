@@ -247,12 +247,12 @@ TEST_F(Extension, Queries) {
     const char* sql;
     Lines rows;
   } kCases[] = {
-      {"SELECT * FROM udi('@s') LIMIT 1 OFFSET 38",
-       {"39|2026/06/01-07:00:42.011|1780297242011|mlme_connect_cfm|mlme_connect_cfm vif:1 "
+      {"SELECT * FROM udi('@s') LIMIT 1 OFFSET 64",
+       {"65|2026/06/01-07:00:42.011|1780297242011|mlme_connect_cfm|mlme_connect_cfm vif:1 "
         "result_code:host_request_failed spare_1:0 spare_2:0 spare_3:0"}},
       {"SELECT record, uptime, hip_version, id IS NULL, signal IS NULL FROM udi('@s') WHERE uptime",
-       {"1|4711|14.3.10|1|1", "45|3|14.5.12|1|1"}},
-      {"SELECT signal, id, line, json FROM udi('@s') WHERE record BETWEEN 40 AND 42 AND vif IS "
+       {"1|4711|14.3.10|1|1", "71|3|14.5.12|1|1"}},
+      {"SELECT signal, id, line, json FROM udi('@s') WHERE record BETWEEN 66 AND 68 AND vif IS "
        "NULL",
        {"ma_unitdata_cfm|4352||{\"stamp\":\"2026/06/"
         "01-07:00:42.200\",\"time_ms\":1780297242200,"
@@ -271,16 +271,16 @@ TEST_F(Extension, Queries) {
         "4|-2147483648000||{\"stamp\":\"1901/12/13-20:45:52.000\",\"time_ms\":-2147483648000,"
         "\"signal\":null,\"line\":\"Driver: Loaded\"}"}},
       {"SELECT sequence_number ->> 0, json_array_length(sequence_number), hex(key), timestamp FROM "
-       "udi('@s') WHERE record IN (12, 20) ORDER BY record DESC",
+       "udi('@s') WHERE record IN (12, 29) ORDER BY record DESC",
        {"1|8|000102030405060708090A0B0C0D0E0F|", "|||0x40e2010000000000"}},
       {"SELECT record, json_group_array(json) ->> '$[0].signal' FROM udi('@s') WHERE record = 3",
        {"3|mlme_add_vif_req"}},
       {"SELECT signal, count(*) FROM udi('@s') GROUP BY signal ORDER BY signal DESC LIMIT 2",
        {"wlanlite_tx_start_req|1", "wlanlite_tx_start_cfm|1"}},
       {"SELECT count(*), sum(n) FROM (SELECT signal, count(*) AS n FROM udi('@s') GROUP BY 1)",
-       {"31|50"}},
+       {"33|76"}},
       {"SELECT path = '@s', * FROM udi_log('@s')",
-       {"1|" + PathOf("s") + "|50|2600|14.3.10,14.5.12|1780297200000|1780297266500|complete"}},
+       {"1|" + PathOf("s") + "|76|6778|14.3.10,14.5.12|1780297200000|1780297266500|complete"}},
       {"SELECT records, bytes, hip_versions, first_ms, ending FROM udi_log('@empty')",
        {"0|0|||complete"}},
       {"SELECT count(*) FROM udi('@empty')", {"0"}},
@@ -294,24 +294,24 @@ TEST_F(Extension, Queries) {
        {"not a path, as in 'session.udi': 'a' 'b'"}},
       {"CREATE VIRTUAL TABLE temp.log USING udi('@s', @empty, \"@it's \"\"a\"\", (b]\")", {}},
       {"SELECT path, min(record), max(record), count(request) FROM log GROUP BY path ORDER BY 1",
-       {PathOf("it's \"a\", (b]") + "|1|49|12", PathOf("s") + "|1|50|12"}},
+       {PathOf("it's \"a\", (b]") + "|1|75|19", PathOf("s") + "|1|76|19"}},
       {"SELECT path = '@s', record FROM log WHERE record < 3 AND signal IS NULL ORDER BY record",
        {"1|1", "0|1", "1|2", "0|2"}},
       {"SELECT signal, count(*) FROM log WHERE signal LIKE '%connect_cfm' GROUP BY signal",
        {"mlme_connect_cfm|4"}},
       {"CREATE VIRTUAL TABLE temp.logs USING udi_log('@s', '@it''s \"a\", (b]')", {}},
-      {"SELECT records, ending FROM logs", {"50|complete", "49|cut"}},
+      {"SELECT records, ending FROM logs", {"76|complete", "75|cut"}},
       {"CREATE TABLE names(name); ", {}},
       {"INSERT INTO names VALUES('mlme_connect_cfm'), (NULL), (5)", {}},
       {"SELECT name, record FROM names JOIN udi('@s') ON signal = name",
-       {"mlme_connect_cfm|11", "mlme_connect_cfm|39"}},
+       {"mlme_connect_cfm|11", "mlme_connect_cfm|65"}},
       {"SELECT n.name, count(record) FROM names n LEFT JOIN udi('@s') ON signal = name GROUP BY 1",
        {"|0", "5|0", "mlme_connect_cfm|2"}},
       // Only statements of the user read files.
       {"CREATE VIEW view AS SELECT * FROM udi('@s')", {}},
       {"SELECT * FROM view", {"unsafe use of virtual table \"udi\""}},
       {"CREATE TEMP VIEW mine AS SELECT * FROM udi('@s') WHERE vif = '1'", {}},
-      {"SELECT count(*) FROM mine", {"34"}},
+      {"SELECT count(*) FROM mine", {"60"}},
   };
   for (const auto& c : kCases) EXPECT_EQ(Query(c.sql), c.rows) << c.sql;
 }

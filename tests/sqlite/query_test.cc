@@ -73,11 +73,11 @@ class Query : public testing::Test {
     const std::string log = SessionLog().bytes();
     const std::string start = log.substr(0, 500);
     WriteFile(directory() + "/good.udi", log);
-    WriteFile(directory() + "/cut.udi", log.substr(0, 1000));
+    WriteFile(directory() + "/cut.udi", log.substr(0, 1300));
     WriteFile(directory() + "/damaged.udi", start + std::string(100, 'x'));
     WriteFile(directory() + "/text.udi", "This is a text and no log.\n");
     WriteFile(directory() + "/empty.udi", "");
-    WriteFile(directory() + "/-\"it's\"\n(1) \\$HOME.udi", log.substr(0, 1000));
+    WriteFile(directory() + "/-\"it's\"\n(1) \\$HOME.udi", log.substr(0, 1300));
     WriteFile(directory() + "/old.udi", Connections("13.1.0").bytes());
     WriteFile(directory() + "/new.udi", Connections("14.5.12").bytes());
   }
@@ -105,15 +105,16 @@ TEST_F(Query, CommandLines) {
     std::string command;
     std::string expected;  // status, output, errors
   } kCases[] = {
-      {"query 'SELECT count(*), min(path) FROM log' good.udi", "0\n50|good.udi\n"},
-      {"query 'SELECT count(*), min(path) FROM log' <good.udi", "0\n50|/dev/stdin\n"},
+      {"query 'SELECT count(*), min(path) FROM log' good.udi", "0\n76|good.udi\n"},
+      {"query 'SELECT count(*), min(path) FROM log' <good.udi", "0\n76|/dev/stdin\n"},
       {"cat good.udi | query 'SELECT signal, vif FROM log WHERE rssi = -77'",
        "0\nmlme_rssi_report_ind|1\n"},
       {"cat good.udi | query 'SELECT path, count(*) FROM log GROUP BY 1' - <(cat good.udi) | "
        "cut -d'|' -f2",
-       "0\n50\n50\n"},
+       "0\n76\n76\n"},
       {"query -csv -header -separator ';' -nullvalue - -cmd 'SELECT 1' "
-       "'SELECT hex(frame) f, NULL n FROM log WHERE signal = \"mlme_connect_ind\"' good.udi",
+       "'SELECT hex(information_elements) f, NULL n FROM log WHERE scan_type = \"full_scan\"' "
+       "good.udi",
        "0\n1\n1\nf;n\n0004686F6D65;-\n"},
       {"query 'SELECT count(*) FROM log WHERE signal = \"mlme_connect_ind\"' cut.udi good.udi -",
        "2\n2\n" + kSay + "cut.udi: cut\n"},
@@ -122,14 +123,14 @@ TEST_F(Query, CommandLines) {
       // Logs that are not good.
       {"query 'SELECT path, records, ending FROM logs' nowhere text.udi good.udi empty.udi "
        "cut.udi damaged.udi damaged.udi",
-       "2\ngood.udi|50|complete\nempty.udi|0|complete\ncut.udi|19|cut\n"
-       "damaged.udi|10|Bad Magic number detected in log. magic:0x78787878\n" +
+       "2\ngood.udi|76|complete\nempty.udi|0|complete\ncut.udi|20|cut\n"
+       "damaged.udi|8|Bad Magic number detected in log. magic:0x78787878\n" +
            kSay + "fopen(nowhere) Failed errno:2\n" + kSay +
            "text.udi: Bad Magic number detected in log file header. magic:0x73696854\n" + kSay +
            "cut.udi: cut\n" + kSay +
            "damaged.udi: Bad Magic number detected in log. magic:0x78787878\n"},
       {"query 'SELECT count(*) FROM log UNION ALL SELECT records FROM logs' -*",
-       "2\n19\n19\n" + kSay + "-\"it's\"\n(1) \\$HOME.udi: cut\n"},
+       "2\n20\n20\n" + kSay + "-\"it's\"\n(1) \\$HOME.udi: cut\n"},
       {"query 'SELECT path FROM log LIMIT 1' -*", "0\n-\"it's\"\n(1) \\$HOME.udi\n"},
       {"query 'SELECT 1' text.udi | wc -l; (exit ${PIPESTATUS[0]})",
        "2\n0\n" + kSay +
@@ -141,7 +142,7 @@ TEST_F(Query, CommandLines) {
       {"mkfifo live; exec 9<>live; cat good.udi >&9; query 'SELECT record FROM log LIMIT 2' live",
        "0\n1\n2\n"},
       {"mkfifo pipe; exec 9<>pipe; query 'SELECT record FROM log' pipe 9>&- >rows &\n"
-       "cat good.udi >&9; for i in {1..500}; do [ $(wc -l <rows) = 50 ] && echo live && break; "
+       "cat good.udi >&9; for i in {1..500}; do [ $(wc -l <rows) = 76 ] && echo live && break; "
        "sleep .02; done; exec 9>&-; wait",
        "0\nlive\n"},
       // No query, no sqlite3.
@@ -154,9 +155,9 @@ TEST_F(Query, CommandLines) {
        "PATH=$PWD/bin query 'SELECT 1' good.udi",
        "1\n" + kSay + "sqlite3 is missing. On Debian, this installs it: apt-get install sqlite3\n"},
       {"printf 'SELECT count(*) FROM log;\\n.shell sleep .3\\n.quit\\n' | "
-       "TERM=dumb script -qec '\"$script\" -list cut.udi' /dev/null | tr -d '\\r' | grep -x -e 19 "
+       "TERM=dumb script -qec '\"$script\" -list cut.udi' /dev/null | tr -d '\\r' | grep -x -e 20 "
        "-e '.*: cut' | sort",
-       "0\n19\n" + kSay + "cut.udi: cut\n"},
+       "0\n20\n" + kSay + "cut.udi: cut\n"},
   };
   for (const auto& c : kCases) EXPECT_EQ(Run(c.command), c.expected) << c.command;
 }
@@ -185,16 +186,16 @@ TEST_F(Query, Views) {
             "0\n14|8\n");
   EXPECT_EQ(Run("query 'SELECT record, stamp, result, end_stamp FROM connections' good.udi"),
             "0\n10|2026/06/01-07:00:00.500|success|2026/06/01-07:00:42.000\n"
-            "38|2026/06/01-07:00:42.010|host_request_failed|\n");
+            "64|2026/06/01-07:00:42.010|host_request_failed|\n");
   EXPECT_EQ(Run("query 'SELECT record, signal, vif, peer, failure FROM failures' <(cat good.udi)"),
-            "0\n28|ma_unitdata_cfm|1|1|retry_limit\n"
-            "37|mlme_disconnected_ind|1|0a:0b:0c:0d:0e:1f|timeout\n"
-            "39|mlme_connect_cfm|1||host_request_failed\n");
+            "0\n45|ma_unitdata_cfm|1|1|retry_limit\n"
+            "63|mlme_disconnected_ind|1|0a:0b:0c:0d:0e:1f|timeout\n"
+            "65|mlme_connect_cfm|1||host_request_failed\n");
   EXPECT_EQ(Run("query 'SELECT request, record, signal, ms, result FROM exchanges WHERE ms > 1 "
                 "UNION ALL SELECT count(*), sum(ms), max(time_ms), NULL, NULL FROM exchanges' "
                 "good.udi"),
-            "0\n24|25|ma_unitdata_cfm|3|successful\n27|28|ma_unitdata_cfm|71|retry_limit\n"
-            "12|84|1780297265911||\n");
+            "0\n41|42|ma_unitdata_cfm|3|successful\n44|45|ma_unitdata_cfm|71|retry_limit\n"
+            "19|91|1780297265911||\n");
 }
 
 // The directories of an installation.

@@ -282,28 +282,28 @@ TEST_F(PluginInSharkd, Filters) {
     const char* filter;
     Lines frames;
   } kCases[] = {
-      {"udi.signal == \"mlme_connect_cfm\"", {"11", "39"}},
-      {"udi.id == 0x210b", {"11", "39"}},
-      {"udi.hip_version == \"14.5.12\"", {"45", "46", "47", "48", "49", "50"}},
-      {"udi.vif == 1 && udi.rssi < -70", {"8", "31"}},
-      {"udi.host_tag == 0x0102", {"27", "28"}},
-      {"udi.bssid == 0a:0b:0c:0d:0e:1f", {"38"}},
-      {"udi.frame contains 80:00", {"7", "8", "33"}},
-      {"udi.result_code == 0x800c", {"39"}},
-      {"udi.result_code.label == \"host_request_failed\"", {"39"}},
-      {"udi.transmission_status.label != \"successful\"", {"28"}},
-      {"udi.sequence_number == 402", {"26"}},                       // a number
-      {"udi.sequence_number == 1 && udi.key", {"20", "22", "35"}},  // one of several words
+      {"udi.signal == \"mlme_connect_cfm\"", {"11", "65"}},
+      {"udi.id == 0x210b", {"11", "65"}},
+      {"udi.hip_version == \"14.5.12\"", {"71", "72", "73", "74", "75", "76"}},
+      {"udi.vif == 1 && udi.rssi < -70", {"8", "48"}},
+      {"udi.host_tag == 0x0102", {"44", "45"}},
+      {"udi.bssid == 0a:0b:0c:0d:0e:1f", {"64"}},
+      {"udi.frame[0:2] == 80:00", {"7", "8"}},
+      {"udi.result_code == 0x800c", {"65"}},
+      {"udi.result_code.label == \"host_request_failed\"", {"65"}},
+      {"udi.transmission_status.label != \"successful\"", {"45"}},
+      {"udi.sequence_number == 402", {"43"}},                       // a number
+      {"udi.sequence_number == 1 && udi.key", {"29", "31", "60"}},  // one of several words
       {"udi.timestamp == 0x40e2010000000000", {"12"}},
-      {"udi.current_pa_temperature == 28", {"50"}},
-      {"udi.oob_constraint == -10", {"50"}},
-      {"udi.driver.event", {"1", "2", "43", "44", "45"}},
-      {"udi.response_in == 28", {"27"}},
-      {"udi.response_time > 0.05", {"28"}},
-      {"udi.expert.transmission || udi.expert.result", {"28", "39"}},
-      {"udi.expert.too_short", {"40"}},
-      {"udi.expert.unknown_id", {"41", "42"}},
-      {"udi.line == \"\"", {"40"}},
+      {"udi.current_pa_temperature == 28", {"76"}},
+      {"udi.oob_constraint == -10", {"76"}},
+      {"udi.driver.event", {"1", "2", "69", "70", "71"}},
+      {"udi.response_in == 45", {"44"}},
+      {"udi.response_time > 0.05", {"45"}},
+      {"udi.expert.transmission || udi.expert.result", {"45", "65"}},
+      {"udi.expert.too_short", {"66"}},
+      {"udi.expert.unknown_id", {"67", "68"}},
+      {"udi.line == \"\"", {"66"}},
       {"udi && !udi.line", {}},
   };
   sharkd_->Open(SessionLog().bytes());
@@ -357,7 +357,7 @@ TEST_F(PluginInSharkd, ASavedSelectionShowsTheSame) {
   const Lines fields = {"frame.time_epoch", "udi.hip_version", "udi.line"};
   sharkd_->Open(SessionLog().bytes());
   Lines expected = sharkd_->ShowFields(fields);
-  ASSERT_EQ(expected.size(), 50U);
+  ASSERT_EQ(expected.size(), 76U);
   expected.erase(expected.begin() + 4);
   RunTshark(sharkd_->user(), "-r log -Y 'frame.number != 5' -w saved");
   sharkd_->OpenFile("saved");
