@@ -18,24 +18,12 @@ local TIME_REF, LOAD, UNLOAD = frame_format.TIME_REF, frame_format.LOAD, frame_f
 local LOG_GOES_ON, CUT, LOG_ENDS = frame_format.LOG_GOES_ON, frame_format.CUT, frame_format.LOG_ENDS
 local udi, udi_capture = fields.udi, fields.udi_capture
 local own, experts = fields.own, fields.experts
-local CLAIM = fields.CLAIM
+local CLAIM, settings = fields.CLAIM, fields.settings
 local plan_for = parts.plans.plan_for
 local frames = parts.frames
 
 local byte, format, concat = string.byte, string.format, table.concat
 local floor, max, min = math.floor, math.max, math.min
-
--- Each item of a tree is an object that Lua has to collect. Lua 5.4 has a collector
--- for short-lived objects. In Lua 5.2 the collector is fastest while the garbage
--- fits into the processor's cache, so it starts early and finishes quickly: this takes
--- half of the time that its defaults take. (The same settings make Lua 5.4 a hundred
--- times slower.)
-if _VERSION == "Lua 5.2" then
-  collectgarbage("setpause", 100)
-  collectgarbage("setstepmul", 1000)
-else
-  collectgarbage("generational")
-end
 
 local pieces, values = {}, {}
 
@@ -44,6 +32,10 @@ local MAX_SHOWN_DUMP = 16
 
 -- A method of an object takes a search each time that it is called.
 local add, set_generated = TreeItem.add, TreeItem.set_generated
+
+-- What a frame needs: `details`, the items below the protocol's; its `columns`, or nil; and
+-- the `line`.
+local needs = {}
 
 -- Whether the tree needs all items, or only those that a filter names.
 local all_wanted = true
@@ -163,21 +155,24 @@ local function dissect_fields(plan, payload, bytes, range, tree, detailed)
   return count
 end
 
--- Returns the line with its long dumps as their length, and with what is in the first of them.
-local function make_info(plan, line, count, range, content)
-  if not range or range:len() <= MAX_SHOWN_DUMP and not content then return line end
+-- Returns the line with its long dumps as their length, and with the summary of what they
+-- contain.
+local function make_info(plan, line, count, range, summary)
+  if not range or range:len() <= MAX_SHOWN_DUMP and not summary then return line end
   local shown = format("%d bytes", range:len())
   for i = 1, #plan.dumps do
-    pieces[3 * i] = content and i == 1 and shown .. ", " .. content or shown
+    pieces[3 * i] = summary and i == 1 and shown .. ", " .. summary or shown
   end
   return concat(pieces, "", 1, count)
 end
 
 -- Shows a signal that the version knows and that is long enough. If the line is not needed,
 -- it is not made. Returns the line and the text of the Info column.
-local function dissect_known_signal(plan, payload, pinfo, root, tree, needs)
-  local bytes = (needs.line or plan.essential[1] or plan.content) and signal_bytes(plan, payload)
-  local range = (needs.line or plan.content) and plan.dumps[1] and dump_range(plan, payload)
+local function dissect_known_signal(plan, payload, pinfo, root, tree)
+  local content = plan.content
+  if content and not settings[content.preference] then content = nil end
+  local bytes = (needs.line or plan.essential[1] or content) and signal_bytes(plan, payload)
+  local range = (needs.line or content) and plan.dumps[1] and dump_range(plan, payload)
   local line, info, count
   if needs.line then
     count = dissect_fields(plan, payload, bytes, range, tree, needs.details)
@@ -185,9 +180,8 @@ local function dissect_known_signal(plan, payload, pinfo, root, tree, needs)
   else
     read_essential_fields(plan, bytes, tree)
   end
-  local content = plan.content
-    and frames.dissect(plan.content, bytes, range, pinfo, root, needs.columns)
-  if needs.columns then info = make_info(plan, line, count, range, content) end
+  local summary = content and frames.dissect(content, bytes, range, pinfo, root, needs.columns)
+  if needs.columns then info = make_info(plan, line, count, range, summary) end
   if (plan.request_keys or plan.confirm_keys) and not pinfo.visited then
     exchanges.link(plan, values, pinfo)
   end
@@ -196,7 +190,7 @@ end
 
 -- Shows a signal. Returns its line, the text of the Info column, and the plan of its signal if
 -- the version knows it.
-local function dissect_signal(payload, pinfo, root, tree, needs)
+local function dissect_signal(payload, pinfo, root, tree)
   local id = payload.id
   if payload.captured < payload.length then tree:add_proto_expert_info(experts.truncated) end
   local is_hip = frame_format.is_hip_id(id)
@@ -230,11 +224,11 @@ local function dissect_signal(payload, pinfo, root, tree, needs)
     tree:add_proto_expert_info(experts.too_short, report)
     return "", report, plan
   end
-  local line, info = dissect_known_signal(plan, payload, pinfo, root, tree, needs)
+  local line, info = dissect_known_signal(plan, payload, pinfo, root, tree)
   return line, info, plan
 end
 
-local function dissect_event(event, tree, needs)
+local function dissect_event(event, tree)
   local line
   if event.type == LOAD then
     line = "Driver: Loaded"
@@ -272,51 +266,39 @@ local function add_links(tree, number)
   end
 end
 
-local HOST = {name = "host", address = Address.ip("0.0.0.1")}
-local FIRMWARE = {name = "firmware", address = Address.ip("0.0.0.2")}
+local HOST_ADDRESS, FIRMWARE_ADDRESS = Address.ip("0.0.0.1"), Address.ip("0.0.0.2")
 
--- Where a signal comes from and goes to, by the end of its name.
-local DIRECTIONS = {
-  req = {from = HOST, to = FIRMWARE},
-  res = {from = HOST, to = FIRMWARE},
-  cfm = {from = FIRMWARE, to = HOST},
-  ind = {from = FIRMWARE, to = HOST},
-}
-
--- Wireshark writes the addresses over the columns. The texts are for users to whom a made-up
--- address says nothing.
-local function show_direction(pinfo, name)
-  local direction = DIRECTIONS[name:sub(-3)]
-  if not direction then return end
-  local from, to = direction.from, direction.to
-  pinfo.net_src, pinfo.net_dst = from.address, to.address
-  if udi.prefs.addresses then
-    pinfo.src, pinfo.dst = from.address, to.address
-  else
-    pinfo.cols.src, pinfo.cols.dst = from.name, to.name
+-- Wireshark writes addresses over what a column says. So without them, which mean something
+-- to those only who asked for them, the columns have names.
+local function show_direction(pinfo, plan)
+  local is_from_host = plan.is_from_host
+  if is_from_host == nil then return end
+  if settings.addresses then
+    local from = is_from_host and HOST_ADDRESS or FIRMWARE_ADDRESS
+    local to = is_from_host and FIRMWARE_ADDRESS or HOST_ADDRESS
+    pinfo.src, pinfo.dst = from, to
+    pinfo.net_src, pinfo.net_dst = from, to
+  elseif needs.columns then
+    needs.columns.src = is_from_host and "host" or "firmware"
+    needs.columns.dst = is_from_host and "firmware" or "host"
   end
 end
-
--- Whether Wireshark fills columns. Without them, the name of a column is its text.
-local function has_columns(columns)
-  return tostring(columns.info) ~= "(info)"
-end
-
--- What this frame needs: `details`, items below the protocol's; `columns`; and the `line`.
-local needs = {}
 
 local udi_handle  -- of the dissector, once it is registered
 
 local function note_needs(pinfo, root)
+  local columns = pinfo.cols
+  -- If Wireshark fills no columns, the name of a column is its text.
+  needs.columns = tostring(columns.info) ~= "(info)" and columns or nil
   all_wanted = root.visible
   needs.details = all_wanted or root:referenced(udi_handle)
-  needs.columns = has_columns(pinfo.cols)
   needs.line = needs.details or needs.columns
 end
 
 local function show_line(tree, pinfo, line, info, plan)
-  if needs.columns then pinfo.cols.protocol, pinfo.cols.info = "UDI", info end
-  if plan then show_direction(pinfo, plan.name) end
+  local columns = needs.columns
+  if columns then columns.protocol, columns.info = "UDI", info end
+  if plan then show_direction(pinfo, plan) end
   if not needs.details then return end
   if plan and all_wanted then tree:append_text(", " .. plan.name) end
   add_links(tree, pinfo.number)
@@ -393,16 +375,22 @@ local function pass_on(link_type, tvb, pinfo, root)
   return has_ended and size or tvb:len()
 end
 
-function udi.dissector(tvb, pinfo, root)
+-- Wireshark calls this before it dissects a file, and again if a preference has changed.
+function udi.init()
+  fields.read_settings()
+  exchanges.forget_links()
+end
+
+local function dissect_frame(tvb, pinfo, root)
   if not parse_frame(tvb) then return pass_on(wtap_encaps.USER1, tvb, pinfo, root) end
   note_needs(pinfo, root)
   local tree = add(root, udi, tvb())
   if needs.details then add_headers(tree) end
   local line, info, plan
   if record.is_signal then
-    line, info, plan = dissect_signal(record, pinfo, root, tree, needs)
+    line, info, plan = dissect_signal(record, pinfo, root, tree)
   else
-    line = dissect_event(record, tree, needs)
+    line = dissect_event(record, tree)
     info = line
     -- After a Load, no confirm answers an earlier request.
     if record.type == LOAD and not pinfo.visited then exchanges.forget_waiting() end
@@ -418,30 +406,32 @@ end
 local function parse_payload(tvb)
   local size = tvb:reported_len()
   record.tvb, record.start = tvb, 0
-  record.version = versions[udi.prefs.hip_version] or versions[#versions]
+  record.version = versions[settings.hip_version]
   record.captured, record.length = tvb:len(), size
   record.signal_length, record.bulk_length = size, 0
   record.id = u16_at(tvb:raw(0, min(2, tvb:len())) .. "\0\0", 0)
 end
 
 local function is_claimed()
-  local claim = udi.prefs.capture_files
+  local claim = settings.capture_files
   if claim ~= CLAIM.SIGNALS then return claim == CLAIM.ALL end
   local plan = frame_format.is_hip_id(record.id) and plan_for(record.version, record.id)
   return plan and record.length >= plan.min
 end
 
-function udi_capture.dissector(tvb, pinfo, root)
+local function dissect_payload(tvb, pinfo, root)
   parse_payload(tvb)
   if not is_claimed() then return pass_on(wtap_encaps.USER0, tvb, pinfo, root) end
   note_needs(pinfo, root)
   local tree = add(root, udi, tvb())
   if needs.details then set_generated(add(tree, own.hip_version, record.version.name)) end
-  local line, info, plan = dissect_signal(record, pinfo, root, tree, needs)
+  local line, info, plan = dissect_signal(record, pinfo, root, tree)
   show_line(tree, pinfo, line, info, plan)
   return tvb:len()
 end
 
+udi.dissector = parts.collector.tune(dissect_frame)
+udi_capture.dissector = parts.collector.tune(dissect_payload)
 link_types:add(wtap_encaps.USER0, udi_capture)
 link_types:add(wtap_encaps.USER1, udi)
 udi_handle = Dissector.get("udi")

@@ -1,8 +1,6 @@
 -- Requests and confirms. Wireshark shows all frames once in order and then in any
 -- order, so the links are made on the first visit and kept by frame number.
 
-local _, parts = ...
-
 local floor = math.floor
 
 local waiting        -- by exchange and keys: a frame number, or a queue of them
@@ -18,8 +16,6 @@ local function forget_links()
   response_in, response_to, response_time = {}, {}, {}
 end
 forget_links()
-
-function parts.fields.udi.init() forget_links() end
 
 local function add_request(key, number, time)
   local earlier = waiting[key]
@@ -72,4 +68,9 @@ local function find_links(number)
   return response_in[number], response_to[number], response_time[number]
 end
 
-return {link = link, forget_waiting = forget_waiting, find_links = find_links}
+return {
+  forget_links = forget_links,
+  link = link,
+  forget_waiting = forget_waiting,
+  find_links = find_links,
+}

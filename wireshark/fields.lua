@@ -104,25 +104,42 @@ do
   udi.experts = all
 end
 
+-- Which frames of link type USER0 are signals of a capture file.
+local CLAIM = {SIGNALS = 1, ALL = 2, NONE = 3}
+
 do
+  local prefs = udi.prefs
+  prefs.dissect_frames = Pref.bool("Dissect the frames inside signals", true,
+    "Wireshark's own dissectors show frames of Ethernet and IEEE 802.11")
+  prefs.dissect_elements = Pref.bool("Dissect information elements", false,
+    "Shows information elements that are not in a frame, as if a probe request had brought "
+      .. "them: filters for probe requests find them, too")
+  prefs.addresses = Pref.bool("Host and firmware as addresses", false,
+    "Gives each signal a source and a destination: 0.0.0.1 is the host, 0.0.0.2 the firmware. "
+      .. "The flow graph needs them")
+  prefs.capture_files = Pref.enum("Frames of link type USER0", CLAIM.SIGNALS,
+    "Which frames of this link type, which others use too, are shown as signals", {
+      {1, "known signals", CLAIM.SIGNALS},
+      {2, "all", CLAIM.ALL},
+      {3, "none", CLAIM.NONE},
+    })
   local choices = {}
   for index, version in ipairs(versions) do choices[index] = {index, version.name, index} end
-  udi.prefs.hip_version = Pref.enum("HIP version of capture files", #versions,
+  prefs.hip_version = Pref.enum("HIP version of capture files", #versions,
     "A capture file (link type USER0) does not name its HIP version", choices)
 end
 
--- Which frames of link type USER0 are signals of a capture file.
-local CLAIM = {SIGNALS = 1, ALL = 2, NONE = 3}
-udi.prefs.capture_files = Pref.enum("Frames of link type USER0", CLAIM.SIGNALS,
-  "Which frames of this link type, which others use too, are shown as signals", {
-    {1, "known signals", CLAIM.SIGNALS},
-    {2, "all", CLAIM.ALL},
-    {3, "none", CLAIM.NONE},
-  })
+-- The preferences as they were when the dissection began. To ask Wireshark for each frame
+-- takes longer.
+local settings = {}
 
-udi.prefs.addresses = Pref.bool("Host and firmware as addresses", false,
-  "Gives each signal the source and destination 0.0.0.1, the host, and 0.0.0.2, the firmware. "
-    .. "The flow graph needs them")
+local function read_settings()
+  local prefs = udi.prefs
+  for _, name in ipairs({"dissect_frames", "dissect_elements", "addresses", "capture_files",
+    "hip_version"}) do
+    settings[name] = prefs[name]
+  end
+end
 
 return {
   udi = udi,
@@ -130,6 +147,8 @@ return {
   own = own,
   experts = experts,
   CLAIM = CLAIM,
+  settings = settings,
+  read_settings = read_settings,
   for_each_field = for_each_field,
   labels_of = labels_of,
   items = items,

@@ -5,20 +5,15 @@
 -- that others call `frame` or `information_elements`.
 
 local vocabulary, parts = ...
-local prefs, for_each_field = parts.fields.udi.prefs, parts.fields.for_each_field
+local for_each_field = parts.fields.for_each_field
 
 local concat, min = table.concat, math.min
 
-prefs.dissect_frames = Pref.bool("Dissect the frames inside signals", true,
-  "Wireshark's own dissectors show frames of Ethernet and IEEE 802.11")
-prefs.dissect_elements = Pref.bool("Dissect information elements", false,
-  "Shows information elements that are not in a frame, as if a probe request had brought them: "
-    .. "filters for probe requests find them, too")
-
 local ethernet, wlan = Dissector.get("eth_withoutfcs"), Dissector.get("wlan_withoutfcs")
 
--- What the dissectors write into the Info column, if there is one.
-local summaries, has_info = {}, false
+-- The Info column, if there is one, and what the dissectors write into it.
+local info
+local summaries, summary_count = {}, 0
 
 -- In the middle of a line, the counters of a frame of IEEE 802.11 are in the way.
 local function shorten(summary)
@@ -28,9 +23,9 @@ end
 local function call(dissector, tvb, pinfo, root)
   -- A malformed frame raises an error. The tree has the dissector's report of it then.
   pcall(dissector.call, dissector, tvb, pinfo, root)
-  if not has_info then return end
-  local info = pinfo.cols.info
-  summaries[#summaries + 1] = shorten(tostring(info))
+  if not info then return end
+  summary_count = summary_count + 1
+  summaries[summary_count] = shorten(tostring(info))
   info:clear_fence()
   info:clear()
 end
@@ -94,33 +89,33 @@ local function find_content(signal, descriptor)
   return nil
 end
 
--- The dissectors set addresses and ports for the frame. Those of the signal come back.
-local function call_for_signal(show, range, pinfo, root)
-  local src, dst, dl_src, dl_dst = pinfo.src, pinfo.dst, pinfo.dl_src, pinfo.dl_dst
-  local net_src, net_dst = pinfo.net_src, pinfo.net_dst
-  local src_port, dst_port = pinfo.src_port, pinfo.dst_port
-  show(range, pinfo, root)
-  pinfo.src, pinfo.dst, pinfo.dl_src, pinfo.dl_dst = src, dst, dl_src, dl_dst
-  pinfo.net_src, pinfo.net_dst = net_src, net_dst
-  pinfo.src_port, pinfo.dst_port = src_port, dst_port
+-- The dissectors set addresses and ports. A signal has none.
+local no_address
+
+local function clear_addresses(pinfo)
+  pinfo.src, pinfo.dst = no_address, no_address
+  pinfo.net_src, pinfo.net_dst = no_address, no_address
+  pinfo.dl_src, pinfo.dl_dst = no_address, no_address
+  pinfo.src_port, pinfo.dst_port = 0, 0
 end
 
 -- Shows what a signal's dump contains. `bytes` are those of the signal's fields, `range` is
--- the dump. Returns what the Info column would say of it, or nil. The caller fills the
--- columns of the signal afterwards.
-local function dissect(content, bytes, range, pinfo, root, in_columns)
-  if range:len() == 0 or not prefs[content.preference] then return nil end
+-- the dump, and `columns` is nil if Wireshark fills none. Returns what the Info column
+-- would say of the dump, or nil. The caller fills the columns of the signal afterwards.
+local function dissect(content, bytes, range, pinfo, root, columns)
+  if range:len() == 0 then return nil end
   local show = content.show
   if content.descriptor then
     local _, label = content.descriptor.read(bytes)
     show = SHOW_BY_DESCRIPTOR[label]
     if not show then return nil end
   end
-  summaries, has_info = {}, in_columns
-  call_for_signal(show, range, pinfo, root)
-  if not summaries[1] then return nil end
-  pinfo.cols.protocol:clear_fence()
-  return concat(summaries, " | ")
+  info, summary_count = columns and columns.info, 0
+  no_address = no_address or pinfo.src
+  show(range, pinfo, root)
+  clear_addresses(pinfo)
+  if columns then columns.protocol:clear_fence() end
+  return summary_count > 0 and concat(summaries, " | ", 1, summary_count) or nil
 end
 
 return {find_content = find_content, dissect = dissect}

@@ -188,6 +188,9 @@ local function find_exchange(plan, stem, other, signals)
   return keys
 end
 
+-- Where a signal comes from, by the end of its name.
+local FROM_HOST = {_req = true, _res = true, _cfm = false, _ind = false}
+
 local function make_plan(signals, id, layout, version)
   local name, least = layout:match("^(%S+) (%d+)")
   local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {},
@@ -215,6 +218,7 @@ local function make_plan(signals, id, layout, version)
     plan.content = frames.find_content(name, plan.fields[plan.place.data_unit_descriptor])
   end
   local stem, role = name:match("^(.*)(_%a+)$")
+  plan.is_from_host = FROM_HOST[role]
   if role == "_req" then
     plan.request_keys = find_exchange(plan, stem, "_cfm", signals)
     plan.exchange = id
