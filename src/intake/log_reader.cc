@@ -10,10 +10,6 @@
 namespace {
 
 constexpr std::uint32_t kHeaderMagic = 0x1289ABEF;
-constexpr std::uint32_t kDriverEventMagic = 0x13572467;
-constexpr std::uint32_t kSignalRecordMagic = 0x13572468;
-
-enum DriverEventType : std::uint32_t { kTimeRef = 0, kLoad = 1, kUnload = 2 };
 
 }  // namespace
 
@@ -110,16 +106,16 @@ bool LogReader::ReadRecordWords(LogRecord& record) {
 // The stream is at the first byte after the event's size word.
 LogReader::Outcome LogReader::HandleDriverEvent(const LogRecord& record, LogItem& item) {
   const std::uint32_t size = record.size_or_signal_length;
-  switch (record.type_or_length) {
-    case kTimeRef:
+  switch (static_cast<DriverEventType>(record.type_or_length)) {
+    case DriverEventType::kTimeRef:
       return HandleTimeRef(size, item);
-    case kLoad:
+    case DriverEventType::kLoad:
       if (size != 0) return End(LogEnd::Kind::kBadLoadSize, size);
       header_follows_ = driverUnloaded_;
       driverUnloaded_ = false;
       item.kind = LogItem::Kind::kLoaded;
       return Outcome::kItem;
-    case kUnload:
+    case DriverEventType::kUnload:
       if (size != 0) return End(LogEnd::Kind::kBadUnloadSize, size);
       driverUnloaded_ = true;
       item.kind = LogItem::Kind::kUnloaded;

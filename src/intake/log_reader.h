@@ -26,6 +26,12 @@
 
 inline constexpr std::uint32_t kLogFormatVersion = 6;
 
+// A record begins with one of these.
+inline constexpr std::uint32_t kDriverEventMagic = 0x13572467;
+inline constexpr std::uint32_t kSignalRecordMagic = 0x13572468;
+
+enum class DriverEventType : std::uint32_t { kTimeRef = 0, kLoad = 1, kUnload = 2 };
+
 // A header or a record that prints a line.
 struct LogItem {
   enum class Kind : std::uint8_t {
