@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -183,6 +184,30 @@ TEST_F(Plugin, EveryLineOfEveryVersion) {
   const Lines shown =
       RunTshark(user, R"(-r all.udi -o 'gui.column.format:"Line","%Cus:udi.line"')");
   EXPECT_EQ(FindDifference(shown, expected), "");
+}
+
+TEST_F(Plugin, LiveCapture) {
+  const std::string log = SessionLog()
+                              .Record(-1500ms, std::string(262112, 'a'), 9)
+                              .Record(-1ms, std::string(262113, 'b'), 9)
+                              .bytes();
+  const WiresharkUser user;
+  std::filesystem::create_directory(user.PathOf("extcap"));
+  std::filesystem::copy_file(VRKT_EXTCAP, user.PathOf("extcap/udi_extcap"));
+  WriteFile(user.PathOf("log"), log);
+  // The frames are those of the plugin's reader.
+  RunTshark(user, "-r log -F pcap -w read");
+  const std::string capture = "extcap/udi_extcap --capture --fifo - --command 'cat log' >live";
+  EXPECT_EQ(std::system(Command(user, capture).c_str()), 0);
+  EXPECT_TRUE(ReadFile(user.PathOf("live")) == ReadFile(user.PathOf("read")));
+
+  const std::string tshark = "env WIRESHARK_EXTCAP_DIR=" + user.PathOf("extcap") + " tshark -Q";
+  const std::string options = " -i udi -o 'extcap.udi.command:cat log' -T fields -e udi.line >out";
+  EXPECT_EQ(std::system(Command(user, tshark + options).c_str()), 0);
+  const Lines shown = SplitLines(ReadFile(user.PathOf("out")));
+  const Lines expected = ToolLines(SessionLog().bytes());
+  ASSERT_EQ(shown.size(), expected.size() + 2);
+  EXPECT_EQ(FindDifference(Lines(shown.begin(), shown.end() - 2), expected), "");
 }
 
 TEST_F(PluginInSharkd, DamagedLogs) {
