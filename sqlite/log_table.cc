@@ -85,7 +85,7 @@ struct Scan {
   // The ids of both in this version.
   const HipVersionEntry* version = nullptr;
   std::optional<IdSet> wanted;
-  bool only_answers = false;  // confirms that answer a request
+  bool only_answers = false;  // signals that answer one
   std::vector<Comparison> comparisons;
 
   // Of a grouped scan: the signals in their order, and the current row.

@@ -18,8 +18,8 @@ FROM log
 WHERE result_code <> 'success' OR transmission_status <> 'successful'
   OR signal IN ('mlme_disconnect_req', 'mlme_disconnected_ind');
 
--- A row per answered request. `signal`, `record` and times are those of the confirm,
--- `request` is the record of the request.
+-- A row per answer. `signal`, `record` and times are those of the answer, `request` is the
+-- record that it answers. A request that is confirmed and completed has two rows.
 CREATE TEMP VIEW exchanges AS
 SELECT path, request, record, stamp, time_ms, vif, signal, response_ms AS ms,
   coalesce(result_code, transmission_status) AS result

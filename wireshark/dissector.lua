@@ -182,8 +182,8 @@ local function dissect_known_signal(plan, payload, pinfo, root, tree)
   end
   local summary = content and frames.dissect(content, bytes, range, pinfo, root, needs.columns)
   if needs.columns then info = make_info(plan, line, count, range, summary) end
-  if (plan.request_keys or plan.confirm_keys) and not pinfo.visited then
-    exchanges.link(plan, values, pinfo)
+  if plan.exchanges[1] and not pinfo.visited then
+    exchanges.link(plan.exchanges, values, pinfo)
   end
   return line, info
 end
@@ -257,7 +257,11 @@ end
 
 local function add_links(tree, number)
   local response, request, microseconds = exchanges.find_links(number)
-  if response then set_generated(add(tree, own.response_in, response)) end
+  if type(response) == "table" then
+    for i = 1, #response do set_generated(add(tree, own.response_in, response[i])) end
+  elseif response then
+    set_generated(add(tree, own.response_in, response))
+  end
   if request then
     local seconds = floor(microseconds / 1000000)
     set_generated(add(tree, own.response_to, request))
@@ -392,7 +396,7 @@ local function dissect_frame(tvb, pinfo, root)
   else
     line = dissect_event(record, tree)
     info = line
-    -- After a Load, no confirm answers an earlier request.
+    -- After a Load, nothing answers an earlier signal.
     if record.type == LOAD and not pinfo.visited then exchanges.forget_waiting() end
   end
   show_line(tree, pinfo, line, info, plan)

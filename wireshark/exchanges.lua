@@ -1,15 +1,17 @@
--- Requests and confirms. Wireshark shows all frames once in order and then in any
--- order, so the links are made on the first visit and kept by frame number.
+-- Exchanges: which signal answers which. Wireshark shows all frames once in order and then
+-- in any order, so the links are made on the first visit and kept by frame number. A
+-- request is what is answered, although it can be an indication.
 
 local floor = math.floor
 
 local waiting        -- by exchange and keys: a frame number, or a queue of them
 local sent           -- by frame number: when a waiting request was sent
-local response_in    -- by frame number of the request
-local response_to    -- by frame number of the confirm
-local response_time  -- by frame number of the confirm, in microseconds
+local last_waiting   -- by exchange and keys, where a request replaces an earlier one: the last
+local response_in    -- by frame number of the request: that of the answer, or a list of two
+local response_to    -- by frame number of the answer
+local response_time  -- by frame number of the answer, in microseconds
 
-local function forget_waiting() waiting, sent = {}, {} end
+local function forget_waiting() waiting, sent, last_waiting = {}, {}, {} end
 
 local function forget_links()
   forget_waiting()
@@ -30,40 +32,60 @@ local function add_request(key, number, time)
   end
 end
 
--- Takes the oldest request with this key.
+-- Takes the oldest request with this key, and when it was sent.
 local function take_request(key)
-  local oldest = waiting[key]
-  if type(oldest) ~= "table" then
+  local number = waiting[key]
+  if type(number) == "table" then
+    local queue = number
+    number = queue[queue.first]
+    queue[queue.first] = nil
+    queue.first = queue.first + 1
+    if queue.first > queue.last then waiting[key] = nil end
+  elseif number then
     waiting[key] = nil
-    return oldest
+  else
+    return nil
   end
-  local number = oldest[oldest.first]
-  oldest[oldest.first] = nil
-  oldest.first = oldest.first + 1
-  if oldest.first > oldest.last then waiting[key] = nil end
-  return number
+  local time = sent[number]
+  sent[number] = nil
+  return number, time
 end
 
-local function link(plan, values, pinfo)
-  local keys = plan.request_keys or plan.confirm_keys
-  local key = plan.exchange
-  for i = 1, #keys do key = key * 65536 + values[keys[i]] end
-  local number = pinfo.number
-  if plan.request_keys then
-    add_request(key, number, pinfo.abs_ts)
-    return
-  end
-  local request = take_request(key)
-  if not request then return end
-  response_in[request] = number
+local function take_last_request(key)
+  local last = last_waiting[key]
+  if not last then return nil end
+  last_waiting[key] = nil
+  return last.number, last.time
+end
+
+local function add_response(request, request_time, number, time)
+  local earlier = response_in[request]
+  response_in[request] = earlier and {earlier, number} or number
   response_to[number] = request
   -- These times are fractional numbers, exact to less than a microsecond.
-  response_time[number] = floor((pinfo.abs_ts - sent[request]) * 1000000 + 0.5)
-  sent[request] = nil
+  response_time[number] = floor((time - request_time) * 1000000 + 0.5)
 end
 
--- Returns, for a frame: the frame of its confirm, the frame of its request, and the time
--- since the request in microseconds.
+local function link(exchanges, values, pinfo)
+  local number, time = pinfo.number, pinfo.abs_ts
+  for i = 1, #exchanges do
+    local exchange = exchanges[i]
+    local key, keys = exchange.id, exchange.keys
+    for j = 1, #keys do key = key * 65536 + values[keys[j]] end
+    if exchange.answers then
+      local take = exchange.replaces and take_last_request or take_request
+      local request, request_time = take(key)
+      if request then add_response(request, request_time, number, time) end
+    elseif exchange.replaces then
+      last_waiting[key] = {number = number, time = time}
+    else
+      add_request(key, number, time)
+    end
+  end
+end
+
+-- Returns, for a frame: the frame of its answer or a list of two, the frame that it answers,
+-- and the time since that in microseconds.
 local function find_links(number)
   return response_in[number], response_to[number], response_time[number]
 end

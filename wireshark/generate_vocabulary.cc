@@ -1,6 +1,6 @@
 // Makes the Wireshark plugin, one file: the vocabulary as a Lua table, and the parts of the
-// logic after it. The table has the versions, the layouts, the labels and the
-// signals of each version, so a new row, label or version needs no change in the
+// logic after it. The table has the versions, the layouts, the labels, and the signals
+// and exchanges of each version, so a new row, label or version needs no change in the
 // logic. Layouts and labels are texts, which the logic reads where it needs them: a
 // table for each field would be ten times as much for Lua to load and to keep.
 //
@@ -27,6 +27,7 @@
 #include "fapi/hip_version_tags.h"
 #include "fapi/vocabulary.h"
 #include "field_descriptions.h"
+#include "hip/exchange_rules.h"
 #include "hip/hip_versions.h"
 
 namespace {
@@ -202,6 +203,29 @@ void WriteSignals(std::FILE* output) {
   std::fprintf(output, "  },\n");
 }
 
+// The exchanges of each version, as "OPENING:ANSWERING:KEYS" with the ids and the names of
+// the fields, as in "1000:1100:vif,host_tag". A "!" before the keys marks that a new opening
+// replaces one that waits.
+void WriteExchanges(std::FILE* output) {
+  std::fprintf(output, "  exchanges = {\n");
+  for (const HipVersionEntry& version : HipVersionTable) {
+    std::fprintf(output, "    \"");
+    for (const Exchange& exchange : ListExchanges(version.tag)) {
+      std::fprintf(output, "%04X:%04X:%s", exchange.opening.id, exchange.answering.id,
+                   exchange.replaces ? "!" : "");
+      const char* separator = "";
+      for (const ExchangeKey& key : exchange.keys) {
+        if (key.opening == nullptr) break;
+        std::fprintf(output, "%s%s", separator, GetString(key.opening->name).c_str());
+        separator = ",";
+      }
+      std::fputc(' ', output);
+    }
+    std::fprintf(output, "\",\n");
+  }
+  std::fprintf(output, "  },\n");
+}
+
 void WriteVocabulary(std::FILE* output) {
   std::fprintf(output, "local vocabulary = {\n");
   WriteVersions(output);
@@ -210,6 +234,7 @@ void WriteVocabulary(std::FILE* output) {
   WriteLayouts(output);
   WriteEnumerations(output);
   WriteSignals(output);
+  WriteExchanges(output);
   std::fprintf(output, "}\n\n");
 }
 

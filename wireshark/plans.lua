@@ -157,35 +157,40 @@ local function field_for(name, form, offset, argument, version)
   return field
 end
 
--- The numbers of the layouts of a version, by id, and the ids by signal name.
+-- The layouts of a version, by id, and the exchanges that each signal has a part in.
 local signals_of_version = {}
 
 local function signals_for(version)
   local signals = signals_of_version[version.index]
   if signals then return signals end
-  signals = {layouts = {}, ids = {}, plans = {}}
+  signals = {layouts = {}, exchanges = {}, plans = {}}
   for id, layout in vocabulary.signals[version.index]:gmatch("(%x+):(%d+)") do
-    id, layout = tonumber(id, 16), vocabulary.layouts[tonumber(layout)]
-    signals.layouts[id] = layout
-    signals.ids[layout:match("^%S+")] = id
+    id = tonumber(id, 16)
+    signals.layouts[id] = vocabulary.layouts[tonumber(layout)]
+    signals.exchanges[id] = {}
+  end
+  local exchanges = vocabulary.exchanges[version.index]
+  for opening, answering, mark, keys in exchanges:gmatch("(%x+):(%x+):(!?)(%S*)") do
+    opening, answering = tonumber(opening, 16), tonumber(answering, 16)
+    for _, id in ipairs({opening, answering}) do
+      local list = signals.exchanges[id]
+      list[#list + 1] = {id = answering, key_names = keys, answers = id == answering,
+        replaces = mark == "!"}
+    end
   end
   signals_of_version[version.index] = signals
   return signals
 end
 
--- A confirm answers the request of the same name. (Their ids differ by 0x0100 in
--- most families, but not in all.) Returns the fields that distinguish requests: those
--- of the plan that the other signal has too.
-local function find_exchange(plan, stem, other, signals)
-  local id = signals.ids[stem .. other]
-  if not id then return nil end
-  local keys = {}
-  for _, key in ipairs({"vif", "host_tag"}) do
-    if plan.place[key] and signals.layouts[id]:find("|" .. key .. " ", 1, true) then
-      keys[#keys + 1] = plan.place[key]
-    end
+-- Finds the fields that are keys of an exchange. They become essential.
+local function place_keys(plan, exchange)
+  exchange.keys = {}
+  for name in exchange.key_names:gmatch("[^,]+") do
+    local place = plan.place[name]
+    exchange.keys[#exchange.keys + 1] = place
+    if not plan.is_key[place] then plan.essential[#plan.essential + 1] = place end
+    plan.is_key[place] = true
   end
-  return keys
 end
 
 -- Where a signal comes from, by the end of its name.
@@ -217,18 +222,9 @@ local function make_plan(signals, id, layout, version)
   if plan.dumps[1] then
     plan.content = frames.find_content(name, plan.fields[plan.place.data_unit_descriptor])
   end
-  local stem, role = name:match("^(.*)(_%a+)$")
-  plan.is_from_host = FROM_HOST[role]
-  if role == "_req" then
-    plan.request_keys = find_exchange(plan, stem, "_cfm", signals)
-    plan.exchange = id
-  elseif role == "_cfm" then
-    plan.confirm_keys = find_exchange(plan, stem, "_req", signals)
-    plan.exchange = signals.ids[stem .. "_req"]
-  end
-  for _, place in ipairs(plan.request_keys or plan.confirm_keys or {}) do
-    plan.essential[#plan.essential + 1] = place
-  end
+  plan.is_from_host = FROM_HOST[name:match("_%a+$")]
+  plan.exchanges, plan.is_key = signals.exchanges[id], {}
+  for _, exchange in ipairs(plan.exchanges) do place_keys(plan, exchange) end
   return plan
 end
 

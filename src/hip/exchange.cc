@@ -1,9 +1,6 @@
 #include "hip/exchange.h"
 
 #include <algorithm>
-#include <map>
-#include <string_view>
-#include <utility>
 
 #include "fapi/vocabulary.h"
 #include "hip/field_value.h"
@@ -11,13 +8,6 @@
 namespace {
 
 constexpr unsigned kBucketBits = 16;
-
-const CompiledField* FindNumber(const CompiledSignal& layout, std::string_view name) {
-  for (const CompiledField& field : GetFields(layout)) {
-    if (field.form != FieldRenderer::kDump && GetText(field.name).text() == name) return &field;
-  }
-  return nullptr;
-}
 
 }  // namespace
 
@@ -29,16 +19,19 @@ ExchangeTracker::ExchangeTracker(std::size_t kept)
 std::optional<SentRequest> ExchangeTracker::Add(const SignalView& signal, SentRequest sent) {
   if (signal.version != version_) SelectVersion(signal.version);
   const Role& role = roles_[static_cast<std::size_t>(signal.layout - ListLayouts().data())];
-  if (role.kind == Role::Kind::kNone) return std::nullopt;
-  const std::uint64_t key = MakeKey(signal, role);
-  if (role.kind == Role::Kind::kRequest) {
-    Remember(key, sent);
-    return std::nullopt;
+  std::optional<SentRequest> answered;
+  if (role.answers.answering_id != 0) {
+    if (Place& first = FindFirst(MakeKey(signal, role.answers)); first != 0) {
+      answered = ring_[first - 1].sent;
+      Remove(first);
+    }
   }
-  Place& first = FindFirst(key);
-  if (first == 0) return std::nullopt;
-  const SentRequest answered = ring_[first - 1].sent;
-  Remove(first);
+  if (role.waits.answering_id != 0) Remember(MakeKey(signal, role.waits), sent);
+  if (role.waits_last.answering_id != 0) {
+    const std::uint64_t key = MakeKey(signal, role.waits_last);
+    if (Place& replaced = FindFirst(key); replaced != 0) Remove(replaced);
+    Remember(key, sent);
+  }
   return answered;
 }
 
@@ -51,46 +44,32 @@ void ExchangeTracker::ForgetRequests() {
 void ExchangeTracker::SelectVersion(HipVersionTag version) {
   version_ = version;
   roles_.assign(ListLayouts().size(), {});
-  std::map<std::string_view, KnownSignal> requests;
-  constexpr std::string_view kRequest = "_req";
-  constexpr std::string_view kConfirm = "_cfm";
-  const std::vector<KnownSignal> signals = ListSignals(version);
-  const auto split = [kRequest](const KnownSignal& signal) {
-    const std::string_view name = GetText(signal.layout->name).text();
-    const std::size_t stem = name.size() - std::min(name.size(), kRequest.size());
-    return std::pair(name.substr(0, stem), name.substr(stem));
+  const auto get_role = [this](const KnownSignal& signal) -> Role& {
+    return roles_[static_cast<std::size_t>(signal.layout - ListLayouts().data())];
   };
-  for (const KnownSignal& signal : signals) {
-    if (const auto [stem, role] = split(signal); role == kRequest) requests[stem] = signal;
-  }
-  const auto set_role = [this](const KnownSignal& own, const CompiledSignal& other, Role role) {
-    const auto find = [&](const char* name) {
-      return FindNumber(other, name) == nullptr ? nullptr : FindNumber(*own.layout, name);
-    };
-    role.vif = find("vif");
-    role.host_tag = find("host_tag");
-    roles_[static_cast<std::size_t>(own.layout - ListLayouts().data())] = role;
-  };
-  for (const KnownSignal& confirm : signals) {
-    const auto [stem, role] = split(confirm);
-    const auto request = requests.find(stem);
-    if (role != kConfirm || request == requests.end()) continue;
-    const KnownSignal& sent = request->second;
-    set_role(sent, *confirm.layout, {.kind = Role::Kind::kRequest, .request_id = sent.id});
-    set_role(confirm, *sent.layout, {.kind = Role::Kind::kConfirm, .request_id = sent.id});
+  for (const Exchange& exchange : ListExchanges(version)) {
+    Role& opening = get_role(exchange.opening);
+    Part& waits = exchange.replaces ? opening.waits_last : opening.waits;
+    Part& answers = get_role(exchange.answering).answers;
+    waits.answering_id = answers.answering_id = exchange.answering.id;
+    for (std::size_t i = 0; i < kMaxExchangeKeys; ++i) {
+      waits.keys[i] = exchange.keys[i].opening;
+      answers.keys[i] = exchange.keys[i].answering;
+    }
   }
 }
 
 // No key is 0, because no signal has the id 0.
-std::uint64_t ExchangeTracker::MakeKey(const SignalView& signal, const Role& role) {
-  const auto read = [&signal](const CompiledField* field) {
-    return field == nullptr ? 0 : static_cast<std::uint32_t>(ReadField(signal, *field).number);
-  };
-  return std::uint64_t{role.request_id} << 48U |
-         std::uint64_t{static_cast<std::uint16_t>(read(role.vif))} << 32U | read(role.host_tag);
+std::uint64_t ExchangeTracker::MakeKey(const SignalView& signal, const Part& part) {
+  std::uint64_t key = part.answering_id;
+  for (const CompiledField* const field : part.keys) {
+    const auto value = field == nullptr ? 0 : ReadField(signal, *field).number;
+    key = key << 16U | static_cast<std::uint16_t>(value);
+  }
+  return key;
 }
 
-// Returns the link to the first request with this key, which is 0 if there is none.
+// Returns the link to the first entry with this key, which is 0 if there is none.
 ExchangeTracker::Place& ExchangeTracker::FindFirst(std::uint64_t key) {
   constexpr std::uint64_t kMixer = 0x9E3779B97F4A7C15;
   Place* link = &buckets_[key * kMixer >> (64 - kBucketBits)];
@@ -115,7 +94,7 @@ void ExchangeTracker::Remember(std::uint64_t key, SentRequest sent) {
   last = place;
 }
 
-// Removes the first request with its key.
+// Removes the first entry with its key.
 void ExchangeTracker::Remove(Place& first) {
   Waiting& removed = ring_[first - 1];
   removed.key = 0;

@@ -1,6 +1,7 @@
 #ifndef VRKT_HIP_EXCHANGE_H_
 #define VRKT_HIP_EXCHANGE_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -9,20 +10,18 @@
 
 #include "fapi/compiled_signal.h"
 #include "fapi/hip_version_tags.h"
+#include "hip/exchange_rules.h"
 #include "hip/signal_view.h"
 
-// Finds the request that a confirm answers.
-//
-// A confirm answers the oldest waiting request of the same name (mlme_connect_cfm answers
-// mlme_connect_req; their ids differ by 0x0100 in most families, but not in all) with the
-// same values of vif and host_tag, as far as both signals have these fields. After a Load
-// event, no confirm answers an earlier request.
+// Finds the signal that another answers, by the rules in exchange_rules.h. Both are called a
+// request and its answer here, although the first can be an indication. After a Load event,
+// nothing answers an earlier signal.
 //
 // The memory is limited, whatever the length of the log: a request that was not answered
-// is forgotten after a number of later requests. The requests are in a ring, in the order of
-// the log, so the request that a new one replaces is the oldest of all, and so the first
-// in the queue of its own key. Each key that has requests is in a hash table by the first
-// of its requests.
+// is forgotten after a number of later ones. It takes an entry for each answer that it waits
+// for. The entries are in a ring, in the order of the log, so the entry that a new one
+// overwrites is the oldest of all, and so the first in the queue of its own key. Each key that
+// has entries is in a hash table by the first of them.
 
 // A request as the caller knows it.
 struct SentRequest {
@@ -32,26 +31,30 @@ struct SentRequest {
 
 class ExchangeTracker {
  public:
-  // `kept` is the number of requests after which one is forgotten. The default takes up to
+  // `kept` is the number of entries after which one is forgotten. The default takes up to
   // 8 MiB.
   explicit ExchangeTracker(std::size_t kept = 200000);
 
   // Takes each signal of the log, in order. It must have a layout and not be too short.
-  // Remembers a request. Returns what a confirm answers, if anything. The versions of the
-  // signals do not decrease.
+  // Remembers it if it can be answered. Returns what it answers, if anything. The versions of
+  // the signals do not decrease.
   std::optional<SentRequest> Add(const SignalView& signal, SentRequest sent);
 
   // Call it at each Load event.
   void ForgetRequests();
 
  private:
+  // A signal's part in an exchange.
+  struct Part {
+    std::uint16_t answering_id = 0;  // identifies the exchange; 0 is none
+    std::array<const CompiledField*, kMaxExchangeKeys> keys{};  // null after the last
+  };
+
   // What a signal of a version has to do with exchanges.
   struct Role {
-    enum class Kind : std::uint8_t { kNone, kRequest, kConfirm };
-    Kind kind = Kind::kNone;
-    std::uint16_t request_id = 0;
-    const CompiledField* vif = nullptr;  // null if one of the two signals lacks it
-    const CompiledField* host_tag = nullptr;
+    Part answers;
+    Part waits;       // for the answer to the oldest with the same keys
+    Part waits_last;  // for the answer to the newest
   };
 
   // Places in the ring; in `buckets_` and in links plus 1, so that 0 is none.
@@ -59,15 +62,15 @@ class ExchangeTracker {
 
   struct Waiting {
     SentRequest sent;
-    std::uint64_t key;  // 0 if the request was answered
-    Place next;         // the next request with this key
-    // Of the first request with a key:
-    Place last;            // the last request with this key
-    Place next_in_bucket;  // the first request with another key
+    std::uint64_t key;  // 0 if the request was answered or replaced
+    Place next;         // the next entry with this key
+    // Of the first entry with a key:
+    Place last;            // the last entry with this key
+    Place next_in_bucket;  // the first entry with another key
   };
 
   void SelectVersion(HipVersionTag version);
-  static std::uint64_t MakeKey(const SignalView& signal, const Role& role);
+  static std::uint64_t MakeKey(const SignalView& signal, const Part& part);
   Place& FindFirst(std::uint64_t key);
   void Remember(std::uint64_t key, SentRequest sent);
   void Remove(Place& first);
@@ -78,7 +81,7 @@ class ExchangeTracker {
   // Not initialised: the memory of a place that was never used is not resident.
   std::unique_ptr<Waiting[]> ring_;
   std::vector<Place> buckets_;
-  std::uint64_t count_ = 0;  // of requests since the last Load event
+  std::uint64_t count_ = 0;  // of entries since the last Load event
 };
 
 #endif  // VRKT_HIP_EXCHANGE_H_

@@ -191,11 +191,11 @@ TEST_F(Query, Views) {
             "0\n45|ma_unitdata_cfm|1|1|retry_limit\n"
             "63|mlme_disconnected_ind|1|0a:0b:0c:0d:0e:1f|timeout\n"
             "65|mlme_connect_cfm|1||host_request_failed\n");
-  EXPECT_EQ(Run("query 'SELECT request, record, signal, ms, result FROM exchanges WHERE ms > 1 "
+  EXPECT_EQ(Run("query 'SELECT request, record, signal, ms, result FROM exchanges WHERE ms > 3 "
                 "UNION ALL SELECT count(*), sum(ms), max(time_ms), NULL, NULL FROM exchanges' "
                 "good.udi"),
-            "0\n41|42|ma_unitdata_cfm|3|successful\n44|45|ma_unitdata_cfm|71|retry_limit\n"
-            "19|91|1780297265911||\n");
+            "0\n5|9|mlme_scan_done_ind|320|\n10|19|mlme_connect_ind|60|success\n"
+            "44|45|ma_unitdata_cfm|71|retry_limit\n30|494|1780297265911||\n");
 }
 
 // The directories of an installation.

@@ -15,8 +15,8 @@ std::vector<std::string> MakeDamagedLogs(int count);
 // A record of the log below, and what answers what. Records count from 1; 0 is none.
 struct ExchangeRecord {
   Log::Time time;
-  Fapi signal;  // with id 0: a clock reference; with id 1: a Load event
-  unsigned answered_by = 0;
+  Fapi signal;                   // with id 0: a clock reference; with id 1: a Load event
+  const char* answered_by = "";  // the records of all answers, as in "3,5"
   unsigned answers = 0;
   unsigned response_ms = 0;
 };

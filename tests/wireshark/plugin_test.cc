@@ -324,7 +324,8 @@ TEST_F(PluginInSharkd, Filters) {
       {"udi.oob_constraint == -10", {"76"}},
       {"udi.driver.event", {"1", "2", "69", "70", "71"}},
       {"udi.response_in == 45", {"44"}},
-      {"udi.response_time > 0.05", {"45"}},
+      {"udi.response_in == 11 && udi.response_in == 19", {"10"}},  // confirmed and completed
+      {"udi.response_time > 0.05", {"9", "19", "45"}},
       {"udi.expert.transmission || udi.expert.result", {"45", "65"}},
       {"udi.expert.too_short", {"66"}},
       {"udi.expert.unknown_id", {"67", "68"}},
@@ -335,15 +336,15 @@ TEST_F(PluginInSharkd, Filters) {
   for (const auto& c : kCases) EXPECT_EQ(sharkd_->Filter(c.filter), c.frames) << c.filter;
 }
 
-TEST_F(PluginInSharkd, RequestsAndConfirms) {
+TEST_F(PluginInSharkd, Exchanges) {
   Lines expected;
   for (const ExchangeRecord& record : ListExchangeRecords()) {
-    const auto show = [](unsigned number) { return number > 0 ? std::to_string(number) : ""; };
     char seconds[16] = "";
     if (record.answers > 0) {
       std::snprintf(seconds, sizeof seconds, "0.%03u000000", record.response_ms);
     }
-    expected.push_back(show(record.answered_by) + "|" + show(record.answers) + "|" + seconds);
+    const std::string request = record.answers > 0 ? std::to_string(record.answers) : "";
+    expected.push_back(std::string(record.answered_by) + "|" + request + "|" + seconds);
   }
   sharkd_->Open(MakeExchangeLog().bytes());
   EXPECT_EQ(FindDifference(
