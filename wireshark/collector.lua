@@ -1,26 +1,24 @@
--- The collector's settings.
+-- The collection of garbage.
 --
--- Each item of a tree is an object that Lua has to collect. In Lua 5.2 the collector is
--- fastest while the garbage fits into the processor's cache, so it starts early and finishes
--- quickly: this takes two thirds of the time that its defaults take. Other plugins share the
--- collector, so their settings come back when a function ends. Lua 5.4 does well with its
--- defaults, and slows down a hundredfold with these settings.
+-- Each item of a tree is an object that Lua has to collect. It is fastest while the garbage
+-- fits into the processor's cache, so some is collected every few frames. The collector's
+-- settings stay as they are, because other plugins share them. If much is in use, as after
+-- millions of frames, the collection takes longer than it saves, and is left to Lua.
 
 local collect = collectgarbage
 
-local function restore(pause, speed, ...)
-  collect("setpause", pause)
-  collect("setstepmul", speed)
-  return ...
+local FRAMES = 32
+local STEP = 2000     -- in kB
+local MAX_USED = 8000 -- in kB
+
+local frames_left = FRAMES
+
+-- Is called after each frame.
+local function collect_some()
+  frames_left = frames_left - 1
+  if frames_left > 0 then return end
+  frames_left = FRAMES
+  if collect("count") < MAX_USED then collect("step", STEP) end
 end
 
--- Returns the function, made to run with these settings.
-local function tune(run)
-  if _VERSION ~= "Lua 5.2" then return run end
-  return function(...)
-    local pause, speed = collect("setpause", 100), collect("setstepmul", 1000)
-    return restore(pause, speed, run(...))
-  end
-end
-
-return {tune = tune}
+return {collect_some = collect_some}

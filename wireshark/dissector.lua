@@ -21,6 +21,7 @@ local own, experts = fields.own, fields.experts
 local CLAIM, settings = fields.CLAIM, fields.settings
 local plan_for = parts.plans.plan_for
 local frames = parts.frames
+local collect_some = parts.collector.collect_some
 
 local byte, format, concat = string.byte, string.format, table.concat
 local floor, max, min = math.floor, math.max, math.min
@@ -33,8 +34,7 @@ local MAX_SHOWN_DUMP = 16
 -- A method of an object takes a search each time that it is called.
 local add, set_generated = TreeItem.add, TreeItem.set_generated
 
--- What a frame needs: `details`, the items below the protocol's; its `columns`, or nil; and
--- the `line`.
+-- What a frame needs: `details`, the items below the protocol's; and its `columns`, or nil.
 local needs = {}
 
 -- Whether the tree needs all items, or only those that a filter names.
@@ -91,9 +91,12 @@ local function dump_range(plan, payload)
   return captured_range(payload, offset, payload.length - offset)
 end
 
--- Adds the dumps to the pieces, and returns how many pieces there are.
+-- Adds the dumps to the pieces, and returns how many pieces there are. Without details, the
+-- pieces are for the Info column alone, which has no digits of a long dump.
 local function dissect_dumps(plan, range, tree, detailed)
-  local digits = range:len() > 0 and range:bytes():tohex(true) or ""
+  local size = range:len()
+  local digits = ""
+  if size > 0 and (detailed or size <= MAX_SHOWN_DUMP) then digits = range:bytes():tohex(true) end
   local count = 1
   for _, dump in ipairs(plan.dumps) do
     pieces[count + 1], pieces[count + 2], pieces[count + 3] = dump.line_prefix, digits, "}"
@@ -155,33 +158,35 @@ local function dissect_fields(plan, payload, bytes, range, tree, detailed)
   return count
 end
 
--- Returns the line with its long dumps as their length, and with the summary of what they
--- contain.
-local function make_info(plan, line, count, range, summary)
-  if not range or range:len() <= MAX_SHOWN_DUMP and not summary then return line end
-  local shown = format("%d bytes", range:len())
-  for i = 1, #plan.dumps do
-    pieces[3 * i] = summary and i == 1 and shown .. ", " .. summary or shown
+-- Returns the line of the pieces, but with long dumps as their length, and with the summary of
+-- what they contain.
+local function make_info(plan, count, range, summary)
+  if range and (summary or range:len() > MAX_SHOWN_DUMP) then
+    local shown = format("%d bytes", range:len())
+    for i = 1, #plan.dumps do
+      pieces[3 * i] = summary and i == 1 and shown .. ", " .. summary or shown
+    end
   end
   return concat(pieces, "", 1, count)
 end
 
--- Shows a signal that the version knows and that is long enough. If the line is not needed,
--- it is not made. Returns the line and the text of the Info column.
+-- Shows a signal that the version knows and that is long enough. Returns the line and the text
+-- of the Info column, if they are needed.
 local function dissect_known_signal(plan, payload, pinfo, root, tree)
   local content = plan.content
   if content and not settings[content.preference] then content = nil end
-  local bytes = (needs.line or plan.essential[1] or content) and signal_bytes(plan, payload)
-  local range = (needs.line or content) and plan.dumps[1] and dump_range(plan, payload)
+  local needs_fields = needs.details or needs.columns
+  local bytes = (needs_fields or plan.essential[1] or content) and signal_bytes(plan, payload)
+  local range = (needs_fields or content) and plan.dumps[1] and dump_range(plan, payload)
   local line, info, count
-  if needs.line then
+  if needs_fields then
     count = dissect_fields(plan, payload, bytes, range, tree, needs.details)
-    line = concat(pieces, "", 1, count)
+    line = needs.details and concat(pieces, "", 1, count)
   else
     read_essential_fields(plan, bytes, tree)
   end
   local summary = content and frames.dissect(content, bytes, range, pinfo, root, needs.columns)
-  if needs.columns then info = make_info(plan, line, count, range, summary) end
+  if needs.columns then info = make_info(plan, count, range, summary) end
   if plan.exchanges[1] and not pinfo.visited then
     exchanges.link(plan.exchanges, values, pinfo)
   end
@@ -296,7 +301,6 @@ local function note_needs(pinfo, root)
   needs.columns = tostring(columns.info) ~= "(info)" and columns or nil
   all_wanted = root.visible
   needs.details = all_wanted or root:referenced(udi_handle)
-  needs.line = needs.details or needs.columns
 end
 
 local function show_line(tree, pinfo, line, info, plan)
@@ -385,7 +389,7 @@ function udi.init()
   exchanges.forget_links()
 end
 
-local function dissect_frame(tvb, pinfo, root)
+function udi.dissector(tvb, pinfo, root)
   if not parse_frame(tvb) then return pass_on(wtap_encaps.USER1, tvb, pinfo, root) end
   note_needs(pinfo, root)
   local tree = add(root, udi, tvb())
@@ -403,6 +407,7 @@ local function dissect_frame(tvb, pinfo, root)
   if record.end_reason ~= LOG_GOES_ON then
     add_end_of_log(tree, record.end_reason, record.end_value)
   end
+  collect_some()
   return tvb:len()
 end
 
@@ -423,7 +428,7 @@ local function is_claimed()
   return plan and record.length >= plan.min
 end
 
-local function dissect_payload(tvb, pinfo, root)
+function udi_capture.dissector(tvb, pinfo, root)
   parse_payload(tvb)
   if not is_claimed() then return pass_on(wtap_encaps.USER0, tvb, pinfo, root) end
   note_needs(pinfo, root)
@@ -434,8 +439,6 @@ local function dissect_payload(tvb, pinfo, root)
   return tvb:len()
 end
 
-udi.dissector = parts.collector.tune(dissect_frame)
-udi_capture.dissector = parts.collector.tune(dissect_payload)
 link_types:add(wtap_encaps.USER0, udi_capture)
 link_types:add(wtap_encaps.USER1, udi)
 udi_handle = Dissector.get("udi")

@@ -248,7 +248,7 @@ function log_reader.read_open(file, capture)
   return true
 end
 
-local function read_frame(file, capture, frame)
+function log_reader.read(file, capture, frame)
   local reader = capture.private_table
   if not reader.has_next then return false end
   local offset, span, head, payload = reader.offset, reader.frame_span, reader.head, reader.payload
@@ -258,7 +258,7 @@ local function read_frame(file, capture, frame)
   return offset
 end
 
-local function read_frame_again(file, capture, frame, offset)
+function log_reader.seek_read(file, capture, frame, offset)
   local reader = capture.private_table
   if not file:seek("set", offset) then return false end
   local head = file:read(RECORD_HEADER_SIZE)
@@ -280,6 +280,4 @@ function log_reader.read_close(_, capture) capture.private_table = nil end
 -- Wireshark still reads single frames after it has read all of them.
 function log_reader.seq_read_close() end
 
-log_reader.read = parts.collector.tune(read_frame)
-log_reader.seek_read = parts.collector.tune(read_frame_again)
 register_filehandler(log_reader)
