@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <string>
 
+#include "capture_stream.h"
 #include "files.h"
+#include "intake/run_control.h"
 #include "log_builder.h"
 #include "support/process.h"
 
@@ -35,6 +37,8 @@ TEST(CommandLine, BannerHasTheVersionOfThePackage) {
 }
 
 TEST(CommandLine, Refusals) {
+  const std::string kWrongOrder =
+      "itool: --pcap must be given after filename/stdin\n" + Usage("tool");
   const struct {
     const char* name;
     std::vector<std::string> arguments;
@@ -44,30 +48,32 @@ TEST(CommandLine, Refusals) {
       {"decode", {}, Usage("decode"), 1},
       {"/a/b/tool", {}, Usage("tool"), 1},
       {"/a/b/", {}, Usage(""), 1},
-      {"tool",
-       {"--pcap"},
-       "itool: --pcap must be given after filename/stdin\n" + Usage("tool"),
-       255},
-      {"tool",
-       {"--pcap", "stdin"},
-       "itool: --pcap must be given after filename/stdin\n" + Usage("tool"),
-       255},
+      {"tool", {"--pcap"}, kWrongOrder, 255},
+      {"tool", {"--pcap", "stdin"}, kWrongOrder, 255},
       {"tool",
        {"absent.bin", "--pcap"},
        "tool: fopen(absent.bin) Failed errno:" + std::to_string(ENOENT) + "\n",
        255},
+      {"tool", {"."}, "tool: QenWifiDriverLogReadUint32() not enough bytes read\n", 255},
       {"tool", {""}, "tool: fopen() Failed errno:" + std::to_string(ENOENT) + "\n", 255},
   };
   for (const auto& c : kCases) {
     const TemporaryDirectory directory;
-    const ToolResult result =
-        RunTool({.arguments = c.arguments, .directory = directory.path(), .name = c.name});
-    EXPECT_EQ(result.out, kBanner) << c.err;
-    EXPECT_EQ(result.err, c.err);
-    EXPECT_EQ(result.status, c.status) << c.err;
+    EXPECT_EQ(RunTool({.arguments = c.arguments, .directory = directory.path(), .name = c.name}),
+              (ToolResult{c.status, kBanner, c.err}));
     // The input is opened first, so a run without input creates no capture file.
     EXPECT_TRUE(std::filesystem::is_empty(directory.path())) << c.err;
   }
+}
+
+// A shell cannot start a process with such an argument vector.
+TEST(CommandLine, NoArgumentVector) {
+  const char* const kEmptyVector[] = {nullptr};
+  std::string out;
+  const std::string err = CaptureStandardError(
+      [&] { out = CaptureStandardOutput([&] { EXPECT_EQ(RunLogDecoder(0, kEmptyVector), -1); }); });
+  EXPECT_EQ(out, kBanner);
+  EXPECT_EQ(err, Usage("vrkt_wlan_udi_log_decode"));
 }
 
 TEST(CommandLine, InputAndCapture) {
@@ -95,8 +101,6 @@ TEST(CommandLine, InputAndCapture) {
     EXPECT_EQ(result.out, kBanner + "1970/01/01-00:00:00.000 Driver: " +
                               (c.reads_file ? "Loaded\n" : "Unloaded\n"))
         << what;
-    EXPECT_EQ(result.err, "decode: Log File Hip Version 14.5.12 detected\n") << what;
-    EXPECT_EQ(result.status, 0) << what;
     EXPECT_EQ(result.pcap.size(), c.captures ? 24U : 0U) << what;
     EXPECT_EQ(std::filesystem::exists(directory.path() + "/udi_fapi.pcap"), c.captures) << what;
   }

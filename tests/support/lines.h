@@ -32,10 +32,4 @@ inline std::string FindDifference(const Lines& actual, const Lines& expected) {
   return {};
 }
 
-inline std::string FindDifference(std::string_view actual, std::string_view expected) {
-  if (actual == expected) return {};
-  const std::string difference = FindDifference(SplitLines(actual), SplitLines(expected));
-  return difference.empty() ? "the last line end differs" : difference;
-}
-
 #endif  // VRKT_TESTS_SUPPORT_LINES_H_

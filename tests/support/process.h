@@ -1,21 +1,22 @@
 #ifndef VRKT_TESTS_SUPPORT_PROCESS_H_
 #define VRKT_TESTS_SUPPORT_PROCESS_H_
 
+#include <gtest/gtest.h>
+
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "fapi/hip_version_tags.h"
 
-// Runs the built tool in a process of its own.
+// Runs the built tool in a process of its own, with stamps in UTC.
 
 struct ToolRun {
   std::vector<std::string> arguments = {"stdin"};
   std::string input{};                  // standard input, from a file
-  std::string time_zone = "UTC0";       // TZ
   std::string directory{};              // the working directory; a new one if empty
   std::string name = "decode";          // argument 0
-  std::string output_path{};            // file for standard output; if empty, it is captured
   std::function<void()> before_exec{};  // in the child, after its streams are set up
 };
 
@@ -24,7 +25,13 @@ struct ToolResult {
   std::string out{};
   std::string err{};
   std::string pcap{};  // the contents of udi_fapi.pcap in the working directory
+  bool operator==(const ToolResult&) const = default;
 };
+
+inline void PrintTo(const ToolResult& result, std::ostream* out) {
+  *out << "status " << result.status << "\n"
+       << result.out << result.err << testing::PrintToString(result.pcap);
+}
 
 ToolResult RunTool(const ToolRun& run);
 
@@ -43,6 +50,9 @@ std::string ToolCommand();
 inline const std::string kBanner =
     std::string("Decode Tool version:") + kHipVersionNames[kHipVersionCount - 1].dotted + ".1\n";
 
+// The report of a log of the last version, in runs with the usual name.
+inline const std::string kDetected = "decode: Log File Hip Version 14.5.12 detected\n";
+
 // A directory that is removed with its contents.
 class TemporaryDirectory {
  public:
@@ -57,9 +67,9 @@ class TemporaryDirectory {
   std::string path_;
 };
 
-// Starts the tool with these streams and returns its process id, for tests that
-// exchange data with it while it runs.
-int StartTool(const ToolRun& run, int input, int output, int error);
+// Starts the tool and returns its process id, for tests that exchange data with it while
+// it runs. It has the streams of this process, and needs a working directory.
+int StartTool(const ToolRun& run);
 // Waits for the tool to end and returns its status, as in ToolResult.
 int WaitForTool(int process);
 
