@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <string>
 
 #include "files.h"
@@ -18,13 +19,8 @@ TEST(ReferenceText, Differences) {
   const std::string text = banner +
                            "1970/01/01-00:00:00.000 ma_unitdata_req vif:1 priority:qos_up0\n"
                            "1970/01/01-00:00:00.001 1970/01/01-00:00:00.002 mlme_get_req vif:2\n";
-  const auto replace = [&text](const std::string& before, const std::string& now) {
-    std::string changed = text;
-    for (std::size_t at = 0; (at = changed.find(before, at)) != std::string::npos;) {
-      changed.replace(at, before.size(), now);
-      at += now.size();
-    }
-    return changed;
+  const auto replace = [&text](const char* before, const char* now) {
+    return std::regex_replace(text, std::regex(before), now);
   };
   const auto count_stamps = [](const std::string& tool, int count) {
     return "14.0.0: the text of the " + tool + " tool has " + std::to_string(count) +
@@ -67,11 +63,8 @@ TEST(ReferenceText, Differences) {
       std::filesystem::create_directory(directory.path() + texts);
       for (const HipVersionName& name : kHipVersionNames) {
         const std::string version = name.dotted;
-        const Log log = Log()
-                            .Header(version.c_str())
-                            .Signal(0ms, Fapi(0x1000))
-                            .Signal(1ms, Fapi(0x2101))
-                            .Signal(2ms, Fapi(0x2001));
+        Log log = Log().Header(version);
+        for (const std::uint16_t id : {0x1000, 0x2101, 0x2001}) log.Signal(0ms, Fapi(id));
         const std::string path = directory.path() + texts + '/' + version;
         std::string printed = text;
         if (version == "14.0.0") printed = texts == std::string("/new") ? c.now : c.before;
