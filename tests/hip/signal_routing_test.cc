@@ -23,7 +23,7 @@ TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
       {kLastLegacyVersion, 0, 0, "0+40 40+0 40+0 "},
       {kLastLegacyVersion, 30, 10, "0+0 0+30 30+10 "},
       {kLastLegacyVersion, 30, 11, ""},
-      {kLastLegacyVersion, 0xFFFF, 0xFFFF, ""},  // a sum above 16 bits
+      {kLastLegacyVersion, 0xFFFF, 17, ""},  // a sum above 16 bits
       {kLastLegacyVersion + 1, 30, 11, "0+39 39+1 "},
   };
   for (const auto& c : kCases) {
