@@ -228,6 +228,7 @@ TEST_F(Extension, Queries) {
                                  .Load(1000ms)
                                  .bytes());
   WriteFile(PathOf("empty"), "");
+  WriteFile(PathOf("header"), session.substr(0, 11));
   WriteFile(PathOf("text"), "no log at all");
   const struct {
     const char* sql;
@@ -269,6 +270,8 @@ TEST_F(Extension, Queries) {
        {"1|" + PathOf("s") + "|76|6778|14.3.10,14.5.12|1780297200000|1780297266500|complete"}},
       {"SELECT records, bytes, hip_versions, first_ms, ending FROM udi_log('@empty')",
        {"0|0|||complete"}},
+      {"SELECT records, bytes, ending FROM udi_log('@header')", {"0|11|cut"}},
+      {"SELECT records FROM udi_log('@s') WHERE ending = 'complete' AND path > '@a'", {"76"}},
       {"SELECT count(*) FROM udi('@empty')", {"0"}},
       {"SELECT count(*) FROM udi(NULL), udi_log(NULL)", {"0"}},
       {"SELECT * FROM udi('@text')",
