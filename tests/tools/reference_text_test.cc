@@ -64,7 +64,8 @@ TEST(ReferenceText, Differences) {
       for (const HipVersionName& name : kHipVersionNames) {
         const std::string version = name.dotted;
         Log log = Log().Header(version);
-        for (const std::uint16_t id : {0x1000, 0x2101, 0x2001}) log.Signal(0ms, Fapi(id));
+        for (const Fapi& signal : {Fapi(0x1000), Fapi(0x2101), Fapi(0x2001)})
+          log.Signal(0ms, signal);
         const std::string path = directory.path() + texts + '/' + version;
         std::string printed = text;
         if (version == "14.0.0") printed = texts == std::string("/new") ? c.now : c.before;
