@@ -6,15 +6,26 @@
 #include <filesystem>
 #include <string>
 
+#include "files.h"
 #include "support/process.h"
 
-// A user of Wireshark who has nothing but the plugin, installed by copying it.
+// A user of Wireshark who has copied the plugin and its profile, and who has frames of
+// Ethernet with the plugin's link types.
 class WiresharkUser {
  public:
   WiresharkUser() {
     std::filesystem::permissions(home(), std::filesystem::perms::all);
     std::filesystem::create_directories(PathOf(kPlugins));
     std::filesystem::copy_file(VRKT_PLUGIN, PathOf(kPlugins) + "/udi.lua");
+    const std::string settings = PathOf(".config/wireshark");
+    std::filesystem::create_directories(settings);
+    std::filesystem::copy(VRKT_SOURCE "/wireshark/profiles", settings + "/profiles",
+                          std::filesystem::copy_options::recursive);
+    std::string link_types;
+    for (const char* name : {"User 0 (DLT=147)", "User 1 (DLT=148)"}) {
+      link_types += "\"" + std::string(name) + "\",\"eth_withoutfcs\",\"0\",\"\",\"0\",\"\"\n";
+    }
+    WriteFile(settings + "/user_dlts", link_types);
     LinkScripts();
   }
 

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "files.h"
+#include "frames.h"
 #include "log_builder.h"
 #include "reference_log.h"
 #include "session_log.h"
@@ -233,6 +234,8 @@ TEST_F(PluginInSharkd, DamageIsReported) {
       {reload, Log(), ""},
       {good, Log().Bytes("a"), "cut"},
       {good, Log().Words({Log::kSignalMagic, 0, 9, 9}).Bytes("cut"), "cut"},
+      // Above the largest frame, the reader looks for the record's last byte.
+      {good, Log().Words({Log::kSignalMagic, 0, 300000, 9}).Bytes(std::string(299999, 'c')), "cut"},
       {reload, Log().Words({kMagic}), "cut"},
       {good, Log().Words({0xABCD, 1, 2, 3}),
        "damaged: bad magic number 0x0000ABCD in place of a record"},
@@ -315,6 +318,11 @@ TEST_F(PluginInSharkd, Filters) {
       {"udi.bssid == 0a:0b:0c:0d:0e:1f", {"64"}},
       {"udi.frame[0:2] == 80:00", {"7", "8"}},
       {"udi.result_code == 0x800c", {"65"}},
+      {"udi.expert.disconnect", {"63"}},
+      {"udi[0] == 1 && udi[16:4] == 68:24:57:13 && frame.number < 5", {"3", "4"}},
+      {"udi.clock_reference == 1780297200 && udi.milliseconds == 501", {"11"}},
+      {"udi.record_length == 127 && udi.signal_length == 38", {"7", "8"}},
+      {"udi.uptime == 4711", {"1"}},
       {"udi.result_code.label == \"host_request_failed\"", {"65"}},
       {"udi.transmission_status.label != \"successful\"", {"45"}},
       {"udi.sequence_number == 402", {"43"}},                       // a number
@@ -385,29 +393,158 @@ TEST_F(PluginInSharkd, ASavedSelectionShowsTheSame) {
   Lines expected = sharkd_->ShowFields(fields);
   ASSERT_EQ(expected.size(), 76U);
   expected.erase(expected.begin() + 4);
-  RunTshark(sharkd_->user(), "-r log -Y 'frame.number != 5' -w saved");
+  // With the profile, the flow graph has the names of the two sides.
+  const Lines flow = RunTshark(
+      sharkd_->user(), "-C UDI -r log -Y 'frame.number != 5' -w saved -z flow,any,standard");
+  ASSERT_GT(flow.size(), 2U);
+  EXPECT_NE(flow[0].find("| host "), std::string::npos) << flow[0];
+  EXPECT_NE(flow[1].find("| firmware "), std::string::npos) << flow[1];
   sharkd_->OpenFile("saved");
   EXPECT_EQ(FindDifference(sharkd_->ShowFields(fields), expected), "");
 }
 
-// Another program may use the same link type.
-TEST_F(PluginInSharkd, FramesOfOthersAreIgnored) {
+// An unknown event, an Unload that a signal of the driver's side cancels, and ids and lengths
+// on both sides of each limit.
+TEST_F(PluginInSharkd, LimitsAreThoseOfTheTool) {
+  Log log = Log().Header("14.5.12").Words({Log::kEventMagic, 0, 9, 77}).Load(1ms);
+  for (const std::uint16_t id :
+       std::initializer_list<std::uint16_t>{0, 0x64, 0x65, 0x9FFF, 0xA000}) {
+    log.Signal(2ms, Fapi(id).PadTo(16));
+  }
+  const std::string confirm = Fapi(0x1100).PadTo(32).signal();
+  for (const std::size_t signal_length : {31U, 32U, 33U}) log.Record(3ms, confirm, signal_length);
+  log.Unload(4ms).Signal(5ms, Fapi(0x0042).PadTo(12)).Load(6ms).Record(7ms, confirm, 32);
+  sharkd_->Open(log.bytes());
+  EXPECT_EQ(FindDifference(sharkd_->ShowFields({"udi.line"}), ToolLines(log.bytes())), "");
+  EXPECT_EQ(sharkd_->Filter("udi.expert.bad_length"), Lines{"9"});
+}
+
+TEST_F(PluginInSharkd, Columns) {
+  const struct {
+    std::size_t frame;
+    std::string columns;
+  } kCases[] = {
+      {1, R"(1|0.000|||UDI|40|Driver: Uptime: 4711 seconds)"},
+      {5,
+       R"(5|0.100|host|firmware|UDI|74|mlme_add_scan_req information_elements:{0004686f6d65} )"
+       R"(scan_id:1 scan_type:full_scan device_address:ff:ff:ff:ff:ff:ff )"
+       R"(report_mode_bitmap:real_time spare_1:0 spare_2:0 spare_3:0)"},
+      {7,
+       R"(7|0.180|firmware|host|UDI|159|mlme_scan_ind )"
+       R"(frame:{89 bytes, Beacon frame, SSID=\"home\"} vif:1 channel_frequency:0x130a rssi:-48 )"
+       R"(scan_id:1 hotlisted_ap:false preferrednetwork_ap:false anqp_elements_length:0 )"
+       R"(network_block_id:0 spare_1:0 spare_2:0 spare_3:0)"},
+      {10, R"(10|0.500|host|firmware|UDI|94|mlme_connect_req information_elements:{28 bytes} )"
+           R"(vif:1 bssid:0a:0b:0c:0d:0e:0f authentication_type:open_system )"
+           R"(channel_frequency:0x130a spare_1:0 spare_2:0 spare_3:0)"},
+      {66, R"(66|42.200|firmware|host|UDI|52|ma_unitdata_cfm has 20 of at least 32 bytes)"},
+  };
+  const Lines shown = sharkd_->ShowFields({});
+  ASSERT_EQ(shown.size(), 76U);
+  for (const auto& c : kCases) EXPECT_EQ(shown[c.frame - 1], c.columns);
+}
+
+Fapi UnitdataInd(unsigned descriptor, const std::string& frame) {
+  return Fapi(0x1300).U16(1, descriptor).PadTo(36).BulkBytes(frame);
+}
+
+// Wireshark's own dissectors show the frames inside signals, and change nothing else.
+TEST_F(PluginInSharkd, FramesInside) {
+  constexpr Host kPhone = {"00:11:22:33:44:55", 0xC0A80117};
+  constexpr Host kServer = {"0a:0b:0c:0d:0e:0f", 0xC0A80101};
+  const AirLink link = {kServer.mac, kPhone.mac, 1};
+  const std::string beacon = MakeBeacon(kServer.mac, 1, "home", 6);
+  const std::string snap = FromHex("aaaa03000000");
+  const auto subframe = [&](const std::string& frame) {
+    const std::string payload = snap + frame.substr(12);
+    return MakeEthernetFrame(kPhone.mac, kServer.mac, static_cast<unsigned>(payload.size()),
+                             payload);
+  };
+  const std::string arp = subframe(MakeArpRequest(kPhone, kServer.ip));
+  const std::string ping = subframe(MakePing(kPhone, kServer, 1));
+  const std::string padding((4 - arp.size() % 4) % 4, '\0');
+  const std::string tcp = MakeIpv4Frame(
+      kPhone, kServer, 6, FromHex("0fa0 0050 00000001 00000001 5018 2000 0000 0000") + "GET", 16);
+  const struct {
+    Fapi signal;
+    const char* filter;
+  } kCases[] = {
+      {Fapi(0x2300).PadTo(38).BulkBytes(beacon), R"(wlan.ssid == "home")"},
+      {UnitdataInd(0, MakeDeauthentication(link, 4)), "wlan.fixed.reason_code == 4"},
+      {UnitdataInd(1, MakeArpReply(kServer, kPhone)), "arp.opcode == 2"},
+      {UnitdataInd(1, MakeEapolKeyFrame(1, kServer.mac, kPhone.mac)), "eapol"},
+      {UnitdataInd(1, MakeDhcpFrame(DhcpMessage::kAck, kPhone, kServer)), "dhcp"},
+      {UnitdataInd(2, ping), "icmp && !arp"},
+      {UnitdataInd(3, arp + padding + ping), "icmp && arp.opcode == 1"},
+      {UnitdataInd(1, tcp), "tcp && !tcp.analysis.retransmission"},
+      {UnitdataInd(1, tcp), "tcp.analysis.retransmission"},
+      // These are not shown.
+      {UnitdataInd(4, tcp), "udi.data_unit_descriptor == 4 && !eth"},
+      {Fapi(0x2300).PadTo(38).BulkBytes("\x08" + beacon.substr(1)), "udi.frame[0] == 8 && !wlan"},
+      {Fapi(0x2300).PadTo(38).BulkBytes(beacon.substr(0, 23)), "len(udi.frame) == 23 && !wlan"},
+  };
+  Log log = Log().Header("14.5.12");
+  for (std::size_t i = 0; i < std::size(kCases); ++i) log.Signal(500ms * i, kCases[i].signal);
+  for (unsigned descriptor = 0; descriptor < 6; ++descriptor) {
+    for (std::size_t size = 0; size < ping.size(); size += 5) {
+      log.Signal(0ms, UnitdataInd(descriptor, ping.substr(0, size)));
+      log.Signal(0ms, UnitdataInd(descriptor, beacon.substr(0, size)));
+    }
+  }
+  sharkd_->Open(log.bytes());
+  for (std::size_t i = 0; i < std::size(kCases); ++i) {
+    const std::string number = std::to_string(i + 1);
+    const std::string first = std::to_string(std::size(kCases));
+    EXPECT_EQ(sharkd_->Filter("frame.number <= " + first + " && (" + kCases[i].filter + ")"),
+              Lines{number})
+        << kCases[i].filter;
+  }
+  EXPECT_EQ(FindDifference(sharkd_->ShowFields({"udi.line"}), ToolLines(log.bytes())), "");
+  EXPECT_EQ(sharkd_->Filter("_ws.lua.error"), Lines{});
+  for (const std::string& columns : sharkd_->ShowFields({})) {
+    ASSERT_NE(columns.find("|firmware|host|UDI|"), std::string::npos) << columns;
+  }
+}
+
+TEST_F(PluginInSharkd, PreferencesForFramesInside) {
+  const std::string log = SessionLog().bytes();
+  sharkd_->SetPreference("dissect_frames", "FALSE");
+  sharkd_->SetPreference("dissect_elements", "TRUE");
+  sharkd_->Open(log);
+  EXPECT_EQ(sharkd_->Filter("eth || wlan"), (Lines{"5", "10", "64"}));
+  EXPECT_EQ(sharkd_->Filter(R"(wlan.ssid == "home")"), (Lines{"5", "10", "64"}));
+  sharkd_->SetPreference("dissect_frames", "TRUE");
+  sharkd_->SetPreference("dissect_elements", "FALSE");
+}
+
+std::string MakePcap(std::uint32_t link_type, const Lines& frames) {
+  std::string pcap = ToBytes(0xA1B2C3D4, 4) + ToBytes(0x00040002, 4) + ToBytes(0, 8) +
+                     ToBytes(65536, 4) + ToBytes(link_type, 4);
+  for (const std::string& frame : frames) {
+    const std::string length = ToBytes(static_cast<std::uint32_t>(frame.size()), 4);
+    pcap += ToBytes(0, 8) + length + length + frame;
+  }
+  return pcap;
+}
+
+// Other programs may use the same link types, and users may have said what they mean there.
+TEST_F(PluginInSharkd, FramesOfOthersStayTheirs) {
   const std::string frame =
       ToBytes(1, 4) + ToBytes(0x0E05000C, 4) + ToBytes(0, 8) + Log().TimeRef(60, 7).bytes();
-  std::string pcap = ToBytes(0xA1B2C3D4, 4) + ToBytes(0x00040002, 4) + ToBytes(0, 8) +
-                     ToBytes(65536, 4) + ToBytes(148, 4);
-  const auto add = [&pcap](const std::string& bytes) {
-    const std::string length = ToBytes(static_cast<std::uint32_t>(bytes.size()), 4);
-    pcap += ToBytes(0, 8) + length + length + bytes;
-  };
-  for (std::size_t size = 0; size <= frame.size(); ++size) add(frame.substr(0, size));
+  Lines frames = {MakeArpRequest({"00:11:22:33:44:55", 1}, 2)};
+  for (std::size_t size = 0; size <= frame.size(); ++size) frames.push_back(frame.substr(0, size));
   for (const std::size_t wrong : {0U, 4U, 16U, 24U}) {
-    std::string other = frame;
-    other[wrong] += 3;
-    add(other);
+    frames.push_back(frame);
+    frames.back()[wrong] += 3;
   }
-  sharkd_->Open(pcap);
-  EXPECT_EQ(sharkd_->Filter("udi or _ws.lua.error"), Lines{std::to_string(frame.size() + 1)});
+  sharkd_->Open(MakePcap(148, frames));
+  EXPECT_EQ(sharkd_->Filter("udi or _ws.lua.error"), Lines{std::to_string(frame.size() + 2)});
+  EXPECT_EQ(sharkd_->Filter("arp"), Lines{"1"});
+  // A signal of a capture file has an id that the version knows, and the signal's length.
+  sharkd_->Open(MakePcap(147, {frames[0], Fapi(0x1100).PadTo(31).signal(),
+                               Fapi(0x1100).PadTo(32).signal(), Fapi(0x1177).PadTo(32).signal()}));
+  EXPECT_EQ(sharkd_->Filter("udi or _ws.lua.error"), Lines{"3"});
+  EXPECT_EQ(sharkd_->Filter("arp"), Lines{"1"});
 }
 
 // A capture file does not say which bytes are bulk.
