@@ -5,9 +5,9 @@
 
 // clang-format off
 
-// The enumerated fields of the data plane.
+// Fields of frames and their transmission, most of them in ma_ signals.
 
-// The priority of a frame: one of the eight QoS user priorities, or "contention".
+// priority and user_priority.
 inline constexpr EnumLabel kUserPriorityLabels[] = {
     Label(0x0000, "qos_up0",    "A-"),
     Label(0x0001, "qos_up1",    "A-"),
@@ -21,7 +21,7 @@ inline constexpr EnumLabel kUserPriorityLabels[] = {
 };
 inline constexpr EnumTable kUserPriority = MakeEnumTable<kUserPriorityLabels>();
 
-// The format of the data unit in the bulk.
+// data_unit_descriptor: which kind of frame the bulk has.
 inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
     Label(0x0000, "ieee802_11_frame", "A-"),
     Label(0x0001, "ieee802_3_frame",  "A-"),
@@ -31,15 +31,15 @@ inline constexpr EnumLabel kDataUnitDescriptorLabels[] = {
 };
 inline constexpr EnumTable kDataUnitDescriptor = MakeEnumTable<kDataUnitDescriptorLabels>();
 
-// Where the bulk data is stored.
+// bulk_data_descriptor of ma_unitdata_req and ma_unitdata_ind.
 inline constexpr EnumLabel kBulkDataDescriptorLabels[] = {
     Label(0x0000, "inline",  "D-"),
     Label(0x0001, "smapper", "D-"),
 };
 inline constexpr EnumTable kBulkDataDescriptor = MakeEnumTable<kBulkDataDescriptorLabels>();
 
-// The result of a transmission. The values are not those of result_code:
-// unspecified_failure is 6 here and 1 there.
+// transmission_status. It does not share the values of result_code: for instance,
+// unspecified_failure is 6, and 1 as a result_code.
 inline constexpr EnumLabel kTransmissionStatusLabels[] = {
     Label(0x0000, "successful",              "A-"),
     Label(0x0001, "retry_limit",             "A-"),
@@ -51,7 +51,7 @@ inline constexpr EnumLabel kTransmissionStatusLabels[] = {
 };
 inline constexpr EnumTable kTransmissionStatus = MakeEnumTable<kTransmissionStatusLabels>();
 
-// The type of a frame that the host sends.
+// message_type of mlme_send_frame_req.
 inline constexpr EnumLabel kMessageTypeLabels[] = {
     Label(0x0001, "eap_message",        "A-"),
     Label(0x0002, "eapol_key_m123",     "A-"),
@@ -67,7 +67,7 @@ inline constexpr EnumLabel kMessageTypeLabels[] = {
 };
 inline constexpr EnumTable kMessageType = MakeEnumTable<kMessageTypeLabels>();
 
-// The direction of a flow.
+// direction.
 inline constexpr EnumLabel kDirectionLabels[] = {
     Label(0x0000, "transmit", "A-"),
     Label(0x0001, "receive",  "A-"),
@@ -75,7 +75,7 @@ inline constexpr EnumLabel kDirectionLabels[] = {
 };
 inline constexpr EnumTable kDirection = MakeEnumTable<kDirectionLabels>();
 
-// The type of a data plane control request.
+// control_request_type of ma_control_req.
 inline constexpr EnumLabel kControlRequestTypeLabels[] = {
     Label(0x0000, "smapper_rx_config", "D,G"),
 };

@@ -5,10 +5,10 @@
 
 // clang-format off
 
-// The PHY rate of a frame in the radio test. The value is a packed word: for 11n, 11ac
-// and 11ax, bits 15 to 13 are the class, bits 11 and 10 the bandwidth, bit 7 the number
-// of streams, and the lower bits guard interval and MCS index. Labels belong to whole
-// values; not every combination has one.
+// rate of wlanlite_tx_set_params_req. A value packs the standard into its three highest
+// bits, the bandwidth into bits 10 and 11, and for 11n, 11ac and 11ax a second stream into
+// bit 7 and guard interval and MCS index into the bits below. The tool does not unpack it:
+// a value that is not listed prints as a number.
 //
 // The labels are spelled as in the interface; do not correct them. Some 11ax rates are
 // cut off after the first decimal instead of rounded, and up to J the label of 0x88A4

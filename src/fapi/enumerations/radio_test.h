@@ -5,11 +5,12 @@
 
 // clang-format off
 
-// The enumerated fields of the radio test, and fields of other signals that select a
-// band, a regulatory domain or the like. Bit sets have labels for single bits only.
+// Fields of wlanlite_ signals except rate, and of a few others that concern the radio or
+// test the firmware. Where a field is a set of bits, single bits have labels, and sets of
+// several bits print as a number.
 
-// The bandwidth of a test channel in the high byte, its position in the low byte. The
-// table has every combination, also those that no channel can have.
+// channel_information of a test: high byte the bandwidth, low byte which part of the
+// channel. Every combination has a label, possible or not.
 inline constexpr EnumLabel kChannelInformationLabels[] = {
     Label(0x0000, "bandwidth_20mhzp0",              "A-"),
     Label(0x0001, "bandwidth_20mhzp1",              "A-"),
@@ -50,8 +51,8 @@ inline constexpr EnumLabel kChannelInformationLabels[] = {
 };
 inline constexpr EnumTable kChannelInformation = MakeEnumTable<kChannelInformationLabels>();
 
-// flags of wlanlite_cw_start_req. Four signals have a field of this name, each with its
-// own table: the same label can have different values.
+// flags of wlanlite_cw_start_req. In the next three tables, flags of other signals, the
+// same bits have other labels.
 inline constexpr EnumLabel kCwStartFlagsLabels[] = {
     Label(0x0000, "none",         "A-"),
     Label(0x0001, "scan_channel", "A-"),

@@ -5,9 +5,9 @@
 
 // clang-format off
 
-// The result of a request. Values below 0x8000 are status codes of IEEE 802.11. The
-// others belong to the interface; those from 0x9000 on are for neighbour awareness
-// networking (NAN) and its data paths.
+// result_code. Values below 0x8000 are status codes of IEEE 802.11. The others belong to the
+// interface; those from 0x9000 on are for neighbour awareness networking (NAN) and its data
+// paths.
 //
 // "subscbe" in D and the blank at the end of a label in E are spelled as in the
 // interface; do not correct.

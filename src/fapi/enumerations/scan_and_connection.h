@@ -5,11 +5,11 @@
 
 // clang-format off
 
-// The enumerated fields of scans, connections, management settings and the host
-// interface tester.
+// Fields of scans, connections and settings, and of the tester of the interface between
+// host and firmware.
 
-// The type of a scan. A label can have different values in different versions.
-// "first_illegal" is one above the last scan type of the version.
+// scan_type. Versions number the types anew, so compare labels, not values, between logs
+// of different versions. "first_illegal" is not a type, but the limit of the values.
 inline constexpr EnumLabel kScanTypeLabels[] = {
     Label(0x0001, "initial_scan",                "A-"),
     Label(0x0002, "full_scan",                   "A-"),
@@ -49,7 +49,7 @@ inline constexpr EnumLabel kScanTypeLabels[] = {
 };
 inline constexpr EnumTable kScanType = MakeEnumTable<kScanTypeLabels>();
 
-// When scan results are reported. Each bit has a label; combinations have none.
+// The reports that a scan request asks for. A set of several bits prints as a number.
 inline constexpr EnumLabel kReportModeBitmapLabels[] = {
     Label(0x0001, "buffer_full",       "A-D,G"),
     Label(0x0001, "reserved",          "E-F,H-"),
@@ -190,7 +190,7 @@ inline constexpr EnumLabel kStopStartLabels[] = {
 };
 inline constexpr EnumTable kStopStart = MakeEnumTable<kStopStartLabels>();
 
-// Which ranging results are indicated. Each bit has a label; combinations have none.
+// The ranging results to report. A set of several bits prints as a number.
 inline constexpr EnumLabel kRangingIndicationTypeLabels[] = {
     Label(0x0001, "continuous_indication", "H-"),
     Label(0x0002, "ingress",               "H-"),

@@ -6,9 +6,10 @@
 #include "fapi/enumerations/scan_and_connection.h"
 #include "fapi/signal_layout.h"
 
-// The mlme_ signals for connecting, roaming and disconnecting.
+// The mlme_ signals of a connection: connect, reassociate, roam, switch the channel,
+// disconnect.
 //
-// Intended oddity: the Min of mlme_connect_res in A is 2 above the end of its fields.
+// Intended oddity: in A, mlme_connect_res must be 2 bytes longer than its fields.
 
 inline constexpr SignalLayout kConnectionRows[] = {
     Signal("mlme_channel_switch_cfm", 0x2122, "A-", Min(26), U16("vif"),

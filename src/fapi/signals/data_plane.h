@@ -5,11 +5,12 @@
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/signal_layout.h"
 
-// The ma_ signals, which carry the data path.
+// The data path: frames in both directions, their transmission status, and block
+// acknowledgement. Family ma_.
 //
 // "proprieraty" is spelled as in the interface; do not correct. Intended oddities: G has
-// the signals of D, not those of F and H; the Min of ma_tx_failure_ind in A is 2 below
-// the end of its fields.
+// the signals of D, not those of F and H; in A, Min of ma_tx_failure_ind leaves out the
+// last 2 bytes of its fields.
 
 inline constexpr SignalLayout kDataPlaneRows[] = {
     Signal("ma_blockack_ind", 0x1301, "A-H", Min(38), U16("vif"), Mac("peer_qsta_address"),

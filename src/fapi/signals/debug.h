@@ -5,12 +5,12 @@
 #include "fapi/enumerations/scan_and_connection.h"
 #include "fapi/signal_layout.h"
 
-// The debug_ signals.
+// Debug words, faults, and the packet generator and sink of throughput tests: the debug_
+// signals.
 //
 // "recieved_octets" in A and B is spelled as in the interface; do not correct. Intended
-// oddities: in A, some layouts have gaps, so that the spares of
-// debug_pkt_gen_start_req are at odd offsets; up to C, Min does not count arrays of
-// words.
+// oddities: in A, some layouts skip bytes, so that the spares of
+// debug_pkt_gen_start_req are at odd offsets; up to C, Min ignores arrays of words.
 
 inline constexpr SignalLayout kDebugRows[] = {
     Signal("debug_fault_ind", 0x8302, "A", Min(40), U16("faultid").At(12), U16("count"),

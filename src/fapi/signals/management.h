@@ -7,12 +7,14 @@
 #include "fapi/enumerations/scan_and_connection.h"
 #include "fapi/signal_layout.h"
 
-// The mlme_ signals with which the host configures the firmware.
+// Settings of the firmware: MIB variables, interfaces, channels, power, filters, lists and
+// roaming parameters. They are mlme_ signals, most of them requests of the host and their
+// confirms.
 //
 // In many signals of this and other files, the dump changes in the same way: A to D
 // dump the bulk as "data"; E dumps it twice, as "data" and under a specific name; F and
-// H to L dump it under the specific name; G has no dump. In most signals with a dump
-// in E, Min is 4 above the end of the last field there. All of this is intended.
+// H to L dump it under the specific name; G has no dump. In E, most signals with a dump
+// need 4 bytes more than their fields take. All of this is intended.
 //
 // "minimun_data_rate" in A is spelled as in the interface; do not correct.
 

@@ -6,7 +6,8 @@
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/signal_layout.h"
 
-// The wlanlite_ signals, with which the host controls the firmware's radio test.
+// The radio test: continuous waves, transmission and reception of test frames, and the
+// state of the device. Family wlanlite_, requests and confirms only.
 //
 // "power" prints without the blank before its name. Intended. New fields replace old
 // ones of the same total size, so Min stays the same when a layout changes.

@@ -6,10 +6,12 @@
 #include "fapi/enumerations/scan_and_connection.h"
 #include "fapi/signal_layout.h"
 
-// The mlme_ signals that search for networks and measure the radio environment.
+// Scans and their results, signal strength and link statistics, ranging, and the
+// firmware's event log: mlme_ signals.
 //
-// Signals without vif skip its two bytes. Intended oddity: the Min of
-// mlme_monitor_rssi_req in A is 2 below the end of its fields.
+// Bytes 10 and 11 are the vif in most signals; in a signal without one they are unused.
+// Intended oddity: in A, Min of mlme_monitor_rssi_req leaves out the last 2 bytes of its
+// fields.
 
 inline constexpr SignalLayout kScanRows[] = {
     Signal("mlme_add_range_cfm", 0x2129, "C-", Min(28), U16("vif"),

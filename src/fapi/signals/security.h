@@ -8,9 +8,9 @@
 
 // The mlme_ signals for keys, single frames, direct links and multicast.
 //
-// Keys are printed in clear. Intended oddities: up to C, Min does not count arrays of
-// words, so without bulk a dump starts within the fields; the Min of
-// mlme_tdls_action_req in A does not count the spares.
+// Keys are printed in clear. Intended oddities: up to C, Min ignores arrays of words, so
+// the dump of a signal without bulk repeats its last fields; in A, Min of
+// mlme_tdls_action_req ignores the spares.
 
 inline constexpr SignalLayout kSecurityRows[] = {
     Signal("mlme_frame_transmission_ind", 0x230C, "A-D,G", Min(28), U16("vif"), X16("host_tag"),

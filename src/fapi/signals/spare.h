@@ -4,14 +4,14 @@
 #include "fapi/enumerations/result_codes.h"
 #include "fapi/signal_layout.h"
 
-// The ids reserved for future signals.
+// Ids without a use yet.
 //
-// FAMILY_spare_signal1 to 3 have the three highest ids of their block (the ids with the
-// same high byte), so each new signal in the block moves them up. FAMILY_spareN signals
-// keep their ids.
+// The ids with the same high byte are a block. FAMILY_spare_signal1, 2 and 3 have its
+// highest three ids: if a version adds a signal to the block, it takes the id of the
+// first, and the three get the next higher ids. FAMILY_spareN signals keep their ids.
 //
-// Intended oddities: the Min of ma_spare_signalN_res in A is 2 above the end of its
-// fields; in E, the Min of signals with a dump is 4 above it.
+// Intended oddities: in A, ma_spare_signalN_res must be 2 bytes longer than its fields; in
+// E, signals with a dump must be 4 bytes longer.
 
 inline constexpr SignalLayout kSpareRows[] = {
     Signal("debug_spare1_cfm", 0x8100, "E-F,H-", Min(26), U16("vif"),
