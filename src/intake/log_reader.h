@@ -36,7 +36,7 @@ enum class DriverEventType : std::uint32_t { kTimeRef = 0, kLoad = 1, kUnload = 
 struct LogItem {
   enum class Kind : std::uint8_t {
     kHeader,    // a header; the version is LogReader::version()
-    kUptime,    // a clock reference that tells the uptime
+    kUptime,    // a clock reference with the uptime
     kLoaded,    // the driver was loaded
     kUnloaded,  // the driver was unloaded
     kSignal,    // `signal`

@@ -153,7 +153,7 @@ void ReportEnd(const LogEnd& end) {
 }
 
 // A rejected header and a failure to read a word are failures of the run. A damaged log is
-// not: only the report tells it from a good one.
+// not: only the report distinguishes it from a good one.
 int GetExitStatus(const LogEnd& end) {
   switch (end.kind) {
     case LogEnd::Kind::kWordUnreadable:

@@ -40,7 +40,7 @@ TEST(LogReader, PayloadsOfAnySize) {
   std::fclose(stream);
 }
 
-// A truncated log decodes up to its last complete record, without a report.
+// Every prefix of the log prints the lines of its whole records and no report.
 TEST(LogReader, CutAtEachByte) {
   ::setenv("TZ", "UTC0", 1);
   const Log log = SessionLog();

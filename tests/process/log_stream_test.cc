@@ -30,7 +30,7 @@ TEST(LogStream, Headers) {
     int status;
     std::string out{};
   } kCases[] = {
-      // An old format version is reported first, before the last word is read.
+      // Below 6, nothing else of the header is checked, and the last word may be missing.
       {Log().Words({0xDEADBEEF, 5}), "decode: Log File Format Version 5 detected. Not Supported.\n",
        255},
       {Log().Words({kGood, 0, kL}), "decode: Log File Format Version 0 detected. Not Supported.\n",
@@ -80,36 +80,37 @@ TEST(LogStream, Records) {
     std::string out;
     std::string err;
   } kCases[] = {
-      {"TimeRef of size 4 prints nothing and changes all later stamps",
+      {"stamps count from the newest clock, which has no line",
        Log().TimeRef(1000).Load(1500ms).TimeRef(5).Load(-1ms),
        "1970/01/01-00:16:41.500 Driver: Loaded\n1970/01/01-00:00:05.999 Driver: Loaded\n", ""},
-      {"TimeRef of size 8 has a stamp with its own base",
+      {"an uptime, stamped from the clock that it brings",
        Log().TimeRef(1000, 0xFFFFFFFF, 250ms).TimeRef(1000, 77, 0ms),
        "1970/01/01-00:16:40.250 Driver: Uptime: -1 seconds\n"
        "1970/01/01-00:16:40.000 Driver: Uptime: 77 seconds\n",
        ""},
-      {"TimeRef of size 0", Log().Words({Log::kEventMagic, 0, 0, 0}).Load(0ms), "",
+      {"a clock of 0 bytes", Log().Words({Log::kEventMagic, 0, 0, 0}).Load(0ms), "",
        TimeRefSize("0")},
-      {"TimeRef of size 5", Log().Words({Log::kEventMagic, 0, 0, 5}).Load(0ms), "",
+      {"a clock of 5 bytes", Log().Words({Log::kEventMagic, 0, 0, 5}).Load(0ms), "",
        TimeRefSize("5")},
-      {"TimeRef of a negative size", Log().Words({Log::kEventMagic, 0, 0, 0x80000008}).Load(0ms),
+      {"a clock of a negative size", Log().Words({Log::kEventMagic, 0, 0, 0x80000008}).Load(0ms),
        "", TimeRefSize("-2147483640")},
-      {"Load with a size", Log().Words({Log::kEventMagic, 0, 1, 0x80000000}).Load(0ms), "",
+      {"a Load with a payload", Log().Words({Log::kEventMagic, 0, 1, 0x80000000}).Load(0ms), "",
        "decode: size(-2147483648) detected in Driver Load log entry. Expected size == 0\n"},
-      {"Unload with a size", Log().Words({Log::kEventMagic, 0, 2, 4}).Load(0ms), "",
+      {"an Unload with a payload", Log().Words({Log::kEventMagic, 0, 2, 4}).Load(0ms), "",
        "decode: size(4 detected in Driver Unload log entry. Expected size == 0\n"},
-      {"payload of an unknown event", Log().Words({Log::kEventMagic, 0, 3, 4, 0xABCD}).Load(0ms),
-       "", "decode: Bad Magic number detected in log. magic:0x0000ABCD\n"},
-      {"a bad magic in less than four words", Log().Words({0, 1, 2}).Bytes("abc"), "", ""},
-      {"a bad magic is reported after four words", Log().Words({0, 1, 2, 3}), "",
+      {"event 3 with a payload, which is read as a record",
+       Log().Words({Log::kEventMagic, 0, 3, 4, 0xABCD}).Load(0ms), "",
+       "decode: Bad Magic number detected in log. magic:0x0000ABCD\n"},
+      {"no record, and the log ends before 16 bytes", Log().Words({0, 1, 2}).Bytes("abc"), "", ""},
+      {"no record", Log().Words({0, 1, 2, 3}), "",
        "decode: Bad Magic number detected in log. magic:0x00000000\n"},
-      {"a header instead of a record", Log().Header("14.5.12").Load(0ms), "",
+      {"a header without a reload", Log().Header("14.5.12").Load(0ms), "",
        "decode: Bad Magic number detected in log. magic:0x1289ABEF\n"},
-      {"a record of length 0 goes to the driver side", Log().Record(0ms, "", 0).Load(0ms),
+      {"an empty record has id 0", Log().Record(0ms, "", 0).Load(0ms),
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0000\n"
        "1970/01/01-00:00:00.000 Driver: Loaded\n",
        "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
-      {"bytes after the payload read as zero",
+      {"no byte of an earlier payload shows",
        Log().Record(0ms, kOnes, 0).Record(0ms, "\x12", 0).Record(0ms, "\x13\xA0\x56", 3),
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0xffff\n"
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0x0012\n"
@@ -117,39 +118,40 @@ TEST(LogStream, Records) {
        "decode: Decode Error: Unknown Signal 0xFFFF::0xFFFF\n"
        "decode: Decode Error: Unknown Signal 0x0000::0x0012\n"
        "decode: Decode Error: Unknown Signal 0x0056::0xA013\n"},
-      {"a signal longer than its record", Log().Record(1ms, Fapi(0x1000).signal(), 11).Load(2ms),
+      {"signal length above length", Log().Record(1ms, Fapi(0x1000).signal(), 11).Load(2ms),
        "1970/01/01-00:00:00.001 decode: Invalid length in data reference\n"
        "1970/01/01-00:00:00.002 Driver: Loaded\n",
        ""},
-      {"the same on the driver side", Log().Record(1ms, FromHex("0000 0000"), 0xFFFFFFFF),
+      {"the driver side ignores the signal length",
+       Log().Record(1ms, FromHex("0000 0000"), 0xFFFFFFFF),
        "1970/01/01-00:00:00.001 Unknown Driver Signal : 0x0000\n",
        "decode: Decode Error: Unknown Signal 0x0000::0x0000\n"},
-      {"the line of a short signal has no end", Log().Signal(1ms, Fapi(0x1000).PadTo(33)).Load(2ms),
+      {"a short signal prints its stamp only", Log().Signal(1ms, Fapi(0x1000).PadTo(33)).Load(2ms),
        "1970/01/01-00:00:00.001 1970/01/01-00:00:00.002 Driver: Loaded\n", ""},
-      {"signal length 0: the whole payload is bulk, and fields after it are zero",
+      {"signal length 0: fields are those of the bulk, then zeros",
        Log().Record(0ms, kOnes, 0).Record(0ms, Fapi(0x1100).U16(7).PadTo(12).signal(), 0),
        "1970/01/01-00:00:00.000 Unknown Driver Signal : 0xffff\n"
        "1970/01/01-00:00:00.000 ma_unitdata_cfm vif:7 transmission_status:successful "
        "host_tag:0x0000 sequence_number:0 peer_index:0 spare_1:0 spare_2:0 spare_3:0\n",
        "decode: Decode Error: Unknown Signal 0xFFFF::0xFFFF\n"},
-      {"Load starts an epoch only after Unload, and only once",
+      {"three Loads, of which one is a reload",
        Log().Load(0ms).Unload(1ms).Load(2ms).Header("14.5.12").Load(3ms).Load(4ms),
        "1970/01/01-00:00:00.000 Driver: Loaded\n1970/01/01-00:00:00.001 Driver: Unloaded\n"
        "1970/01/01-00:00:00.002 Driver: Loaded\n1970/01/01-00:00:00.003 Driver: Loaded\n"
        "1970/01/01-00:00:00.004 Driver: Loaded\n",
        kDetected},
-      {"a driver-side signal after Unload cancels the new epoch",
+      {"no reload: a driver-side signal between Unload and Load",
        Log().Unload(1ms).Signal(2ms, driver_side).Load(3ms).Header("14.5.12").Load(4ms),
        "1970/01/01-00:00:00.001 Driver: Unloaded\n1970/01/01-00:00:00.002 " + kDriverSideText +
            "1970/01/01-00:00:00.003 Driver: Loaded\n",
        kDriverSideReport + "decode: Bad Magic number detected in log. magic:0x1289ABEF\n"},
-      {"a HIP-side signal after Unload does not",
+      {"a reload: a HIP-side signal between Unload and Load",
        Log().Unload(1ms).Signal(2ms, Fapi(0x8010)).Load(3ms).Header("14.5.12"),
        "1970/01/01-00:00:00.001 Driver: Unloaded\n"
        "1970/01/01-00:00:00.002 Unknown Hip Signal : 0x8010\n"
        "1970/01/01-00:00:00.003 Driver: Loaded\n",
        kDetected},
-      {"the clock reference is kept across epochs",
+      {"stamps after a reload without a new clock",
        Log().TimeRef(60).Unload(0ms).Load(0ms).Header("14.5.12").Load(0ms),
        "1970/01/01-00:01:00.000 Driver: Unloaded\n1970/01/01-00:01:00.000 Driver: Loaded\n"
        "1970/01/01-00:01:00.000 Driver: Loaded\n",
