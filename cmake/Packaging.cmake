@@ -5,7 +5,7 @@ set(documents ${CMAKE_INSTALL_DATADIR}/doc/${package})
 
 install(TARGETS vrkt_wlan_udi_log_decode RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 # Everything that the README points to.
-install(FILES README.md CONTRIBUTING.md DESTINATION ${documents})
+install(FILES README.md CONTRIBUTING.md CHANGELOG.md DESTINATION ${documents})
 install(DIRECTORY docs/ DESTINATION ${documents}/docs PATTERN *.1 EXCLUDE)
 install(FILES examples/session.udi examples/session.txt DESTINATION ${documents}/examples)
 
@@ -13,15 +13,16 @@ install(FILES examples/session.udi examples/session.txt DESTINATION ${documents}
 # are reproducible.
 find_program(GZIP gzip)
 function(install_compressed file name destination)
+  get_filename_component(file ${file} ABSOLUTE BASE_DIR ${CMAKE_SOURCE_DIR})
   if(NOT GZIP)
-    install(FILES ${CMAKE_SOURCE_DIR}/${file} DESTINATION ${destination} RENAME ${name})
+    install(FILES ${file} DESTINATION ${destination} RENAME ${name})
     return()
   endif()
   set(compressed ${CMAKE_BINARY_DIR}/packaging/${name}.gz)
   add_custom_command(OUTPUT ${compressed}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/packaging
-    COMMAND ${GZIP} -9nc ${CMAKE_SOURCE_DIR}/${file} > ${compressed}
-    DEPENDS ${CMAKE_SOURCE_DIR}/${file}
+    COMMAND ${GZIP} -9nc ${file} > ${compressed}
+    DEPENDS ${file}
     VERBATIM)
   add_custom_target(compress_${name} ALL DEPENDS ${compressed})
   install(FILES ${compressed} DESTINATION ${destination})
@@ -45,7 +46,7 @@ set(CPACK_PACKAGE_CONTACT "The authors of vrkt_wlan_udi_log_decode <udi-log-deco
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "decoder for the UDI log of a WLAN driver")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_OUTPUT_FILE_PREFIX ${CMAKE_SOURCE_DIR}/build/packages)
-# The archive runs on any Linux host or phone with this processor.
+# The archive runs on any Linux PC or phone with this processor.
 set(CPACK_ARCHIVE_FILE_NAME ${package}-${PROJECT_VERSION}-${CMAKE_SYSTEM_PROCESSOR}-static)
 set(CPACK_PACKAGE_FILE_NAME ${CPACK_ARCHIVE_FILE_NAME})
 
@@ -60,6 +61,17 @@ if(CPACK_GENERATOR STREQUAL "DEB")
 firmware, from a file or live from a pipe, and prints one line of text per
 signal, with each field by name and enumerated values as labels.")
   install(FILES packaging/copyright DESTINATION ${documents})
-  install_compressed(packaging/changelog changelog ${documents})
+  # Its first entry has the version of the package.
+  set(changelog ${CMAKE_BINARY_DIR}/packaging/changelog)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/CHANGELOG.md)
+  execute_process(
+    COMMAND awk -v version=${PROJECT_VERSION} -f packaging/changelog.awk CHANGELOG.md
+    WORKING_DIRECTORY ${CMAKE_SOURCE_DIR} RESULT_VARIABLE failed OUTPUT_VARIABLE entries)
+  if(failed OR NOT entries MATCHES "\\(([^)]*)\\)")
+    message(FATAL_ERROR "CHANGELOG.md cannot be made into the package's change log.")
+  endif()
+  set(CPACK_DEBIAN_PACKAGE_VERSION ${CMAKE_MATCH_1})
+  file(WRITE ${changelog} "${entries}")
+  install_compressed(${changelog} changelog ${documents})
 endif()
 include(CPack)
