@@ -1,5 +1,6 @@
-// Runs the README's commands, and compares the dump in docs/log-format.md with the
-// example log.
+// Runs the commands of the README and the cookbook, compares the dump in
+// docs/log-format.md with the example log, and looks for the latest version where users
+// read it.
 
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -321,6 +322,34 @@ TEST(Documents, TheDumpOfTheLogFormat) {
     offset += bytes.size();
   }
   EXPECT_GE(offset, 100U);
+}
+
+// Each of these names the latest version once, so that a new version is added to all.
+TEST(Documents, TheLatestVersion) {
+  const std::string version = kHipVersionNames[kHipVersionCount - 1].dotted;
+  for (const char* file : {"README.md", "CHANGELOG.md", "docs/vrkt_wlan_udi_log_decode.1"}) {
+    const std::string text = ReadFile(kSource + '/' + file);
+    EXPECT_NE(text.find("to " + version), std::string::npos) << file << " lacks: to " << version;
+  }
+}
+
+// dpkg-parsechangelog reports what is not in Debian's form on standard error.
+TEST(Documents, TheChangeLogInDebiansForm) {
+  if (!IsInstalled("dpkg-parsechangelog")) {
+    EXPECT_EQ(std::getenv("CI"), nullptr);
+    GTEST_SKIP() << "dpkg-parsechangelog is not installed";
+  }
+  const TemporaryDirectory directory;
+  const std::string parsed = directory.path() + "/parsed";
+  const std::string command =
+      "cd " + QuoteForShell(kSource) +
+      " && awk -v version=" VRKT_VERSION " -f packaging/changelog.awk CHANGELOG.md >" +
+      QuoteForShell(directory.path() + "/changelog") + " && dpkg-parsechangelog --all -l " +
+      QuoteForShell(directory.path() + "/changelog") + " >" + QuoteForShell(parsed) + " 2>&1";
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  const std::string text = ReadFile(parsed);
+  EXPECT_TRUE(text.starts_with("Source: vrkt-wlan-udi-log-decode\nVersion: " VRKT_VERSION)) << text;
+  EXPECT_NE(text.find("\n   * "), std::string::npos) << text;
 }
 
 }  // namespace
