@@ -14,6 +14,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -68,11 +69,11 @@ bool HasPandas(const std::string& python) {
   return std::system((python + " -c 'import pandas' 2>/dev/null").c_str()) == 0;
 }
 
-// The shell commands of the README, and a directory with programs that they use: the
-// tested tool, and scripts that replace a phone.
-class ReadmeShell {
+// The shell commands of the README and the cookbook, and a directory with programs that they
+// use: the tested tool, and scripts that replace a phone.
+class DocumentShell {
  public:
-  ReadmeShell() {
+  DocumentShell() {
     std::filesystem::create_directory(bin());
     WriteScript(bin() + "/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
     WriteScript(bin() + "/vrkt_wlan_udi_log", "cat session.udi");
@@ -93,11 +94,13 @@ class ReadmeShell {
     WriteScript(bin() + "/tshark", "[ \"$(id -u)\" != 0 ] || chmod -R a+rX \"$TMPDIR\"\nexec " +
                                        user_.Command("/usr/bin/tshark \"$@\""));
 #endif
-    for (const Recipe& recipe : ReadRecipes(ReadFile(kSource + "/README.md"))) {
-      if (recipe.commands.find("mktemp -d") != std::string::npos) {
-        setup_ = recipe.commands;
-      } else {
-        recipes_.push_back(recipe);
+    for (const char* file : {"README.md", "docs/cookbook.md"}) {
+      for (const Recipe& recipe : ReadRecipes(ReadFile(kSource + '/' + file))) {
+        if (recipe.commands.find("mktemp -d") != std::string::npos) {
+          setup_ = recipe.commands;
+        } else {
+          recipes_.push_back(recipe);
+        }
       }
     }
     const std::string_view kBuild = "PATH=$PWD/build/release:";
@@ -144,9 +147,9 @@ bool CanQuery() {
 #endif
 }
 
-TEST(Documents, TheCommandsOfTheReadme) {
-  const ReadmeShell shell;
-  EXPECT_GE(shell.recipes().size(), 20U);
+TEST(Documents, TheCommands) {
+  const DocumentShell shell;
+  EXPECT_GE(shell.recipes().size(), 30U);
   std::vector<std::string> missing;
   for (const char* program :
        {"tcpdump", "tshark", "pv", "gnuplot", "pkill", "sqlite3", "jq", "parallel"}) {
@@ -247,10 +250,26 @@ class ShellSession {
   int all_ended_ = -1;
 };
 
+// The lines that these documents quote are those of the example.
+TEST(Documents, TheLinesOfTheExample) {
+  const std::string session = ReadFile(kSource + "/examples/session.txt");
+  for (const char* file : {"README.md", "docs/log-format.md"}) {
+    std::istringstream text(ReadFile(kSource + '/' + file));
+    int count = 0;
+    for (std::string line; std::getline(text, line);) {
+      line.erase(0, line.find_first_not_of(' '));
+      if (!line.starts_with("2026/06/01-") || !line.ends_with("spare_3:0")) continue;
+      EXPECT_NE(session.find(line + '\n'), std::string::npos) << file << ": " << line;
+      ++count;
+    }
+    EXPECT_GE(count, 2) << file;
+  }
+}
+
 // Both ways to stop a live capture write everything that the capture sent.
 TEST(Documents, StoppingALiveCaptureLosesNothing) {
   if (!IsInstalled("pkill")) GTEST_SKIP() << "pkill is not installed";
-  const ReadmeShell shell;
+  const DocumentShell shell;
   // A capture that sends the session and then waits for more.
   WriteScript(shell.bin() + "/vrkt_wlan_udi_log",
               "cat session.udi\nmkfifo never\n: >\"$TMPDIR/sent\"\nread line <never");
