@@ -51,8 +51,8 @@ bool LogReader::QenWifiDriverLogReadUint32(std::uint32_t& word) {
 }
 
 LogReader::Outcome LogReader::ReadLogFileHeader(LogItem& item) {
-  // An old format version is found before the magic is checked and before the last word
-  // is read. The order decides which report a damaged header gets.
+  // Users see the report of the first check that fails, so the checks keep this order.
+  // Below version 6, the third word need not be there.
   start_of_unit_ = position_;
   std::uint32_t magic = 0;
   std::uint32_t format_version = 0;
