@@ -4,7 +4,7 @@
 #include <cstdint>
 
 // The length of one write to standard output, with a bit for the last of a line. In
-// the host's byte order.
+// the machine's byte order.
 using PieceLength = std::uint16_t;
 inline constexpr PieceLength kEndsLine = 0x8000;
 inline constexpr PieceLength kMaxPieceLength = 0x7FFF;

@@ -7,7 +7,7 @@
 #include "sqlite_api.h"
 
 std::unique_ptr<OpenLog> OpenLog::Open(const std::string& path, std::string& error) {
-  // "e" keeps the descriptor from programs that the host starts.
+  // "e" keeps the descriptor from programs that the process starts.
   File file(std::fopen(path.c_str(), "re"));
   if (file == nullptr) {
     error = "fopen(" + path + ") Failed errno:" + std::to_string(errno);

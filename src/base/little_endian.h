@@ -4,9 +4,9 @@
 #include <cstdint>
 
 // All integers in the log, in its signals and in the capture file are little-endian
-// and unaligned. These functions work byte by byte, so the host's byte order and
+// and unaligned. These functions work byte by byte, so the machine's byte order and
 // alignment rules do not matter. Compilers turn each function into one load or store
-// where the host allows it.
+// where the machine allows it.
 
 constexpr std::uint16_t LoadU16(const std::uint8_t* bytes) {
   return static_cast<std::uint16_t>(bytes[0] | (bytes[1] << 8));
