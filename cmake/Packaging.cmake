@@ -38,6 +38,7 @@ if(CPACK_GENERATOR STREQUAL "DEB" AND CMAKE_LIBRARY_ARCHITECTURE)
 endif()
 if(NOT CMAKE_CROSSCOMPILING)
   install(FILES "${CMAKE_BINARY_DIR}/wireshark/udi.lua" DESTINATION "${libraries}/wireshark/plugins")
+  install(DIRECTORY wireshark/profiles DESTINATION ${CMAKE_INSTALL_DATADIR}/wireshark)
 endif()
 
 set(CPACK_PACKAGE_NAME ${package})
