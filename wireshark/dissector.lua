@@ -24,7 +24,7 @@ local frames = parts.frames
 local collect_some = parts.collector.collect_some
 
 local byte, format, concat = string.byte, string.format, table.concat
-local floor, max, min = math.floor, math.max, math.min
+local fmod, max, min = math.fmod, math.max, math.min
 
 local pieces, values = {}, {}
 
@@ -268,9 +268,10 @@ local function add_links(tree, number)
     set_generated(add(tree, own.response_in, response))
   end
   if request then
-    local seconds = floor(microseconds / 1000000)
+    -- Both parts of a negative time are negative. The clock can have been set back.
+    local rest = fmod(microseconds, 1000000)
     set_generated(add(tree, own.response_to, request))
-    local time = NSTime.new(seconds, (microseconds - seconds * 1000000) * 1000)
+    local time = NSTime.new((microseconds - rest) / 1000000, rest * 1000)
     set_generated(add(tree, own.response_time, time))
   end
 end

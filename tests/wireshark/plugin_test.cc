@@ -370,6 +370,18 @@ TEST_F(PluginInSharkd, TimesAreExact) {
             (Lines{"1001.500000000", "999.999000000", "998.500000000", "2147483647.999000000"}));
 }
 
+// A clock that was set back.
+TEST_F(PluginInSharkd, AnswersBeforeTheirRequests) {
+  Log log = Log().Header("14.5.12").TimeRef(1000);
+  for (const auto time : {-500ms, -1000ms, -1500ms}) {
+    log.Signal(0ms, Fapi(0x1000).PadTo(34)).Signal(time, Fapi(0x1100).PadTo(32));
+  }
+  sharkd_->Open(log.bytes());
+  EXPECT_EQ(sharkd_->ShowFields({"udi.response_time"}),
+            (Lines{"", "-0.500000000", "", "-1.000000000", "", "-1.500000000"}));
+  EXPECT_EQ(sharkd_->Filter("udi.response_time < -0.9"), (Lines{"4", "6"}));
+}
+
 // Wireshark accepts 262,144 bytes per frame, of which 32 are headers.
 TEST_F(PluginInSharkd, LongRecordsAreTruncated) {
   const Log log =
