@@ -112,6 +112,7 @@ TEST(Extcap, ReportsWhyTheLogEnded) {
   ASSERT_EQ(chmod((directory.path() + "/adb").c_str(), 0755), 0);
   for (const auto& [command, report, options] : std::vector<Case>{
            {"cat log", ""},
+           {"cat log; exec >&-; sleep 100", ""},  // is ended, which is no failure
            {"nosuch", "The command 'nosuch' was not found: "},
            {"cat log; echo no >&2; echo 'device lost' >&2; exit 3",
             "The command 'cat log; echo no >&2; echo 'device lost' >&2; exit 3' ended with status "
@@ -130,6 +131,7 @@ TEST(Extcap, ReportsWhyTheLogEnded) {
             "The output of 'adb -s x y exec-out cat 'a  b'' is no log: 4|-s|x y|exec-out|cat 'a  "
             "b'|",
             " --serial 'x y'"},
+           {"-", "Standard input cannot be read.\n", " </"},
            {"cat log", "Cannot write: ", " >/dev/full"},
            {"cat log", "There is no interface 'eth0'.\n", " --extcap-interface eth0"},
        }) {

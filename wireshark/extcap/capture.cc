@@ -179,6 +179,7 @@ std::string DescribeFailedCommand(const LogSource& source) {
 }
 
 std::string DescribeNoLog(const Capture& capture, const LogEnd& end) {
+  if (end.kind == LogEnd::Kind::kWordUnreadable) return " cannot be read.";
   if (capture.first_bytes.empty()) return " is empty.";
   const std::string text = FindText(capture.first_bytes);
   if (!text.empty()) return " is no log: " + text;

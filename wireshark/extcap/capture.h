@@ -8,7 +8,7 @@ inline constexpr const char* kDefaultCommand = "vrkt_wlan_udi_log stdout";
 struct CaptureOptions {
   std::string fifo;                       // "-" is standard output
   std::string command = kDefaultCommand;  // "-" reads the log from standard input
-  std::string serial;                     // the phone that runs the command; empty for this host
+  std::string serial;                     // the phone that runs the command; empty for this PC
 };
 
 // Runs the command, and writes the frames of its log until the log ends or the capture is

@@ -91,11 +91,13 @@ void ReadErrors(LogSource& source) {
 
 void EndCommand(LogSource& source, bool log_is_complete) {
   if (!log_is_complete || !WaitForGroup(source, kPatienceMs)) {
+    const int status = source.status;
     kill(-source.process, SIGTERM);
     if (!WaitForGroup(source, kPatienceMs)) {
       kill(-source.process, SIGKILL);
       WaitForGroup(source, kPatienceMs);
     }
+    source.status = status;
   }
   // What is left in the pipe. A process outside the group may still write there.
   constexpr int kMaxReads = 64;

@@ -16,7 +16,7 @@ struct LogSource {
   int log = STDIN_FILENO;
   int errors = -1;          // the command's standard error, -1 after its end
   std::string last_errors;  // the last bytes of it
-  int status = 0;           // as waitpid gives it, after the end
+  int status = 0;           // as waitpid gives it, if the command ended by itself
 };
 
 // Starts a program with these arguments. Returns false if there are too many processes or
