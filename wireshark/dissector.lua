@@ -31,7 +31,7 @@ local pieces, values = {}, {}
 -- The largest dump, in bytes, that the Info column shows.
 local MAX_SHOWN_DUMP = 16
 
--- A method of an object takes a search each time that it is called.
+-- A method of an object is looked up at each call, these only once.
 local add, set_generated = TreeItem.add, TreeItem.set_generated
 
 -- What a frame needs: `details`, the items below the protocol's; and its `columns`, or nil.
@@ -278,8 +278,8 @@ end
 
 local HOST_ADDRESS, FIRMWARE_ADDRESS = Address.ip("0.0.0.1"), Address.ip("0.0.0.2")
 
--- Wireshark writes addresses over what a column says. So without them, which mean something
--- to those only who asked for them, the columns have names.
+-- Wireshark overwrites the text of these columns if a frame has addresses, so a frame has
+-- either addresses or names.
 local function show_direction(pinfo, plan)
   local is_from_host = plan.is_from_host
   if is_from_host == nil then return end
@@ -364,8 +364,8 @@ local function add_headers(tree)
   add_if_wanted(own.signal_length, PSEUDO_HEADER_SIZE + 12, record.signal_length)
 end
 
--- Who had the link types before. A frame that is not ours goes there, so that other captures
--- open as they do without this plugin.
+-- The dissectors that had the link types before. They show a frame that is not ours, so other
+-- captures open as they do without this plugin.
 local link_types = DissectorTable.get("wtap_encap")
 local earlier = {
   [wtap_encaps.USER0] = link_types:get_dissector(wtap_encaps.USER0),

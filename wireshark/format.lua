@@ -12,7 +12,7 @@
 --       12      4  the value that was wrong, for some reasons at offset 1
 --       16         the record, with its header of 16 bytes
 --
---
+-- So a frame contains all that the dissector needs, and a capture file that was saved
 -- from a log shows the same as the log. The version could have been kept in
 -- the link type instead, but only 16 link types are free for private use.
 --

@@ -15,7 +15,7 @@ local ethernet, wlan = Dissector.get("eth_withoutfcs"), Dissector.get("wlan_with
 local info
 local summaries, summary_count = {}, 0
 
--- In the middle of a line, the counters of a frame of IEEE 802.11 are in the way.
+-- Removes the counters of a frame of IEEE 802.11, because the signal's fields follow.
 local function shorten(summary)
   return (summary:gsub(", SN=%d+, FN=%d+, Flags=[%a.]*", ""):gsub(", BI=%d+", ""))
 end
@@ -77,8 +77,8 @@ for _, layout in ipairs(vocabulary.layouts) do
   end)
 end
 
--- Returns what shows the dump of a signal: its name, the preference that allows it, and the
--- function, if there is no descriptor among the signal's fields. Returns nil if nothing does.
+-- Returns how the dump of a signal is shown: the preference that allows it, and either the
+-- field that describes the dump or the function that shows it. Returns nil if nothing does.
 local function find_content(signal, descriptor)
   if descriptor then return {preference = "dissect_frames", descriptor = descriptor} end
   local names = dump_names[signal]

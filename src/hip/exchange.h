@@ -57,7 +57,7 @@ class ExchangeTracker {
     Part waits_last;  // for the answer to the newest
   };
 
-  // Places in the ring; in `buckets_` and in links plus 1, so that 0 is none.
+  // The index of an entry in the ring plus 1; 0 is none.
   using Place = std::uint32_t;
 
   struct Waiting {
