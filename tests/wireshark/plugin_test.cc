@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -98,8 +99,11 @@ class Sharkd {
     // the filter another one.
     std::string escaped(opened_files_, ' ');
     for (const char c : filter) escaped += c == '"' ? R"(\")" : std::string(1, c);
-    return Pick(AskOfFile(R"("frames","params":{"filter":")" + escaped + R"("})"), R"("num":)",
-                "}");
+    Lines numbers =
+        Pick(AskOfFile(R"("frames","params":{"filter":")" + escaped + R"("})"), R"("num":)", "}");
+    // The colours of a frame can follow its number.
+    for (std::string& number : numbers) number.resize(std::min(number.find(','), number.size()));
+    return numbers;
   }
 
   // Returns these fields of each frame, as in "5|0.040000000|".
