@@ -134,6 +134,8 @@ TEST(Extcap, ReportsWhyTheLogEnded) {
            {"-", "Standard input cannot be read.\n", " </"},
            {"cat log", "Cannot write: ", " >/dev/full"},
            {"cat log", "There is no interface 'eth0'.\n", " --extcap-interface eth0"},
+           {"cat log", "A UDI log has no capture filter. Use a display filter.\n",
+            " --extcap-capture-filter tcp"},
        }) {
     SCOPED_TRACE(command);
     const std::string line = "cd " + directory.path() + " && PATH=.:$PATH && " +

@@ -17,6 +17,7 @@ namespace {
 constexpr const char* kInterface = "udi";
 constexpr const char* kDisplayName = "WLAN driver UDI log";
 constexpr const char* kProgram = "udi_extcap";
+constexpr const char* kNoFilter = "A UDI log has no capture filter. Use a display filter.";
 
 struct Arguments {
   int task = 0;
@@ -93,9 +94,10 @@ int Fail(const std::string& text) {
   return 1;
 }
 
-int Capture(const CaptureOptions& options) {
-  if (options.fifo.empty()) return Fail("--capture needs --fifo.");
-  std::string failure = RunCapture(options);
+int Capture(const Arguments& arguments) {
+  if (arguments.capture.fifo.empty()) return Fail("--capture needs --fifo.");
+  if (!arguments.filter.empty()) return Fail(kNoFilter);
+  std::string failure = RunCapture(arguments.capture);
   if (failure.empty()) return 0;
   for (char& c : failure) c = c == '\n' ? ' ' : c;
   return Fail(failure);
@@ -121,7 +123,7 @@ int main(int argc, char** argv) {
       ListFields();
       return 0;
     case kCapture:
-      return Capture(arguments.capture);
+      return Capture(arguments);
     case kShowUsage:
       return ShowUsage(stdout);
     default:
@@ -129,6 +131,6 @@ int main(int argc, char** argv) {
   }
   // A filter alone is to be checked. What is printed is what is wrong with it.
   if (arguments.filter.empty()) return ShowUsage(stderr);
-  std::printf("A UDI log has no capture filter. Use a display filter.\n");
+  std::printf("%s\n", kNoFilter);
   return 0;
 }
