@@ -14,7 +14,7 @@ local MAX_USED = 8000 -- in kB
 
 local frames_left = FRAMES
 
--- Is called after each frame.
+-- Is called after each frame of a log.
 local function collect_some()
   frames_left = frames_left - 1
   if frames_left > 0 then return end

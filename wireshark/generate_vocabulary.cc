@@ -138,12 +138,12 @@ const char* FindDescription(const std::string& name) {
 void WriteFields(std::FILE* output) {
   std::fprintf(output, "  fields = {\n");
   for (const auto& [name, type] : ListFieldTypes()) {
-    std::fprintf(output, "    {name = \"%s\", type = \"%s\"", name.c_str(),
+    std::fprintf(output, R"(    {name = "%s", type = "%s")", name.c_str(),
                  GetTypeName(type).c_str());
     if (type.is_hex) std::fprintf(output, ", is_hex = true");
     if (type.has_labels) std::fprintf(output, ", has_labels = true");
     if (const char* const text = FindDescription(name)) {
-      std::fprintf(output, ", description = \"%s\"", text);
+      std::fprintf(output, R"(, description = "%s")", text);
     }
     std::fprintf(output, "},\n");
   }
@@ -281,7 +281,7 @@ void CheckDescriptions() {
 
 // In Lua, this string has no escape sequences, and its lines are those of the part.
 void WritePart(const Part& part, std::FILE* output) {
-  std::fprintf(output, "parts.%s = assert(load([==[\n%s]==], \"@wireshark/%s.lua\"))",
+  std::fprintf(output, "parts.%s = assert(load([==[\n%s]==], '@wireshark/%s.lua'))",
                part.name.c_str(), part.text.c_str(), part.name.c_str());
   std::fprintf(output, "(vocabulary, parts)\n\n");
 }
