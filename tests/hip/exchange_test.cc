@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
@@ -14,63 +16,65 @@
 
 namespace {
 
-SignalView View(const PaddedPayload& payload) {
-  return ViewSignal(kLastHipVersionTag, {payload.span(), {}, {}});
-}
-
-// Compares with a queue per key, of length 1 where a new request replaces an earlier one, and
-// with the rule for what is forgotten.
-TEST(ExchangeTracker, EqualsAQueuePerKey) {
+// Compares with a search among the last entries. A new request to complete replaces an earlier
+// one.
+TEST(ExchangeTracker, EqualsASearch) {
   constexpr std::size_t kKept = 50;
+  enum Id : std::uint16_t { kRequest = 0x2010, kConfirm = 0x2110, kCompletion = 0x230C };
   ExchangeTracker tracker(kKept);
-  struct Waiting {
+  struct Entry {
+    Id answer;
+    unsigned vif;
+    unsigned tag;
     SentRequest sent;
-    std::uint64_t entry;
+    bool is_open = true;
   };
-  using Queue = std::deque<Waiting>;
-  std::map<std::pair<unsigned, unsigned>, Queue> unconfirmed;
-  std::map<unsigned, Queue> incomplete;
+  std::deque<Entry> entries;
   std::mt19937 random(1);
   const auto below = [&random](unsigned limit) { return static_cast<unsigned>(random()) % limit; };
-  std::uint64_t entries = 0;
-  std::size_t answered[2] = {};
-  std::size_t forgotten[2] = {};
+  std::map<Id, unsigned> answered;
+  std::map<Id, unsigned> forgotten;
   for (std::uint64_t record = 1; record <= 20000; ++record) {
     if (below(200) == 0) {
       tracker.ForgetRequests();
-      unconfirmed.clear();
-      incomplete.clear();
+      entries.clear();
     }
     const unsigned vif = below(3);
     const unsigned tag = below(10);
     const unsigned kind = below(8);
+    const Id id = kind == 0 ? kConfirm : kind == 1 ? kCompletion : kRequest;
     const SentRequest sent = {record, static_cast<std::int64_t>(record / 7)};
-    const auto add = [&](unsigned id) {  // one of the mlme_send_frame signals
-      const PaddedPayload payload(
-          Fapi(static_cast<std::uint16_t>(id)).U16(vif, tag).PadTo(40).signal());
-      return tracker.Add(View(payload), sent);
+    const PaddedPayload payload(Fapi(id).U16(vif, tag).PadTo(40).signal());
+    const std::optional<SentRequest> found =
+        tracker.Add(ViewSignal(kLastHipVersionTag, {payload.span(), {}, {}}), sent);
+    const auto find = [&](Id answer) {
+      return std::find_if(entries.begin(), entries.end(), [&](const Entry& entry) {
+        return entry.is_open && entry.answer == answer && entry.tag == tag &&
+               (entry.vif == vif || answer == kCompletion);
+      });
     };
-    if (kind > 1) {
-      ASSERT_FALSE(add(0x2010));
-      unconfirmed[{vif, tag}].push_back({sent, entries++});
-      incomplete[tag] = {{sent, entries++}};
+    if (id == kRequest) {
+      ASSERT_FALSE(found);
+      const auto replaced = find(kCompletion);
+      if (replaced != entries.end()) replaced->is_open = false;
+      for (const Id answer : {kConfirm, kCompletion}) entries.push_back({answer, vif, tag, sent});
+      for (; entries.size() > kKept; entries.pop_front()) {
+        forgotten[entries.front().answer] += entries.front().is_open;
+      }
       continue;
     }
-    const bool completes = kind == 1;
-    Queue& queue = completes ? incomplete[tag] : unconfirmed[{vif, tag}];
-    for (; !queue.empty() && entries - queue.front().entry > kKept; queue.pop_front()) {
-      ++forgotten[kind];
-    }
-    const std::optional<SentRequest> found = add(completes ? 0x230C : 0x2110);
-    ASSERT_EQ(found.has_value(), !queue.empty()) << record;
+    const auto entry = find(id);
+    ASSERT_EQ(found.has_value(), entry != entries.end()) << record;
     if (!found) continue;
-    ASSERT_EQ(found->record, queue.front().sent.record);
-    ASSERT_EQ(found->time_ms, queue.front().sent.time_ms);
-    queue.pop_front();
-    ++answered[kind];
+    ASSERT_EQ(found->record, entry->sent.record);
+    ASSERT_EQ(found->time_ms, entry->sent.time_ms);
+    entry->is_open = false;
+    ++answered[id];
   }
-  for (const std::size_t count : answered) EXPECT_GT(count, 1000U);
-  for (const std::size_t count : forgotten) EXPECT_GT(count, 50U);
+  for (const Id id : {kConfirm, kCompletion}) {
+    EXPECT_GT(answered[id], 1000U);
+    EXPECT_GT(forgotten[id], 50U);
+  }
 }
 
 // What the tracker and the Wireshark plugin rely on.
