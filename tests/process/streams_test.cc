@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <poll.h>
 #include <pty.h>
 #include <sys/resource.h>
 #include <termios.h>
@@ -19,20 +18,6 @@
 namespace {
 
 const std::string kLoaded = kBanner + "1970/01/01-00:00:00.000 Driver: Loaded\n";
-
-// Reads until `text` has arrived, or until nothing arrives for ten seconds.
-std::string ReadUntil(int descriptor, const std::string& text) {
-  std::string seen;
-  while (seen.find(text) == std::string::npos) {
-    pollfd ready{descriptor, POLLIN, 0};
-    char buffer[4096];
-    if (poll(&ready, 1, 10000) <= 0) break;
-    const ssize_t count = read(descriptor, buffer, sizeof buffer);
-    if (count <= 0) break;
-    seen.append(buffer, static_cast<std::size_t>(count));
-  }
-  return seen;
-}
 
 // A terminal that does not change the output.
 struct Terminal {

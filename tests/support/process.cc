@@ -1,6 +1,7 @@
 #include "support/process.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -90,6 +91,19 @@ ToolResult RunTool(const ToolRun& run) {
   const bool has_pcap = std::filesystem::is_regular_file(pcap_path);
   return {status, ReadFile(path_of("/out")), ReadFile(path_of("/err")),
           has_pcap ? ReadFile(pcap_path) : ""};
+}
+
+std::string ReadUntil(int descriptor, const std::string& text) {
+  std::string seen;
+  while (seen.find(text) == std::string::npos) {
+    pollfd ready{descriptor, POLLIN, 0};
+    char buffer[4096];
+    if (poll(&ready, 1, 10000) <= 0) break;
+    const ssize_t count = read(descriptor, buffer, sizeof buffer);
+    if (count <= 0) break;
+    seen.append(buffer, static_cast<std::size_t>(count));
+  }
+  return seen;
 }
 
 TemporaryDirectory::TemporaryDirectory()

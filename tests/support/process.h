@@ -73,4 +73,7 @@ int StartTool(const ToolRun& run);
 // Waits for the tool to end and returns its status, as in ToolResult.
 int WaitForTool(int process);
 
+// Reads until `text` has arrived, or until nothing arrives for ten seconds.
+std::string ReadUntil(int descriptor, const std::string& text);
+
 #endif  // VRKT_TESTS_SUPPORT_PROCESS_H_

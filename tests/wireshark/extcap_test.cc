@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include "files.h"
 #include "log_builder.h"
@@ -24,19 +23,6 @@ namespace {
 std::string CaptureCommand(const std::string& fifo, const std::string& command) {
   return ShellCommand(VRKT_EXTCAP) + " --capture --extcap-interface udi --fifo " + fifo +
          " --command " + QuoteForShell(command);
-}
-
-// Reads this number of bytes, or those that come within 10 seconds.
-std::string ReadFrame(int descriptor, std::size_t size) {
-  std::string frame;
-  pollfd polled = {descriptor, POLLIN, 0};
-  while (frame.size() < size && poll(&polled, 1, 10000) > 0) {
-    std::string bytes(size - frame.size(), '\0');
-    const ssize_t count = read(descriptor, bytes.data(), bytes.size());
-    if (count <= 0) break;
-    frame += bytes.substr(0, static_cast<std::size_t>(count));
-  }
-  return frame;
 }
 
 bool GroupEndsSoon(pid_t leader) {
@@ -57,33 +43,27 @@ TEST(Extcap, EachFrameAppearsBeforeTheNextRecord) {
   const auto send = [log](const Log& part) {
     return write(log, part.bytes().data(), part.bytes().size()) > 0;
   };
-  const auto words = [](std::initializer_list<std::uint32_t> values) {
-    return Log().Words(values).bytes();
+  const auto expect_words = [capture](std::initializer_list<std::uint32_t> values) {
+    const std::string words = Log().Words(values).bytes();
+    EXPECT_EQ(ReadUntil(fileno(capture), words), words);
   };
-  EXPECT_EQ(ReadFrame(fileno(capture), 24), words({0xA1B2C3D4, 0x40002, 0, 0, 262144, 148}));
+  expect_words({0xA1B2C3D4, 0x40002, 0, 0, 262144, 148});
   ASSERT_TRUE(send(Log().Header("14.5.12").TimeRef(1000, 77, 1500ms)));
-  EXPECT_EQ(ReadFrame(fileno(capture), 56), words({1001, 500000, 40, 40, 1, 0x0E05000C, 1000, 0,
-                                                   Log::kEventMagic, 1500, 0, 8, 1000, 77}));
+  expect_words(
+      {1001, 500000, 40, 40, 1, 0x0E05000C, 1000, 0, Log::kEventMagic, 1500, 0, 8, 1000, 77});
   // The clock reference makes no frame. The seconds of a negative time are rounded down.
   ASSERT_TRUE(send(Log().TimeRef(2000).Record(-1ms, "abcd", 9)));
-  EXPECT_EQ(ReadFrame(fileno(capture), 52),
-            words({1999, 999000, 36, 36, 1, 0x0E05000C, 2000, 0, Log::kSignalMagic, 0xFFFFFFFF, 4,
-                   9, 0x64636261}));
+  expect_words({1999, 999000, 36, 36, 1, 0x0E05000C, 2000, 0, Log::kSignalMagic, 0xFFFFFFFF, 4, 9,
+                0x64636261});
   close(log);
   EXPECT_EQ(pclose(capture), 0);
 }
 
 TEST(Extcap, StoppingEndsTheCommandWhileTheLogIsQuiet) {
-  struct Case {
-    const char* stopped_by;
-    const char* stop;  // in a shell that reads the fifo; the main shell starts the capture
-  };
-  for (const auto& [stopped_by, stop] : std::vector<Case>{
-           {"the end of the reader", "true"},
-           {"a signal", "kill $(cat capture); timeout 30 cat"},
-           {"the end of Wireshark", "kill -9 $$; timeout 30 cat"},
-       }) {
-    SCOPED_TRACE(stopped_by);
+  // In a shell that reads the fifo. The main shell, which is Wireshark here, starts the capture.
+  for (const std::string stop :
+       {"true", "kill $(cat capture); timeout 30 cat", "kill -9 $$; timeout 30 cat"}) {
+    SCOPED_TRACE(stop);
     const TemporaryDirectory directory;
     WriteFile(directory.path() + "/log", Log().Header("14.5.12").Load(0ms).bytes());
     // The command has two processes.
@@ -101,42 +81,42 @@ TEST(Extcap, StoppingEndsTheCommandWhileTheLogIsQuiet) {
 }
 
 TEST(Extcap, ReportsWhyTheLogEnded) {
-  struct Case {
-    const char* command;
-    const char* report;  // its start
-    const char* options = "";
-  };
   const TemporaryDirectory directory;
   WriteFile(directory.path() + "/log", SessionLog().bytes());
   WriteFile(directory.path() + "/adb", "#!/bin/sh\necho \"$#|$1|$2|$3|$4|\"\n");
   ASSERT_EQ(chmod((directory.path() + "/adb").c_str(), 0755), 0);
-  for (const auto& [command, report, options] : std::vector<Case>{
-           {"cat log", ""},
-           {"cat log; exec >&-; sleep 100", ""},  // is ended, which is no failure
-           {"nosuch", "The command 'nosuch' was not found: "},
-           {"cat log; echo no >&2; echo 'device lost' >&2; exit 3",
-            "The command 'cat log; echo no >&2; echo 'device lost' >&2; exit 3' ended with status "
-            "3: device lost\n"},
-           {"kill -9 $$", "The command 'kill -9 $$' was ended by signal 9.\n"},
-           {"true", "The output of 'true' is empty.\n"},
-           {"printf abc", "The output of 'printf abc' is no log: abc\n"},
-           {"head -c 8 log", "The output of 'head -c 8 log' ends within the header of the log.\n"},
-           {"cat /dev/zero",
-            "The output of 'cat /dev/zero' is no log that can be read: Log File Format Version 0 "
-            "detected. Not Supported.\n"},
-           {"head -c 999 log", "The log ends in the middle of a record.\n"},
-           {"cat log log; sleep 100",
-            "The log is damaged: Bad Magic number detected in log. magic:0x1289ABEF\n"},
-           {"cat 'a  b'",
-            "The output of 'adb -s x y exec-out cat 'a  b'' is no log: 4|-s|x y|exec-out|cat 'a  "
-            "b'|",
-            " --serial 'x y'"},
-           {"-", "Standard input cannot be read.\n", " </"},
-           {"cat log", "Cannot write: ", " >/dev/full"},
-           {"cat log", "There is no interface 'eth0'.\n", " --extcap-interface eth0"},
-           {"cat log", "A UDI log has no capture filter. Use a display filter.\n",
-            " --extcap-capture-filter tcp"},
-       }) {
+  const struct {
+    const char* command;
+    const char* report;  // its start
+    const char* options = "";
+  } kCases[] = {
+      {"cat log", ""},
+      {"cat log; exec >&-; sleep 100", ""},  // is ended, which is no failure
+      {"nosuch", "The command 'nosuch' was not found: "},
+      {"cat log; echo no >&2; echo 'device lost' >&2; exit 3",
+       "The command 'cat log; echo no >&2; echo 'device lost' >&2; exit 3' ended with status "
+       "3: device lost\n"},
+      {"kill -9 $$", "The command 'kill -9 $$' was ended by signal 9.\n"},
+      {"true", "The output of 'true' is empty.\n"},
+      {"printf abc", "The output of 'printf abc' is no log: abc\n"},
+      {"head -c 8 log", "The output of 'head -c 8 log' ends within the header of the log.\n"},
+      {"cat /dev/zero",
+       "The output of 'cat /dev/zero' is no log that can be read: Log File Format Version 0 "
+       "detected. Not Supported.\n"},
+      {"head -c 999 log", "The log ends in the middle of a record.\n"},
+      {"cat log log; sleep 100",
+       "The log is damaged: Bad Magic number detected in log. magic:0x1289ABEF\n"},
+      {"cat 'a  b'",
+       "The output of 'adb -s x y exec-out cat 'a  b'' is no log: 4|-s|x y|exec-out|cat 'a  "
+       "b'|",
+       " --serial 'x y'"},
+      {"-", "Standard input cannot be read.\n", " </"},
+      {"cat log", "Cannot write: ", " >/dev/full"},
+      {"cat log", "There is no interface 'eth0'.\n", " --extcap-interface eth0"},
+      {"cat log", "A UDI log has no capture filter. Use a display filter.\n",
+       " --extcap-capture-filter tcp"},
+  };
+  for (const auto& [command, report, options] : kCases) {
     SCOPED_TRACE(command);
     const std::string line = "cd " + directory.path() + " && PATH=.:$PATH && " +
                              CaptureCommand("-", command) + " 2>report >frames" + options;
