@@ -148,6 +148,13 @@ std::vector<ExchangeRecord> ListExchangeRecords() {
       {184ms, make(kConnectRes, 3)},
       {185ms, make(kConnectInd, 1), "65"},
       {186ms, make(kConnectRes, 1), "", 64, 1},
+      // The clock was set back between a request and its answer.
+      {200ms, make(kUnitdataReq, 1), "67"},
+      {-300ms, make(kUnitdataCfm, 1), "", 66, -500},
+      {200ms, make(kUnitdataReq, 1), "69"},
+      {-800ms, make(kUnitdataCfm, 1), "", 68, -1000},
+      {200ms, make(kUnitdataReq, 1), "71"},
+      {-1300ms, make(kUnitdataCfm, 1), "", 70, -1500},
   };
 }
 

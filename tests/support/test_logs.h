@@ -18,7 +18,7 @@ struct ExchangeRecord {
   Fapi signal;                   // with id 0: a clock reference; with id 1: a Load event
   const char* answered_by = "";  // the records of all answers, as in "3,5"
   unsigned answers = 0;
-  unsigned response_ms = 0;
+  int response_ms = 0;
 };
 
 std::vector<ExchangeRecord> ListExchangeRecords();
