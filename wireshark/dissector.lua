@@ -20,7 +20,7 @@ local udi, udi_capture = fields.udi, fields.udi_capture
 local own, experts = fields.own, fields.experts
 local CLAIM, settings = fields.CLAIM, fields.settings
 local plan_for = parts.plans.plan_for
-local frames = parts.frames
+local calls, frames = parts.calls, parts.frames
 local collect_some = parts.collector.collect_some
 
 local byte, format, concat = string.byte, string.format, table.concat
@@ -170,32 +170,43 @@ local function make_info(plan, count, range, summary)
   return concat(pieces, "", 1, count)
 end
 
--- Shows a signal that the version knows and that is long enough. Returns the line and the text
--- of the Info column, if they are needed.
-local function dissect_known_signal(plan, payload, pinfo, root, tree)
+-- The signal of this frame, if the version knows it and it is long enough: its `plan`, the
+-- `bytes` of its fields, the `range` of its dumps and their `content`, and the `count` of the
+-- pieces of its line.
+local known = {}
+
+-- Shows the signal in the tree, and returns its line if it is needed.
+local function dissect_known_signal(plan, payload, pinfo, tree)
   local content = plan.content
   if content and not settings[content.preference] then content = nil end
   local needs_fields = needs.details or needs.columns
   local bytes = (needs_fields or plan.essential[1] or content) and signal_bytes(plan, payload)
   local range = (needs_fields or content) and plan.dumps[1] and dump_range(plan, payload)
-  local line, info, count
+  known.plan, known.bytes, known.range, known.content = plan, bytes, range, content
+  local line
   if needs_fields then
-    count = dissect_fields(plan, payload, bytes, range, tree, needs.details)
-    line = needs.details and concat(pieces, "", 1, count)
+    known.count = dissect_fields(plan, payload, bytes, range, tree, needs.details)
+    line = needs.details and concat(pieces, "", 1, known.count)
   else
     read_essential_fields(plan, bytes, tree)
   end
-  local summary = content and frames.dissect(content, bytes, range, pinfo, root, needs.columns)
-  if needs.columns then info = make_info(plan, count, range, summary) end
   if plan.exchanges[1] and not pinfo.visited then
     exchanges.link(plan.exchanges, values, pinfo)
   end
-  return line, info
+  return line
 end
 
--- Shows a signal. Returns its line, the text of the Info column, and the plan of its signal if
--- the version knows it.
-local function dissect_signal(payload, pinfo, root, tree)
+-- Shows what the signal's dumps contain, and returns the text of the Info column if it is
+-- needed.
+local function show_content(pinfo, root)
+  local summary = known.content
+    and frames.dissect(known.content, known.bytes, known.range, pinfo, root, needs.columns)
+  return needs.columns and make_info(known.plan, known.count, known.range, summary)
+end
+
+-- Shows a signal in the tree. Returns its line; the text of the Info column, but not if
+-- show_content makes it; and the plan of its signal if the version knows it.
+local function dissect_signal(payload, pinfo, tree)
   local id = payload.id
   if payload.captured < payload.length then tree:add_proto_expert_info(experts.truncated) end
   local is_hip = frame_format.is_hip_id(id)
@@ -229,8 +240,7 @@ local function dissect_signal(payload, pinfo, root, tree)
     tree:add_proto_expert_info(experts.too_short, report)
     return "", report, plan
   end
-  local line, info = dissect_known_signal(plan, payload, pinfo, root, tree)
-  return line, info, plan
+  return dissect_known_signal(plan, payload, pinfo, tree), nil, plan
 end
 
 local function dissect_event(event, tree)
@@ -304,14 +314,18 @@ local function note_needs(pinfo, root)
   needs.details = all_wanted or root:referenced(udi_handle)
 end
 
-local function show_line(tree, pinfo, line, info, plan)
+-- The dissectors of the content come last: if one of them does not return, the tree is
+-- complete.
+local function show_frame(tree, pinfo, root, line, info, plan)
+  if needs.details then
+    if plan and all_wanted then tree:append_text(", " .. plan.name) end
+    add_links(tree, pinfo.number)
+    if is_wanted(tree, own.line) then set_generated(add(tree, own.line, line)) end
+  end
+  info = info or show_content(pinfo, root)
   local columns = needs.columns
   if columns then columns.protocol, columns.info = "UDI", info end
   if plan then show_direction(pinfo, plan) end
-  if not needs.details then return end
-  if plan and all_wanted then tree:append_text(", " .. plan.name) end
-  add_links(tree, pinfo.number)
-  if is_wanted(tree, own.line) then set_generated(add(tree, own.line, line)) end
 end
 
 -- The record of the frame that is dissected.
@@ -371,43 +385,51 @@ local earlier = {
   [wtap_encaps.USER0] = link_types:get_dissector(wtap_encaps.USER0),
   [wtap_encaps.USER1] = link_types:get_dissector(wtap_encaps.USER1),
 }
-local is_passed_on = false
 
-local function pass_on(link_type, tvb, pinfo, root)
+local function take_link_types()
+  link_types:add(wtap_encaps.USER0, udi_capture)
+  link_types:add(wtap_encaps.USER1, udi)
+end
+
+local function pass_on(link_type, has_escaped, tvb, pinfo, root)
   local dissector = earlier[link_type]
   -- A user's table of link types can name this plugin's dissector.
-  if not dissector or is_passed_on then return 0 end
-  is_passed_on = true
-  -- A malformed frame raises an error. The tree has the dissector's report of it then.
-  local has_ended, size = pcall(dissector.call, dissector, tvb, pinfo, root)
-  is_passed_on = false
-  return has_ended and size or tvb:len()
+  if not dissector or pinfo.private.udi_is_passed_on then return 0 end
+  -- The frames of this file are not safe to pass on. The rest goes there directly.
+  if has_escaped then link_types:add(link_type, dissector) end
+  pinfo.private.udi_is_passed_on = "yes"
+  return calls.call(dissector, tvb, pinfo, root) or tvb:len()
 end
 
 -- Wireshark calls this before it dissects a file, and again if a preference has changed.
 function udi.init()
+  calls.has_escaped()
+  take_link_types()
   fields.read_settings()
   exchanges.forget_links()
 end
 
 function udi.dissector(tvb, pinfo, root)
-  if not parse_frame(tvb) then return pass_on(wtap_encaps.USER1, tvb, pinfo, root) end
+  local has_escaped = calls.has_escaped()
+  if not parse_frame(tvb) then
+    return pass_on(wtap_encaps.USER1, has_escaped, tvb, pinfo, root)
+  end
   note_needs(pinfo, root)
   local tree = add(root, udi, tvb())
   if needs.details then add_headers(tree) end
   local line, info, plan
   if record.is_signal then
-    line, info, plan = dissect_signal(record, pinfo, root, tree)
+    line, info, plan = dissect_signal(record, pinfo, tree)
   else
     line = dissect_event(record, tree)
     info = line
     -- After a Load, nothing answers an earlier signal.
     if record.type == LOAD and not pinfo.visited then exchanges.forget_waiting() end
   end
-  show_line(tree, pinfo, line, info, plan)
   if record.end_reason ~= LOG_GOES_ON then
     add_end_of_log(tree, record.end_reason, record.end_value)
   end
+  show_frame(tree, pinfo, root, line, info, plan)
   collect_some()
   return tvb:len()
 end
@@ -430,16 +452,18 @@ local function is_claimed()
 end
 
 function udi_capture.dissector(tvb, pinfo, root)
+  local has_escaped = calls.has_escaped()
   parse_payload(tvb)
-  if not is_claimed() then return pass_on(wtap_encaps.USER0, tvb, pinfo, root) end
+  if not is_claimed() then
+    return pass_on(wtap_encaps.USER0, has_escaped, tvb, pinfo, root)
+  end
   note_needs(pinfo, root)
   local tree = add(root, udi, tvb())
   if needs.details then set_generated(add(tree, own.hip_version, record.version.name)) end
-  local line, info, plan = dissect_signal(record, pinfo, root, tree)
-  show_line(tree, pinfo, line, info, plan)
+  local line, info, plan = dissect_signal(record, pinfo, tree)
+  show_frame(tree, pinfo, root, line, info, plan)
   return tvb:len()
 end
 
-link_types:add(wtap_encaps.USER0, udi_capture)
-link_types:add(wtap_encaps.USER1, udi)
+take_link_types()
 udi_handle = Dissector.get("udi")

@@ -5,7 +5,7 @@
 -- that others call `frame` or `information_elements`.
 
 local vocabulary, parts = ...
-local for_each_field = parts.fields.for_each_field
+local calls, for_each_field = parts.calls, parts.fields.for_each_field
 
 local concat, min = table.concat, math.min
 
@@ -21,8 +21,7 @@ local function shorten(summary)
 end
 
 local function call(dissector, tvb, pinfo, root)
-  -- A malformed frame raises an error. The tree has the dissector's report of it then.
-  pcall(dissector.call, dissector, tvb, pinfo, root)
+  calls.call(dissector, tvb, pinfo, root)
   if not info then return end
   summary_count = summary_count + 1
   summaries[summary_count] = shorten(tostring(info))
@@ -103,7 +102,7 @@ end
 -- the dump, and `columns` is nil if Wireshark fills none. Returns what the Info column
 -- would say of the dump, or nil. The caller fills the columns of the signal afterwards.
 local function dissect(content, bytes, range, pinfo, root, columns)
-  if range:len() == 0 then return nil end
+  if range:len() == 0 or not calls.is_safe() then return nil end
   local show = content.show
   if content.descriptor then
     local _, label = content.descriptor.read(bytes)

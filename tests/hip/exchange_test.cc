@@ -59,7 +59,7 @@ TEST(ExchangeTracker, EqualsASearch) {
       if (replaced != entries.end()) replaced->is_open = false;
       for (const Id answer : {kConfirm, kCompletion}) entries.push_back({answer, vif, tag, sent});
       for (; entries.size() > kKept; entries.pop_front()) {
-        forgotten[entries.front().answer] += entries.front().is_open;
+        if (entries.front().is_open) ++forgotten[entries.front().answer];
       }
       continue;
     }

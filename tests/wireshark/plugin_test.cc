@@ -487,6 +487,13 @@ TEST_F(PluginInSharkd, FramesInside) {
       log.Signal(0ms, UnitdataInd(descriptor, beacon.substr(0, size)));
     }
   }
+  // In Wireshark 4.0, the dissector of HTTP/2 does not return to the plugin here.
+  const std::string cut_http2 =
+      MakeIpv4Frame(kPhone, kServer, 6,
+                    FromHex("0fa1 1f90 00000001 00000001 5018 2000 0000 0000") +
+                        "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n" + FromHex("000010 04 00 00000000 0001"),
+                    16);
+  for (int i = 0; i < 120; ++i) log.Signal(0ms, UnitdataInd(1, cut_http2));
   sharkd_->Open(log.bytes());
   for (std::size_t i = 0; i < std::size(kCases); ++i) {
     const std::string number = std::to_string(i + 1);
@@ -497,8 +504,9 @@ TEST_F(PluginInSharkd, FramesInside) {
   }
   EXPECT_EQ(FindDifference(sharkd_->ShowFields({"udi.line"}), ToolLines(log.bytes())), "");
   EXPECT_EQ(sharkd_->Filter("_ws.lua.error"), Lines{});
-  for (const std::string& columns : sharkd_->ShowFields({})) {
-    ASSERT_NE(columns.find("|firmware|host|UDI|"), std::string::npos) << columns;
+  const Lines columns = sharkd_->ShowFields({});
+  for (std::size_t i = 0; i + 120 < columns.size(); ++i) {
+    ASSERT_NE(columns[i].find("|firmware|host|UDI|"), std::string::npos) << columns[i];
   }
 }
 
@@ -513,12 +521,13 @@ TEST_F(PluginInSharkd, PreferencesForFramesInside) {
   sharkd_->SetPreference("dissect_elements", "FALSE");
 }
 
-std::string MakePcap(std::uint32_t link_type, const Lines& frames) {
+// `missing` is the number of bytes that were not captured of each frame.
+std::string MakePcap(std::uint32_t link_type, const Lines& frames, std::uint32_t missing = 0) {
   std::string pcap = ToBytes(0xA1B2C3D4, 4) + ToBytes(0x00040002, 4) + ToBytes(0, 8) +
                      ToBytes(65536, 4) + ToBytes(link_type, 4);
   for (const std::string& frame : frames) {
-    const std::string length = ToBytes(static_cast<std::uint32_t>(frame.size()), 4);
-    pcap += ToBytes(0, 8) + length + length + frame;
+    const auto size = static_cast<std::uint32_t>(frame.size());
+    pcap += ToBytes(0, 8) + ToBytes(size, 4) + ToBytes(size + missing, 4) + frame;
   }
   return pcap;
 }
@@ -536,6 +545,9 @@ TEST_F(PluginInSharkd, FramesOfOthersStayTheirs) {
   sharkd_->Open(MakePcap(148, frames));
   EXPECT_EQ(sharkd_->Filter("udi or _ws.lua.error"), Lines{std::to_string(frame.size() + 2)});
   EXPECT_EQ(sharkd_->Filter("arp"), Lines{"1"});
+  // In Wireshark 4.0, the dissector of a frame that is cut does not return to the plugin.
+  sharkd_->Open(MakePcap(148, Lines(120, frames[0].substr(0, 40)), 2));
+  EXPECT_EQ(sharkd_->Filter("arp").size(), 120U);
   // A signal of a capture file has an id that the version knows, and the signal's length.
   sharkd_->Open(MakePcap(147, {frames[0], Fapi(0x1100).PadTo(31).signal(),
                                Fapi(0x1100).PadTo(32).signal(), Fapi(0x1177).PadTo(32).signal()}));
