@@ -217,10 +217,12 @@ TEST_F(Plugin, LiveCapture) {
 #endif
 
 TEST_F(PluginInSharkd, DamagedLogs) {
+  int number = 0;  // counts from 1
   for (const std::string& log : MakeDamagedLogs(150)) {
+    ++number;
     const Lines shown = sharkd_->Open(log) ? sharkd_->ShowFields({"udi.line"}) : Lines();
     ASSERT_EQ(FindDifference(shown, ToolLines(log)), "")
-        << "the log is the file 'log' in " << sharkd_->user().home();
+        << "log " << number << " of MakeDamagedLogs(150)";
   }
 }
 
@@ -549,7 +551,7 @@ TEST_F(PluginInSharkd, FramesOfOthersStayTheirs) {
   for (std::size_t size = 0; size <= frame.size(); ++size) frames.push_back(frame.substr(0, size));
   for (const std::size_t wrong : {0U, 4U, 16U, 24U}) {
     frames.push_back(frame);
-    frames.back()[wrong] += 3;
+    frames.back()[wrong] += 100;
   }
   sharkd_->Open(MakePcap(148, frames));
   EXPECT_EQ(sharkd_->Filter("udi or _ws.lua.error"), Lines{std::to_string(frame.size() + 2)});
