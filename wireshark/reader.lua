@@ -2,7 +2,7 @@
 --
 -- It stays one record ahead of Wireshark. When a record is given out, the reader
 -- has already tried to read the next one, so it can say in the frame why the log
--- ends there. A frame of its own for that would be a frame without a record.
+-- ends there. There is no frame for that alone, because each frame has a record.
 --
 -- Wireshark reads a record again at its offset alone. The version and the clock
 -- reference that hold there come from `spans`, a list with one entry for each
