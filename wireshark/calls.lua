@@ -17,7 +17,8 @@ local function call(dissector, tvb, pinfo, root)
   return has_ended and size or nil
 end
 
--- Returns whether the last call was left by such an error.
+-- Returns whether the last call was left by such an error, and counts it. To be called for
+-- each frame, before its first call.
 local function has_escaped()
   if not is_running then return false end
   is_running = false

@@ -385,18 +385,18 @@ local earlier = {
   [wtap_encaps.USER0] = link_types:get_dissector(wtap_encaps.USER0),
   [wtap_encaps.USER1] = link_types:get_dissector(wtap_encaps.USER1),
 }
+local own_dissectors = {[wtap_encaps.USER0] = udi_capture, [wtap_encaps.USER1] = udi}
+local given_back = {}  -- the link types that an earlier dissector has for the rest of a file
 
-local function take_link_types()
-  link_types:add(wtap_encaps.USER0, udi_capture)
-  link_types:add(wtap_encaps.USER1, udi)
-end
-
-local function pass_on(link_type, has_escaped, tvb, pinfo, root)
+local function pass_on(link_type, tvb, pinfo, root)
   local dissector = earlier[link_type]
   -- A user's table of link types can name this plugin's dissector.
   if not dissector or pinfo.private.udi_is_passed_on then return 0 end
   -- The frames of this file are not safe to pass on. The rest goes there directly.
-  if has_escaped then link_types:add(link_type, dissector) end
+  if calls.has_escaped() then
+    link_types:add(link_type, dissector)
+    given_back[link_type] = true
+  end
   pinfo.private.udi_is_passed_on = "yes"
   return calls.call(dissector, tvb, pinfo, root) or tvb:len()
 end
@@ -404,16 +404,15 @@ end
 -- Wireshark calls this before it dissects a file, and again if a preference has changed.
 function udi.init()
   calls.has_escaped()
-  take_link_types()
+  for link_type in pairs(given_back) do link_types:add(link_type, own_dissectors[link_type]) end
+  given_back = {}
   fields.read_settings()
   exchanges.forget_links()
 end
 
 function udi.dissector(tvb, pinfo, root)
-  local has_escaped = calls.has_escaped()
-  if not parse_frame(tvb) then
-    return pass_on(wtap_encaps.USER1, has_escaped, tvb, pinfo, root)
-  end
+  if not parse_frame(tvb) then return pass_on(wtap_encaps.USER1, tvb, pinfo, root) end
+  calls.has_escaped()
   note_needs(pinfo, root)
   local tree = add(root, udi, tvb())
   if needs.details then add_headers(tree) end
@@ -452,11 +451,9 @@ local function is_claimed()
 end
 
 function udi_capture.dissector(tvb, pinfo, root)
-  local has_escaped = calls.has_escaped()
   parse_payload(tvb)
-  if not is_claimed() then
-    return pass_on(wtap_encaps.USER0, has_escaped, tvb, pinfo, root)
-  end
+  if not is_claimed() then return pass_on(wtap_encaps.USER0, tvb, pinfo, root) end
+  calls.has_escaped()
   note_needs(pinfo, root)
   local tree = add(root, udi, tvb())
   if needs.details then set_generated(add(tree, own.hip_version, record.version.name)) end
@@ -465,5 +462,5 @@ function udi_capture.dissector(tvb, pinfo, root)
   return tvb:len()
 end
 
-take_link_types()
+for link_type, dissector in pairs(own_dissectors) do link_types:add(link_type, dissector) end
 udi_handle = Dissector.get("udi")
