@@ -12,7 +12,7 @@
 #include "fapi/vocabulary.h"
 #include "hip/field_rendering.h"
 #include "hip/hip_versions.h"
-#include "intake/line_stamp.h"
+#include "log/line_stamp.h"
 
 namespace {
 

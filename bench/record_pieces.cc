@@ -6,8 +6,8 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "intake/run_control.h"
 #include "piece_lengths.h"
+#include "tool/run_control.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "decode_in_process.h"
 #include "expect.h"
-#include "intake/log_reader.h"
+#include "log/log_reader.h"
 
 namespace {
 

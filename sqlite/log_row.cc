@@ -11,7 +11,7 @@
 #include "fapi/vocabulary.h"
 #include "hip/field_rendering.h"
 #include "hip/field_value.h"
-#include "intake/log_text.h"
+#include "log/log_text.h"
 
 namespace {
 

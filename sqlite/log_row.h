@@ -9,8 +9,8 @@
 #include "hip/hip_versions.h"
 #include "hip/signal_routing.h"
 #include "hip/signal_view.h"
-#include "intake/line_stamp.h"
-#include "intake/log_reader.h"
+#include "log/line_stamp.h"
+#include "log/log_reader.h"
 #include "sqlite_api.h"
 
 // A row of the table udi: a record that prints a line. It borrows the record from the

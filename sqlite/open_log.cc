@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <string_view>
 
-#include "intake/log_text.h"
+#include "log/log_text.h"
 #include "sqlite_api.h"
 
 std::unique_ptr<OpenLog> OpenLog::Open(const std::string& path, std::string& error) {

@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-#include "intake/log_reader.h"
+#include "log/log_reader.h"
 
 // A log that is being read.
 class OpenLog {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "intake/line_stamp.h"
+#include "log/line_stamp.h"
 #include "open_log.h"
 #include "table_base.h"
 

@@ -1,7 +1,7 @@
 #include "decode_in_process.h"
 
 #include "capture_stream.h"
-#include "intake/run_control.h"
+#include "tool/run_control.h"
 
 std::FILE* OpenBytes(std::string& bytes) {
   // fmemopen rejects an empty buffer.

@@ -6,9 +6,9 @@
 
 #include "capture_stream.h"
 #include "files.h"
-#include "intake/run_control.h"
 #include "log_builder.h"
 #include "support/process.h"
+#include "tool/run_control.h"
 
 namespace {
 

@@ -17,9 +17,9 @@
 #include <memory>
 #include <vector>
 
-#include "intake/log_reader.h"
-#include "intake/log_text.h"
 #include "live_frames.h"
+#include "log/log_reader.h"
+#include "log/log_text.h"
 #include "log_command.h"
 
 // One thread waits for everything in one place, WaitFor: for the log, for room in the

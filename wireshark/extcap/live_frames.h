@@ -5,7 +5,7 @@
 #include <string>
 
 #include "hip/hip_versions.h"
-#include "intake/log_reader.h"
+#include "log/log_reader.h"
 
 // Makes a pcap file of a log. The frames are those that the plugin makes of the same log,
 // see format.lua. Only the reason why a log ends is always 0: a frame is written before the

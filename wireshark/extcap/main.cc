@@ -5,8 +5,8 @@
 
 #include "capture.h"
 #include "hip/hip_versions.h"
-#include "intake/standard_streams.h"
 #include "live_frames.h"
+#include "tool/standard_streams.h"
 
 // Live capture in Wireshark. Wireshark starts this program with the options of its manual
 // page extcap(4): first to list the interfaces and the fields of their dialog, then for

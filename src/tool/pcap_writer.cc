@@ -1,4 +1,4 @@
-#include "capture/pcap_writer.h"
+#include "tool/pcap_writer.h"
 
 #include <array>
 

@@ -1,5 +1,5 @@
-#ifndef VRKT_INTAKE_LINE_STAMP_H_
-#define VRKT_INTAKE_LINE_STAMP_H_
+#ifndef VRKT_LOG_LINE_STAMP_H_
+#define VRKT_LOG_LINE_STAMP_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -38,4 +38,4 @@ std::int64_t ComputeTimeMs(std::uint32_t timeBase, std::int32_t time_word);
 // Prints the stamp of an output line.
 void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word);
 
-#endif  // VRKT_INTAKE_LINE_STAMP_H_
+#endif  // VRKT_LOG_LINE_STAMP_H_

@@ -1,5 +1,5 @@
-#ifndef VRKT_INTAKE_STANDARD_STREAMS_H_
-#define VRKT_INTAKE_STANDARD_STREAMS_H_
+#ifndef VRKT_TOOL_STANDARD_STREAMS_H_
+#define VRKT_TOOL_STANDARD_STREAMS_H_
 
 // Occupies the descriptors of standard streams that were closed when the process
 // started, so that no opened file gets one of them. Otherwise, with standard output
@@ -7,4 +7,4 @@
 // still fail.
 void OccupyClosedStandardStreams();
 
-#endif  // VRKT_INTAKE_STANDARD_STREAMS_H_
+#endif  // VRKT_TOOL_STANDARD_STREAMS_H_

@@ -1,9 +1,9 @@
-#ifndef VRKT_INTAKE_LOG_TEXT_H_
-#define VRKT_INTAKE_LOG_TEXT_H_
+#ifndef VRKT_LOG_LOG_TEXT_H_
+#define VRKT_LOG_LOG_TEXT_H_
 
 #include <string>
 
-#include "intake/log_reader.h"
+#include "log/log_reader.h"
 
 // What the tool prints for a log, except its signals.
 
@@ -14,4 +14,4 @@ std::string RenderDriverEvent(const LogItem& event);
 // complete or cut log, whose end is not reported.
 std::string DescribeLogEnd(const LogEnd& end);
 
-#endif  // VRKT_INTAKE_LOG_TEXT_H_
+#endif  // VRKT_LOG_LOG_TEXT_H_

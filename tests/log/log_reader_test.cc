@@ -1,4 +1,4 @@
-#include "intake/log_reader.h"
+#include "log/log_reader.h"
 
 #include <gtest/gtest.h>
 

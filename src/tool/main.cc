@@ -1,3 +1,3 @@
-#include "intake/run_control.h"
+#include "tool/run_control.h"
 
 int main(int argc, char** argv) { return RunLogDecoder(argc, argv); }

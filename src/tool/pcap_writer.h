@@ -1,5 +1,5 @@
-#ifndef VRKT_CAPTURE_PCAP_WRITER_H_
-#define VRKT_CAPTURE_PCAP_WRITER_H_
+#ifndef VRKT_TOOL_PCAP_WRITER_H_
+#define VRKT_TOOL_PCAP_WRITER_H_
 
 #include <cstdint>
 #include <cstdio>
@@ -18,4 +18,4 @@ void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type);
 void WritePcapRecord(std::FILE* pcap, std::uint32_t timeBase, std::int32_t time_word,
                      std::uint32_t length, const std::uint8_t* payload);
 
-#endif  // VRKT_CAPTURE_PCAP_WRITER_H_
+#endif  // VRKT_TOOL_PCAP_WRITER_H_

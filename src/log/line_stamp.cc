@@ -1,4 +1,4 @@
-#include "intake/line_stamp.h"
+#include "log/line_stamp.h"
 
 #include <ctime>
 

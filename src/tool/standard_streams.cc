@@ -1,4 +1,4 @@
-#include "intake/standard_streams.h"
+#include "tool/standard_streams.h"
 
 #if __has_include(<fcntl.h>) && __has_include(<unistd.h>)
 

@@ -1,5 +1,5 @@
-#ifndef VRKT_INTAKE_LOG_READER_H_
-#define VRKT_INTAKE_LOG_READER_H_
+#ifndef VRKT_LOG_LOG_READER_H_
+#define VRKT_LOG_LOG_READER_H_
 
 #include <array>
 #include <cstddef>
@@ -145,4 +145,4 @@ class LogReader {
   std::unique_ptr<std::uint8_t[], FreeBlock> large_payload_;
 };
 
-#endif  // VRKT_INTAKE_LOG_READER_H_
+#endif  // VRKT_LOG_LOG_READER_H_

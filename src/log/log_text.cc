@@ -1,4 +1,4 @@
-#include "intake/log_text.h"
+#include "log/log_text.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,5 +1,5 @@
-#ifndef VRKT_INTAKE_RUN_CONTROL_H_
-#define VRKT_INTAKE_RUN_CONTROL_H_
+#ifndef VRKT_TOOL_RUN_CONTROL_H_
+#define VRKT_TOOL_RUN_CONTROL_H_
 
 // Runs the tool with this argument vector and returns the exit status: 0 if the log
 // ended or is damaged, 1 if there are no arguments, -1 if the arguments are wrong, the
@@ -7,4 +7,4 @@
 // that is still buffered is written when the process exits.
 int RunLogDecoder(int argc, const char* const* argv);
 
-#endif  // VRKT_INTAKE_RUN_CONTROL_H_
+#endif  // VRKT_TOOL_RUN_CONTROL_H_

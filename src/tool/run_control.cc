@@ -1,4 +1,4 @@
-#include "intake/run_control.h"
+#include "tool/run_control.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -9,13 +9,13 @@
 #include "base/little_endian.h"
 #include "base/program_name.h"
 #include "base/unlocked_stdio.h"
-#include "capture/pcap_writer.h"
 #include "hip/hip_versions.h"
 #include "hip/signal_routing.h"
-#include "intake/line_stamp.h"
-#include "intake/log_reader.h"
-#include "intake/log_text.h"
-#include "intake/standard_streams.h"
+#include "log/line_stamp.h"
+#include "log/log_reader.h"
+#include "log/log_text.h"
+#include "tool/pcap_writer.h"
+#include "tool/standard_streams.h"
 
 namespace {
 
