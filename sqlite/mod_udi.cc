@@ -1,7 +1,7 @@
 // The log as SQL tables, an extension of SQLite:
 //
-//   udi(path)      a row per line that the tool prints, see log_table.cc
-//   udi_log(path)  a row per log, see summary_table.cc
+//   udi(path)      a row per line that the tool prints, see udi_table.cc
+//   udi_log(path)  a row per log, see udi_log_table.cc
 //
 // A virtual table reads the log itself. Nothing is imported: a log of many gigabytes is
 // read once per query, forward only, in constant memory, and a live log gives its rows as
@@ -13,9 +13,9 @@
 
 #include "mod_udi.h"
 
-#include "log_table.h"
 #include "sqlite_api.h"
-#include "summary_table.h"
+#include "udi_log_table.h"
+#include "udi_table.h"
 SQLITE_EXTENSION_INIT1
 
 int sqlite3_modudi_init(sqlite3* db, char** error, const sqlite3_api_routines* api) {
@@ -26,9 +26,9 @@ int sqlite3_modudi_init(sqlite3* db, char** error, const sqlite3_api_routines* a
         sqlite3_mprintf("mod_udi needs SQLite 3.31 or later, this is %s", sqlite3_libversion());
     return SQLITE_ERROR;
   }
-  int status = sqlite3_create_module_v2(db, "udi", &kLogModule, nullptr, nullptr);
+  int status = sqlite3_create_module_v2(db, "udi", &kUdiModule, nullptr, nullptr);
   if (status != SQLITE_OK) return status;
-  status = sqlite3_create_module_v2(db, "udi_log", &kSummaryModule, nullptr, nullptr);
+  status = sqlite3_create_module_v2(db, "udi_log", &kUdiLogModule, nullptr, nullptr);
 #ifndef SQLITE_CORE
   // Each time that it is loaded, the C++ runtime takes memory that it never releases. So the
   // extension stays loaded after the connection is closed.

@@ -1,6 +1,6 @@
 // The table udi_log: a row per log, which it reads to its end, without making lines.
 
-#include "summary_table.h"
+#include "udi_log_table.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -198,7 +198,7 @@ int Connect(sqlite3* db, void* /*unused*/, int argc, const char* const* argv, sq
 
 }  // namespace
 
-constexpr sqlite3_module kSummaryModule = [] {
+constexpr sqlite3_module kUdiLogModule = [] {
   sqlite3_module module{};
   module.xCreate = Connect;  // equals xConnect, which makes it a table-valued function, too
   module.xConnect = Connect;

@@ -16,7 +16,7 @@
 // index for a virtual table. The costs are chosen so that SQLite reads a log once wherever
 // the query allows it.
 
-#include "log_table.h"
+#include "udi_table.h"
 
 #include <algorithm>
 #include <bitset>
@@ -620,7 +620,7 @@ int Connect(sqlite3* db, void* /*unused*/, int argc, const char* const* argv, sq
 
 }  // namespace
 
-constexpr sqlite3_module kLogModule = [] {
+constexpr sqlite3_module kUdiModule = [] {
   sqlite3_module module{};
   module.xCreate = Connect;  // equals xConnect, which makes it a table-valued function, too
   module.xConnect = Connect;

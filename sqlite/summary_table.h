@@ -1,9 +1,0 @@
-#ifndef VRKT_SQLITE_SUMMARY_TABLE_H_
-#define VRKT_SQLITE_SUMMARY_TABLE_H_
-
-#include "sqlite_api.h"
-
-// The module of the table udi_log.
-extern const sqlite3_module kSummaryModule;
-
-#endif  // VRKT_SQLITE_SUMMARY_TABLE_H_
