@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include "log/log_writer.h"
+
 // Builds logs in a short notation:
 //
 //   Log().Header("14.5.12").TimeRef(1000).Signal(1500ms, Fapi(0x1000).U16(1).Bulk("0102"))
@@ -82,18 +84,14 @@ class Fapi {
 class Log {
  public:
   using Time = std::chrono::milliseconds;
-  static constexpr std::uint32_t kHeaderMagic = 0x1289ABEF;
-  static constexpr std::uint32_t kEventMagic = 0x13572467;
-  static constexpr std::uint32_t kSignalMagic = 0x13572468;
 
   Log& Bytes(std::string_view bytes) {
     bytes_ += bytes;
     return *this;
   }
   Log& Words(std::initializer_list<std::uint32_t> words) {
-    for (const std::uint32_t word : words) bytes_ += ToBytes(word, 4);
-    ends_.push_back(bytes_.size());
-    return *this;
+    AppendWords(words, bytes_);
+    return EndUnit();
   }
   Log& Header(std::string_view hip_version) {
     const char* number = hip_version.data();
@@ -104,23 +102,25 @@ class Log {
       if (error != std::errc()) std::abort();
       number = rest == end ? end : rest + 1;
     }
-    return Words({kHeaderMagic, 6, numbers[0] << 24 | numbers[1] << 16 | numbers[2]});
+    AppendHeader(numbers[0] << 24 | numbers[1] << 16 | numbers[2], bytes_);
+    return EndUnit();
   }
-  Log& TimeRef(std::uint32_t seconds) { return Words({kEventMagic, 0, 0, 4, seconds}); }
+  Log& TimeRef(std::uint32_t seconds) { return Event(DriverEventType::kTimeRef, 0ms, {seconds}); }
   Log& TimeRef(std::uint32_t seconds, std::uint32_t uptime, Time time = 0ms) {
-    return Words({kEventMagic, Word(time), 0, 8, seconds, uptime});
+    return Event(DriverEventType::kTimeRef, time, {seconds, uptime});
   }
-  Log& Load(Time time) { return Words({kEventMagic, Word(time), 1, 0}); }
-  Log& Unload(Time time) { return Words({kEventMagic, Word(time), 2, 0}); }
+  Log& Load(Time time) { return Event(DriverEventType::kLoad, time, {}); }
+  Log& Unload(Time time) { return Event(DriverEventType::kUnload, time, {}); }
   Log& Signal(Time time, const Fapi& signal) {
     return Record(time, signal.signal() + signal.bulk(), signal.signal().size());
   }
   // A record with any signal length, also one that does not fit the payload.
   Log& Record(Time time, std::string_view payload, std::size_t signal_length) {
-    Words({kSignalMagic, Word(time), static_cast<std::uint32_t>(payload.size()),
-           static_cast<std::uint32_t>(signal_length)});
-    ends_.back() += payload.size();
-    return Bytes(payload);
+    AppendSignalHeader(static_cast<std::int32_t>(time.count()),
+                       static_cast<std::uint32_t>(payload.size()),
+                       static_cast<std::uint32_t>(signal_length), bytes_);
+    bytes_ += payload;
+    return EndUnit();
   }
 
   const std::string& bytes() const { return bytes_; }
@@ -128,7 +128,14 @@ class Log {
   const std::vector<std::size_t>& ends() const { return ends_; }
 
  private:
-  static std::uint32_t Word(Time time) { return static_cast<std::uint32_t>(time.count()); }
+  Log& Event(DriverEventType type, Time time, std::initializer_list<std::uint32_t> words) {
+    AppendEvent(type, static_cast<std::int32_t>(time.count()), words, bytes_);
+    return EndUnit();
+  }
+  Log& EndUnit() {
+    ends_.push_back(bytes_.size());
+    return *this;
+  }
 
   std::string bytes_;
   std::vector<std::size_t> ends_;

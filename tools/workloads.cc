@@ -10,6 +10,7 @@
 #include "base/little_endian.h"
 #include "fapi/vocabulary.h"
 #include "hip/hip_versions.h"
+#include "log/log_writer.h"
 
 namespace {
 
@@ -26,8 +27,8 @@ class Generator {
   }
 
   void AppendHeader() {
-    Words({0x1289ABEF, 6, HipVersionTable[GetIndex(kVersion)].version, 0x13572467, 0, 0, 4,
-           1780297200});
+    ::AppendHeader(HipVersionTable[GetIndex(kVersion)].version, log_);
+    AppendEvent(DriverEventType::kTimeRef, 0, {1780297200}, log_);
   }
 
   void AppendRecord(std::uint32_t place) {
@@ -48,7 +49,7 @@ class Generator {
     const auto length = static_cast<std::uint32_t>(signal.size());
     // Three records per millisecond, as in a busy second.
     const std::uint32_t time = name_ == "seconds" ? place * 1000 : place / 3;
-    Words({0x13572468, time, length + bulk, length});
+    AppendSignalHeader(static_cast<std::int32_t>(time), length + bulk, length, log_);
     log_ += signal;
     for (std::uint32_t i = 0; i < bulk; ++i) log_ += static_cast<char>(random_());
   }
@@ -61,14 +62,6 @@ class Generator {
   bool Chance(std::uint32_t percent) { return Below(100) < percent; }
   std::uint16_t OneOf(const std::vector<std::uint16_t>& ids) {
     return ids[Below(static_cast<std::uint32_t>(ids.size()))];
-  }
-
-  void Words(std::initializer_list<std::uint32_t> words) {
-    for (const std::uint32_t word : words) {
-      std::uint8_t bytes[4];
-      StoreU32(word, bytes);
-      log_.append(reinterpret_cast<const char*>(bytes), sizeof bytes);
-    }
   }
 
   std::string MakeSignal(std::uint16_t id) {

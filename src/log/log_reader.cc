@@ -7,12 +7,6 @@
 #include "base/unlocked_stdio.h"
 #include "fapi/compiled_signal.h"
 
-namespace {
-
-constexpr std::uint32_t kHeaderMagic = 0x1289ABEF;
-
-}  // namespace
-
 bool LogReader::Read(LogItem& item) {
   large_payload_.reset();
   const Outcome outcome = header_follows_ ? ReadLogFileHeader(item) : ReadRecords(item);

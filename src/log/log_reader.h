@@ -24,6 +24,7 @@
 // words are little-endian and have 32 bits. A driver reload, which is an Unload event and
 // then a Load event, ends an epoch.
 
+inline constexpr std::uint32_t kHeaderMagic = 0x1289ABEF;
 inline constexpr std::uint32_t kLogFormatVersion = 6;
 
 // A record begins with one of these.

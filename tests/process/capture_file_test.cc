@@ -29,7 +29,7 @@ TEST(CaptureFile, ContainsAllCompleteRecords) {
                       .Load(4ms)
                       .Header("14.3.10")
                       .Signal(-2147483648ms, unknown)
-                      .Words({Log::kSignalMagic, 0, 100, 100})
+                      .Words({kSignalRecordMagic, 0, 100, 100})
                       .Bytes("cut off");
   const std::string expected =
       kGlobalHeader + FromHex("e9030000 20a10700 22000000 22000000") + confirm.signal() +
@@ -44,7 +44,7 @@ TEST(CaptureFile, ContainsAllCompleteRecords) {
       {.arguments = {"stdin", "--pcap"}, .input = log.bytes(), .directory = directory.path()});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.pcap, expected);
-  const std::string unknown_version = Log().Words({Log::kHeaderMagic, 6, 0}).bytes();
+  const std::string unknown_version = Log().Words({kHeaderMagic, 6, 0}).bytes();
   EXPECT_EQ(RunTool({.arguments = {"stdin", "--pcap"}, .input = unknown_version}).pcap, "");
 }
 

@@ -22,7 +22,7 @@ std::string TimeRefSize(const std::string& size) {
 }
 
 TEST(LogStream, Headers) {
-  constexpr std::uint32_t kGood = Log::kHeaderMagic;
+  constexpr std::uint32_t kGood = kHeaderMagic;
   constexpr std::uint32_t kL = 0x0E05000C;
   const struct {
     Log log;
@@ -88,18 +88,18 @@ TEST(LogStream, Records) {
        "1970/01/01-00:16:40.250 Driver: Uptime: -1 seconds\n"
        "1970/01/01-00:16:40.000 Driver: Uptime: 77 seconds\n",
        ""},
-      {"a clock of 0 bytes", Log().Words({Log::kEventMagic, 0, 0, 0}).Load(0ms), "",
+      {"a clock of 0 bytes", Log().Words({kDriverEventMagic, 0, 0, 0}).Load(0ms), "",
        TimeRefSize("0")},
-      {"a clock of 5 bytes", Log().Words({Log::kEventMagic, 0, 0, 5}).Load(0ms), "",
+      {"a clock of 5 bytes", Log().Words({kDriverEventMagic, 0, 0, 5}).Load(0ms), "",
        TimeRefSize("5")},
-      {"a clock of a negative size", Log().Words({Log::kEventMagic, 0, 0, 0x80000008}).Load(0ms),
+      {"a clock of a negative size", Log().Words({kDriverEventMagic, 0, 0, 0x80000008}).Load(0ms),
        "", TimeRefSize("-2147483640")},
-      {"a Load with a payload", Log().Words({Log::kEventMagic, 0, 1, 0x80000000}).Load(0ms), "",
+      {"a Load with a payload", Log().Words({kDriverEventMagic, 0, 1, 0x80000000}).Load(0ms), "",
        "decode: size(-2147483648) detected in Driver Load log entry. Expected size == 0\n"},
-      {"an Unload with a payload", Log().Words({Log::kEventMagic, 0, 2, 4}).Load(0ms), "",
+      {"an Unload with a payload", Log().Words({kDriverEventMagic, 0, 2, 4}).Load(0ms), "",
        "decode: size(4 detected in Driver Unload log entry. Expected size == 0\n"},
       {"event 3 with a payload, which is read as a record",
-       Log().Words({Log::kEventMagic, 0, 3, 4, 0xABCD}).Load(0ms), "",
+       Log().Words({kDriverEventMagic, 0, 3, 4, 0xABCD}).Load(0ms), "",
        "decode: Bad Magic number detected in log. magic:0x0000ABCD\n"},
       {"no record, and the log ends before 16 bytes", Log().Words({0, 1, 2}).Bytes("abc"), "", ""},
       {"no record", Log().Words({0, 1, 2, 3}), "",

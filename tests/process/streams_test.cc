@@ -68,7 +68,7 @@ TEST(Streams, ReadErrorAfterARecord) {
     int status;
   } kCases[] = {
       {log.bytes() + "ab", "decode: QenWifiDriverLogReadUint32() not enough bytes read\n", 255},
-      {Log(log).Words({Log::kSignalMagic, 0, 100, 100}).bytes() + "cut off",
+      {Log(log).Words({kSignalRecordMagic, 0, 100, 100}).bytes() + "cut off",
        "decode: fread(logData.data) not enough bytes read\n", 0},
   };
   for (const auto& c : kCases) {
@@ -125,7 +125,7 @@ TEST(Streams, OverstatedLength) {
   const Log cut = Log()
                       .Header("14.5.12")
                       .Load(0ms)
-                      .Words({Log::kSignalMagic, 0, 0xFFFFFFFF, 10})
+                      .Words({kSignalRecordMagic, 0, 0xFFFFFFFF, 10})
                       .Bytes(std::string(100, 'x'));
   if constexpr (sizeof(void*) > 4) {
     EXPECT_EQ(RunTool({.input = cut.bytes()}), (ToolResult{0, kLoaded, kDetected}));

@@ -14,7 +14,7 @@ constexpr std::uint16_t kLoad = 1;
 std::vector<std::string> MakeDamagedLogs(int count) {
   Log session = SessionLog().Record(0ms, "", 0).Record(0ms, "\x42", 1);
   // Events that print nothing. An output that knows one of them prints a line more or less.
-  for (std::uint32_t type = 3; type < 8; ++type) session.Words({Log::kEventMagic, 0, type, 0});
+  for (std::uint32_t type = 3; type < 8; ++type) session.Words({kDriverEventMagic, 0, type, 0});
   const std::string& whole = session.bytes();
   std::mt19937 random(20260601);
   const auto below = [&random](std::size_t limit) { return random() % limit; };

@@ -50,10 +50,10 @@ TEST(Extcap, EachFrameAppearsBeforeTheNextRecord) {
   expect_words({0xA1B2C3D4, 0x40002, 0, 0, 262144, 148});
   ASSERT_TRUE(send(Log().Header("14.5.12").TimeRef(1000, 77, 1500ms)));
   expect_words(
-      {1001, 500000, 40, 40, 1, 0x0E05000C, 1000, 0, Log::kEventMagic, 1500, 0, 8, 1000, 77});
+      {1001, 500000, 40, 40, 1, 0x0E05000C, 1000, 0, kDriverEventMagic, 1500, 0, 8, 1000, 77});
   // The clock reference makes no frame. The seconds of a negative time are rounded down.
   ASSERT_TRUE(send(Log().TimeRef(2000).Record(-1ms, "abcd", 9)));
-  expect_words({1999, 999000, 36, 36, 1, 0x0E05000C, 2000, 0, Log::kSignalMagic, 0xFFFFFFFF, 4, 9,
+  expect_words({1999, 999000, 36, 36, 1, 0x0E05000C, 2000, 0, kSignalRecordMagic, 0xFFFFFFFF, 4, 9,
                 0x64636261});
   close(log);
   EXPECT_EQ(pclose(capture), 0);

@@ -231,7 +231,7 @@ TEST_F(PluginInSharkd, DamageIsReported) {
   const std::string header = Log().Header("14.2.9").bytes();
   const std::string good = header + Log().Load(1ms).TimeRef(5).Unload(2ms).bytes();
   const std::string reload = header + Log().Load(1ms).Unload(2ms).Load(3ms).bytes();
-  const std::uint32_t kMagic = Log::kHeaderMagic;
+  const std::uint32_t kMagic = kHeaderMagic;
   const struct {
     std::string start;
     Log rest;
@@ -240,16 +240,17 @@ TEST_F(PluginInSharkd, DamageIsReported) {
       {good, Log(), ""},
       {reload, Log(), ""},
       {good, Log().Bytes("a"), "cut"},
-      {good, Log().Words({Log::kSignalMagic, 0, 9, 9}).Bytes("cut"), "cut"},
+      {good, Log().Words({kSignalRecordMagic, 0, 9, 9}).Bytes("cut"), "cut"},
       // Above the largest frame, the reader looks for the record's last byte.
-      {good, Log().Words({Log::kSignalMagic, 0, 300000, 9}).Bytes(std::string(299999, 'c')), "cut"},
+      {good, Log().Words({kSignalRecordMagic, 0, 300000, 9}).Bytes(std::string(299999, 'c')),
+       "cut"},
       {reload, Log().Words({kMagic}), "cut"},
       {good, Log().Words({0xABCD, 1, 2, 3}),
        "damaged: bad magic number 0x0000ABCD in place of a record"},
-      {good, Log().Words({Log::kEventMagic, 0, 0, 12, 1, 2, 3}),
+      {good, Log().Words({kDriverEventMagic, 0, 0, 12, 1, 2, 3}),
        "damaged: a clock reference has 12 bytes, not 4 or 8"},
-      {good, Log().Words({Log::kEventMagic, 0, 1, 4}), "damaged: a Load event has 4 bytes, not 0"},
-      {good, Log().Words({Log::kEventMagic, 0, 2, 4}),
+      {good, Log().Words({kDriverEventMagic, 0, 1, 4}), "damaged: a Load event has 4 bytes, not 0"},
+      {good, Log().Words({kDriverEventMagic, 0, 2, 4}),
        "damaged: an Unload event has 4 bytes, not 0"},
       {reload, Log().Words({1, 6, 0x0E05000C}),
        "damaged: bad magic number 0x00000001 in the header after a reload"},
@@ -271,11 +272,11 @@ TEST_F(PluginInSharkd, DamageIsReported) {
 
 TEST_F(PluginInSharkd, RejectedHeadersAreNotOpened) {
   for (const Log& log : {
-           Log().Words({Log::kHeaderMagic, 6}),
-           Log().Words({Log::kHeaderMagic, 5, 0x0E05000C}).Load(0ms),
-           Log().Words({Log::kHeaderMagic, 7, 0x0E05000C}).Load(0ms),
-           Log().Words({Log::kHeaderMagic, 6, 0x0E05000D}).Load(0ms),
-           Log().Words({Log::kHeaderMagic + 1, 6, 0x0E05000C}).Load(0ms),
+           Log().Words({kHeaderMagic, 6}),
+           Log().Words({kHeaderMagic, 5, 0x0E05000C}).Load(0ms),
+           Log().Words({kHeaderMagic, 7, 0x0E05000C}).Load(0ms),
+           Log().Words({kHeaderMagic, 6, 0x0E05000D}).Load(0ms),
+           Log().Words({kHeaderMagic + 1, 6, 0x0E05000C}).Load(0ms),
        }) {
     EXPECT_FALSE(sharkd_->Open(log.bytes()));
   }
@@ -405,7 +406,7 @@ TEST_F(PluginInSharkd, ASavedSelectionShowsTheSame) {
 // An unknown event, an Unload that a signal of the driver's side cancels, and ids and lengths
 // on both sides of each limit.
 TEST_F(PluginInSharkd, LimitsAreThoseOfTheTool) {
-  Log log = Log().Header("14.5.12").Words({Log::kEventMagic, 0, 9, 77}).Load(1ms);
+  Log log = Log().Header("14.5.12").Words({kDriverEventMagic, 0, 9, 77}).Load(1ms);
   for (const std::uint16_t id :
        std::initializer_list<std::uint16_t>{0, 0x64, 0x65, 0x9FFF, 0xA000}) {
     log.Signal(2ms, Fapi(id).PadTo(16));

@@ -1,0 +1,56 @@
+#include "log/log_writer.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "base/little_endian.h"
+
+void AppendWords(std::initializer_list<std::uint32_t> words, std::string& log) {
+  std::size_t end = log.size();
+  log.resize(end + 4 * words.size());
+  for (const std::uint32_t word : words) {
+    StoreU32(word, reinterpret_cast<std::uint8_t*>(log.data()) + end);
+    end += 4;
+  }
+}
+
+void AppendHeader(std::uint32_t hip_version, std::string& log) {
+  AppendWords({kHeaderMagic, kLogFormatVersion, hip_version}, log);
+}
+
+void AppendEvent(DriverEventType type, std::int32_t time, std::initializer_list<std::uint32_t> words,
+                 std::string& log) {
+  AppendWords({kDriverEventMagic, static_cast<std::uint32_t>(time), static_cast<std::uint32_t>(type),
+               static_cast<std::uint32_t>(4 * words.size())},
+              log);
+  AppendWords(words, log);
+}
+
+void AppendSignalHeader(std::int32_t time, std::uint32_t length, std::uint32_t signal_length,
+                        std::string& log) {
+  AppendWords({kSignalRecordMagic, static_cast<std::uint32_t>(time), length, signal_length}, log);
+}
+
+void AppendItem(const LogItem& item, std::string& log, std::uint32_t max_payload) {
+  switch (item.kind) {
+    case LogItem::Kind::kUptime:
+      AppendEvent(DriverEventType::kTimeRef, item.time,
+                  {item.timeBase, static_cast<std::uint32_t>(item.uptime)}, log);
+      break;
+    case LogItem::Kind::kLoaded:
+      AppendEvent(DriverEventType::kLoad, item.time, {}, log);
+      break;
+    case LogItem::Kind::kUnloaded:
+      AppendEvent(DriverEventType::kUnload, item.time, {}, log);
+      break;
+    case LogItem::Kind::kSignal: {
+      const SignalSpan& payload = item.signal.payload;
+      AppendSignalHeader(item.time, payload.length, item.signal.signal_length, log);
+      log.append(reinterpret_cast<const char*>(payload.bytes),
+                 std::min(payload.length, max_payload));
+      break;
+    }
+    case LogItem::Kind::kHeader:
+      break;
+  }
+}
