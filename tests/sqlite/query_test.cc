@@ -14,15 +14,23 @@
 
 namespace {
 
-Fapi ConnectReq(unsigned vif) {
-  return Fapi(0x200B).U16(vif).Mac("0a:0b:0c:0d:0e:0f").U16(0, 0x130A, 0).Spares();
+constexpr const char* kAccessPoint = "0a:0b:0c:0d:0e:0f";
+constexpr const char* kOther = "0a:0b:0c:0d:0e:1f";
+constexpr const char* kPeer = "0a:0b:0c:0d:0e:2f";
+
+Fapi ConnectReq(unsigned vif, const char* bssid = kAccessPoint) {
+  return Fapi(0x200B).U16(vif).Mac(bssid).U16(0, 0x130A, 0).Spares();
 }
 // The layout of mlme_connect_cfm (0x210B), mlme_connect_ind (0x2303) and others.
 Fapi Result(std::uint16_t id, unsigned vif, unsigned result) {
   return Fapi(id).U16(vif, result).Spares();
 }
-Fapi Disconnect(std::uint16_t id, unsigned vif, unsigned reason) {
-  return Fapi(id).U16(vif).Mac("0a:0b:0c:0d:0e:1f").U16(reason).Spares();
+// mlme_disconnect_req (0x200E), mlme_disconnected_ind (0x2309) and others.
+Fapi Disconnect(std::uint16_t id, unsigned vif, unsigned reason, const char* peer = kAccessPoint) {
+  return Fapi(id).U16(vif).Mac(peer).U16(reason).Spares();
+}
+Fapi RoamedInd(const std::string& bssid) {
+  return Result(0x2307, 1, 1).Bulk("30000000 001122334455" + bssid + bssid + "0000");
 }
 
 // Two interfaces in one log of the oldest or the newest version.
@@ -60,6 +68,42 @@ Log Connections(const char* version) {
       .Signal(330ms, Result(0x2303, 1, 0));  // up to the end of the log
 }
 
+// One interface that moves between access points.
+Log Moves() {
+  return Log()
+      .Header("14.5.12")
+      .TimeRef(1000)
+      .Signal(0ms, ConnectReq(1))
+      .Signal(1ms, Result(0x2303, 1, 0))
+      .Signal(2ms, Disconnect(0x2309, 1, 1, kPeer))    // a TDLS peer
+      .Signal(10ms, ConnectReq(1, kOther))             //
+      .Signal(11ms, Disconnect(0x2309, 1, 0x27))       // the end of the first connection
+      .Signal(12ms, Result(0x2303, 1, 0))              //
+      .Signal(13ms, RoamedInd(kAccessPoint))           //
+      .Signal(14ms, Disconnect(0x2309, 1, 1, kOther))  // of the access point before the roam
+      .Signal(15ms, Disconnect(0x2309, 1, 3))          // the end of the second
+      .Signal(16ms, RoamedInd(kOther))                 // after it
+      .Signal(20ms, ConnectReq(1))                     //
+      .Signal(21ms, Result(0x2303, 1, 0))              //
+      .Signal(22ms, Fapi(0x200D).U16(1).Mac(kOther).U16(0).Spares())  // mlme_roam_req
+      .Signal(23ms, Result(0x2306, 1, 0))                             //
+      .Signal(24ms, Disconnect(0x2309, 1, 1))          // of the access point before the roam
+      .Signal(30ms, ConnectReq(1))                     // rejected
+      .Signal(31ms, Result(0x210B, 1, 1))              //
+      .Signal(32ms, Disconnect(0x2309, 1, 3, kOther))  // the end of the third
+      .Signal(40ms, ConnectReq(1))                     // the host gives up
+      .Signal(41ms, Result(0x210B, 1, 0))              //
+      .Signal(42ms, Disconnect(0x200E, 1, 3))          //
+      .Signal(50ms, ConnectReq(1))                     //
+      .Signal(51ms, Result(0x2303, 1, 0))              //
+      .Signal(52ms, Result(0x2307, 1, 1))              // a roam to an unknown address
+      .Signal(53ms, Disconnect(0x2309, 1, 1, kPeer))   //
+      .Signal(60ms, ConnectReq(1))                     //
+      .Signal(61ms, Result(0x2303, 1, 0))              //
+      .Signal(62ms, Fapi(0x2008).U16(1).Spares())      // mlme_del_vif_req
+      .Signal(63ms, Disconnect(0x2309, 1, 1));
+}
+
 class Query : public testing::Test {
  protected:
   void SetUp() override {
@@ -80,6 +124,7 @@ class Query : public testing::Test {
     WriteFile(directory() + "/-\"it's\"\n(1) \\$HOME.udi", log.substr(0, 1300));
     WriteFile(directory() + "/old.udi", Connections("13.1.0").bytes());
     WriteFile(directory() + "/new.udi", Connections("14.5.12").bytes());
+    WriteFile(directory() + "/moves.udi", Moves().bytes());
   }
 
   const std::string& directory() const { return directory_.path(); }
@@ -181,6 +226,15 @@ TEST_F(Query, Views) {
   // Through pipes, which can be read only once.
   EXPECT_EQ(Run(kAskConnections + "<(cat old.udi)"), with_reason("deauthenticated_leaving_ess"));
   EXPECT_EQ(Run(kAskConnections + "new.udi"), with_reason("deauthenticated_leaving"));
+  EXPECT_EQ(Run("query 'SELECT time_ms, result, roams, ended_by, reason, end_time_ms "
+                "FROM connections' moves.udi"),
+            "0\n1000000|success|0|mlme_disconnected_ind|timeout|1000011\n"
+            "1000010|success|1|mlme_disconnected_ind|deauthenticated_leaving|1000015\n"
+            "1000020|success|1|mlme_disconnected_ind|deauthenticated_leaving|1000032\n"
+            "1000030|unspecified_failure|0|||\n"
+            "1000040|no indication|0|mlme_disconnect_req|deauthenticated_leaving|1000042\n"
+            "1000050|success|1|mlme_disconnected_ind|unspecified_reason|1000053\n"
+            "1000060|success|0|mlme_del_vif_req||1000062\n");
   // Logs do not mix.
   EXPECT_EQ(Run("query 'SELECT count(*), count(end_stamp) FROM connections' old.udi new.udi"),
             "0\n14|8\n");
