@@ -83,6 +83,7 @@ constexpr unsigned kArp = 0x0806;
 constexpr unsigned kEapol = 0x888E;
 
 constexpr unsigned kIcmp = 1;
+constexpr unsigned kTcp = 6;
 constexpr unsigned kUdp = 17;
 
 std::uint32_t GetSize(std::string_view bytes) { return static_cast<std::uint32_t>(bytes.size()); }
@@ -115,6 +116,21 @@ std::string MakeArpPayload(unsigned operation, const Host& from, const std::stri
                            std::uint32_t to_ip) {
   return FromHex("0001 0800 06 04") + ToNet(operation, 2) + FromHex(from.mac) + ToNet(from.ip, 4) +
          to_mac + ToNet(to_ip, 4);
+}
+
+constexpr unsigned kDnsPort = 53;
+
+unsigned GetDnsClientPort(unsigned identifier) { return 0xC000 | (identifier & 0x3FFF); }
+
+// For the IPv4 address of the name.
+std::string MakeDnsQuestionEntry(std::string_view name) {
+  std::string entry;
+  while (!name.empty()) {
+    const std::string_view label = name.substr(0, name.find('.'));
+    entry += ToNet(GetSize(label), 1) + std::string(label);
+    name.remove_prefix(std::min(name.size(), label.size() + 1));
+  }
+  return entry + FromHex("00 0001 0001");
 }
 
 }  // namespace
@@ -232,6 +248,33 @@ std::string MakeUdpFrame(const Host& from, const Host& to, unsigned from_port, u
   const std::string header = ToNet(from_port, 2) + ToNet(to_port, 2) +
                              ToNet(8 + GetSize(payload), 2) + std::string(2, '\0');
   return MakeIpv4Frame(from, to, kUdp, header + std::string(payload), 6);
+}
+
+std::string MakeTcpFrame(const Host& from, const Host& to, const TcpHeader& header,
+                         std::string_view payload) {
+  const unsigned window = 0xFFFF;
+  return MakeIpv4Frame(from, to, kTcp,
+                       ToNet(header.from_port, 2) + ToNet(header.to_port, 2) +
+                           ToNet(header.sequence_number, 4) + ToNet(header.acknowledged, 4) +
+                           ToNet(0x50, 1) + ToNet(header.flags, 1) + ToNet(window, 2) +
+                           ToNet(0, 4) + std::string(payload),
+                       16);
+}
+
+std::string MakeDnsQuestion(const Host& client, const Host& server, unsigned identifier,
+                            std::string_view name) {
+  return MakeUdpFrame(
+      client, server, GetDnsClientPort(identifier), kDnsPort,
+      ToNet(identifier, 2) + FromHex("0100 0001 0000 0000 0000") + MakeDnsQuestionEntry(name));
+}
+
+std::string MakeDnsAnswer(const Host& client, const Host& server, unsigned identifier,
+                          std::string_view name, std::uint32_t ip) {
+  const unsigned lifetime = 300;  // seconds
+  return MakeUdpFrame(server, client, kDnsPort, GetDnsClientPort(identifier),
+                      ToNet(identifier, 2) + FromHex("8180 0001 0001 0000 0000") +
+                          MakeDnsQuestionEntry(name) + FromHex("c00c 0001 0001") +
+                          ToNet(lifetime, 4) + FromHex("0004") + ToNet(ip, 4));
 }
 
 std::string MakePing(const Host& from, const Host& to, unsigned sequence_number) {

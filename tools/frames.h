@@ -65,6 +65,30 @@ std::string MakeUdpFrame(const Host& from, const Host& to, unsigned from_port, u
                          std::string_view payload);
 std::string MakePing(const Host& from, const Host& to, unsigned sequence_number);
 
+// What a TCP segment says besides its payload.
+struct TcpHeader {
+  unsigned from_port;
+  unsigned to_port;
+  std::uint32_t sequence_number;
+  std::uint32_t acknowledged;
+  unsigned flags;  // kTcpSyn, ...
+};
+
+inline constexpr unsigned kTcpFin = 0x01;
+inline constexpr unsigned kTcpSyn = 0x02;
+inline constexpr unsigned kTcpPush = 0x08;
+inline constexpr unsigned kTcpAck = 0x10;
+
+std::string MakeTcpFrame(const Host& from, const Host& to, const TcpHeader& header,
+                         std::string_view payload);
+
+// A question for an address, and the answer to it from the server. `name` is as in
+// "www.example.org".
+std::string MakeDnsQuestion(const Host& client, const Host& server, unsigned identifier,
+                            std::string_view name);
+std::string MakeDnsAnswer(const Host& client, const Host& server, unsigned identifier,
+                          std::string_view name, std::uint32_t ip);
+
 // The values are those of DHCP's message type.
 enum class DhcpMessage : std::uint8_t { kDiscover = 1, kOffer = 2, kRequest = 3, kAck = 5 };
 

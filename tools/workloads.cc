@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <random>
 #include <span>
 #include <utility>
@@ -11,6 +12,7 @@
 #include "fapi/vocabulary.h"
 #include "hip/hip_versions.h"
 #include "log/log_writer.h"
+#include "session_workload.h"
 
 namespace {
 
@@ -26,6 +28,14 @@ class Generator {
     }
   }
 
+  // Returns the bytes of the next record, of the first one with the header before it.
+  std::string NextRecord() {
+    if (place_ == 0) AppendHeader();
+    AppendRecord(place_++);
+    return std::exchange(log_, {});
+  }
+
+ private:
   void AppendHeader() {
     ::AppendHeader(HipVersionTable[GetIndex(kVersion)].version, log_);
     AppendEvent(DriverEventType::kTimeRef, 0, {1780297200}, log_);
@@ -54,10 +64,6 @@ class Generator {
     for (std::uint32_t i = 0; i < bulk; ++i) log_ += static_cast<char>(random_());
   }
 
-  // Returns the bytes since the last call.
-  std::string Take() { return std::exchange(log_, {}); }
-
- private:
   std::uint32_t Below(std::uint32_t limit) { return static_cast<std::uint32_t>(random_() % limit); }
   bool Chance(std::uint32_t percent) { return Below(100) < percent; }
   std::uint16_t OneOf(const std::vector<std::uint16_t>& ids) {
@@ -115,28 +121,30 @@ class Generator {
   std::mt19937 random_{20260601};
   std::vector<std::uint16_t> any_;
   std::vector<std::uint16_t> management_;
+  std::uint32_t place_ = 0;
   std::string log_;
 };
+
+// Each call returns the bytes of the next record.
+std::function<std::string()> MakeSource(std::string_view name) {
+  if (name == "session") return MakeSession();
+  return [generator = Generator(name)]() mutable { return generator.NextRecord(); };
+}
 
 }  // namespace
 
 std::string MakeWorkload(std::string_view name, std::size_t records) {
-  Generator generator(name);
-  generator.AppendHeader();
-  for (std::size_t i = 0; i < records; ++i) generator.AppendRecord(static_cast<std::uint32_t>(i));
-  return generator.Take();
+  const std::function<std::string()> next = MakeSource(name);
+  std::string log;
+  for (std::size_t i = 0; i < records; ++i) log += next();
+  return log;
 }
 
 bool WriteWorkload(std::string_view name, std::uint32_t records, std::FILE* file) {
-  constexpr std::uint32_t kPiece = 1000;  // records
-  Generator generator(name);
-  generator.AppendHeader();
+  const std::function<std::string()> next = MakeSource(name);
   for (std::uint32_t i = 0; i < records; ++i) {
-    generator.AppendRecord(i);
-    if (i % kPiece != kPiece - 1) continue;
-    const std::string piece = generator.Take();
-    if (std::fwrite(piece.data(), 1, piece.size(), file) != piece.size()) return false;
+    const std::string bytes = next();
+    if (std::fwrite(bytes.data(), 1, bytes.size(), file) != bytes.size()) return false;
   }
-  const std::string rest = generator.Take();
-  return std::fwrite(rest.data(), 1, rest.size(), file) == rest.size() && std::fflush(file) == 0;
+  return std::fflush(file) == 0;
 }

@@ -7,7 +7,8 @@
 #include <string>
 #include <string_view>
 
-// Logs of random signals in version 14.5.12, the same at each run:
+// Logs in version 14.5.12, the same at each run. The first is like that of a phone in use,
+// see session_workload.h. The others are random signals:
 //
 //   mixed       60 % data path with 0 to 128 bytes of bulk, 30 % management,
 //               10 % any signal
@@ -15,8 +16,10 @@
 //   management  management
 //   frames      data path with 1,500 bytes of bulk
 //   seconds     as mixed, but one record per second
-inline constexpr std::string_view kWorkloads[] = {"mixed", "data", "management", "frames",
-                                                  "seconds"};
+//
+// The header of the log, and further ones in a session, are no records.
+inline constexpr std::string_view kWorkloads[] = {"session",    "mixed",  "data",
+                                                  "management", "frames", "seconds"};
 
 std::string MakeWorkload(std::string_view name, std::size_t records);
 
