@@ -26,7 +26,7 @@ namespace {
 std::uint32_t ReadWord(std::FILE* log) {
   std::uint8_t bytes[4];
   for (std::uint8_t& byte : bytes) {
-    const int c = ReadByte(log);
+    const int c = getc_unlocked(log);
     if (c == EOF) std::exit(0);
     byte = static_cast<std::uint8_t>(c);
   }
@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
       time_base = ReadWord(log);
       continue;
     }
-    if (size > sizeof payload || ReadBytes(payload, size, log) < size) return 1;
+    if (size > sizeof payload || fread_unlocked(payload, 1, size, log) < size) return 1;
     const std::time_t second = time_base + time / 1000;
     if (needs_local_time && second != last_second) {
       std::localtime(&second);
@@ -76,7 +76,7 @@ int main(int argc, char** argv) {
     while ((*piece & kEndsLine) == 0) WriteBytes(text, *piece++, stdout);
     const std::size_t last_piece = *piece++ & kMaxPieceLength;
     if (last_piece == 1) {
-      PrintLineEnd();
+      putc_unlocked('\n', stdout);
     } else {
       WriteBytes(text, last_piece, stdout);
     }

@@ -18,13 +18,13 @@ namespace {
 
 void StampOfARepeatedSecond(benchmark::State& state) {
   std::int32_t time = 0;
-  for (auto _ : state) PrintLineStamp(1780297200, time++ % 1000);
+  for (auto _ : state) PrintLineStamp({1780297200, time++ % 1000});
 }
 BENCHMARK(StampOfARepeatedSecond);
 
 void StampOfANewSecond(benchmark::State& state) {
   std::uint32_t second = 1780297200;
-  for (auto _ : state) PrintLineStamp(second++, 0);
+  for (auto _ : state) PrintLineStamp({second++, 0});
 }
 BENCHMARK(StampOfANewSecond);
 

@@ -11,14 +11,12 @@
 namespace {
 
 // Returns the number of lines that begin with a stamp.
-std::size_t CountItems(std::string log, std::uint64_t& position) {
+std::size_t CountItems(const std::string& log, std::uint64_t& position) {
   std::size_t count = 0;
-  std::FILE* const stream = OpenBytes(log);
-  LogReader reader(stream);
+  LogReader reader(ReadFrom(log));
   LogItem item;
-  while (reader.Read(item)) count += item.kind == LogItem::Kind::kHeader ? 0 : 1;
-  position = reader.position();
-  std::fclose(stream);
+  while (reader.Read(item)) count += item.HasLine() ? 1 : 0;
+  position = reader.position().offset;
   return count;
 }
 

@@ -1,4 +1,4 @@
-// Writes seeds for the fuzzers: signals and fields of all versions, and for the fuzzer of
+// Writes seeds for the fuzzers: signals of all versions, and for the fuzzer of
 // the whole tool the example log and a short log per version.
 //
 // usage: make_seeds DIRECTORY
@@ -36,14 +36,6 @@ int main(int argc, char** argv) {
       const std::string tag(1, static_cast<char>(index));
       const std::string name = std::to_string(index) + "_" + std::to_string(known.id);
       WriteSeed(directory / "decode_signal", name, tag + std::string("\5\0", 2) + payload);
-      WriteSeed(directory / "route_record", name, tag + ToBytes(known.layout->min, 4) + payload);
-    }
-  }
-  for (unsigned layout = 0; layout < ListLayouts().size(); layout += 7) {
-    for (unsigned field = 0; field < ListLayouts()[layout].field_count; ++field) {
-      const std::string choice = ToBytes(layout | field << 16 | layout << 24, 4);
-      WriteSeed(directory / "render_field", std::to_string(layout) + "_" + std::to_string(field),
-                choice + std::string(64, '\2'));
     }
   }
   const auto write_log = [&](const std::string& name, const std::string& log) {

@@ -11,7 +11,7 @@
 #include "fapi/vocabulary.h"
 #include "hip/field_rendering.h"
 #include "hip/field_value.h"
-#include "log/log_text.h"
+#include "hip/signal_routing.h"
 
 namespace {
 
@@ -73,9 +73,9 @@ class PartedText {
 
 // As in [1,2].
 void AppendWords(LinePiece& piece, SignalSpan words) {
-  for (std::uint32_t i = 0; i < words.length; i += 2) {
+  for (std::size_t i = 0; i < words.size(); i += 2) {
     piece.Append(i == 0 ? '[' : ',');
-    piece.AppendDecimal(LoadU16(words.bytes + i));
+    piece.AppendDecimal(LoadU16(words.data() + i));
   }
   piece.Append(']');
 }
@@ -155,22 +155,6 @@ void AppendJsonFields(LinePiece& piece, const SignalView& signal, PartedText& te
   }
 }
 
-// The line of a row without fields, with its line end. A signal that is too short has an
-// empty line.
-std::string RenderRowWithoutFields(const LogRow& row) {
-  if (row.item.kind != LogItem::Kind::kSignal) return RenderDriverEvent(row.item);
-  switch (row.route) {
-    case SignalRoute::kInvalidLength:
-      return RenderInvalidLength();
-    case SignalRoute::kDriver:
-    case SignalRoute::kUnknownDriver:
-      return RenderDriverSignal(row.item.signal.payload);
-    case SignalRoute::kHip:
-      break;
-  }
-  return row.view.layout == nullptr ? RenderUnknownSignal(row.view.id) : "\n";
-}
-
 }  // namespace
 
 const CompiledSignal* FindLayout(const LogRow& row) {
@@ -179,38 +163,27 @@ const CompiledSignal* FindLayout(const LogRow& row) {
   return FindSignal(row.version->tag, id);
 }
 
+const Record& Understand(LogRow& row) {
+  if (!row.understood) row.understood = UnderstandRecord(row.item, *row.version);
+  return *row.understood;
+}
+
 const SignalView* ViewFields(LogRow& row) {
   if (row.item.kind != LogItem::Kind::kSignal) return nullptr;
-  if (!row.is_viewed) {
-    row.is_viewed = true;
-    const RoutedSignal routed = RouteSignal(row.item.signal, row.version->version);
-    row.route = routed.route;
-    if (row.route == SignalRoute::kHip) row.view = ViewSignal(row.version->tag, routed.signal);
-  }
-  const bool has_fields =
-      row.route == SignalRoute::kHip && row.view.layout != nullptr && !row.view.is_too_short;
-  return has_fields ? &row.view : nullptr;
+  const Record& record = Understand(row);
+  return record.kind == Record::Kind::kSignal ? &record.signal : nullptr;
 }
 
 void ReturnStamp(sqlite3_context* context, const LogRow& row, RowTexts& texts) {
-  ReturnText(context, RemoveLastCharacter(texts.stamp.Format(row.item.timeBase, row.item.time)));
+  ReturnText(context, RemoveLastCharacter(texts.stamp.Format(row.item.time)));
 }
 
 void ReturnLine(sqlite3_context* context, LogRow& row, RowTexts& texts) {
-  const SignalView* const signal = ViewFields(row);
-  if (signal == nullptr) {
-    ReturnText(context, RemoveLastCharacter(RenderRowWithoutFields(row)));
-    return;
-  }
   PartedText text(context, texts.long_text);
-  const auto emit = [&text](std::string_view part) {
-    if (part.back() == '\0') {
-      text.Return(part);
-    } else {
-      text(part);
-    }
-  };
-  RenderSignal(*signal, emit, '\0');
+  LinePiece piece;
+  RenderRecord(Understand(row), piece, [&text](std::string_view part) { text(part); });
+  piece.Append('\0');
+  text.Return(piece.text());
 }
 
 // The members have the names of the columns. A row without fields has its line instead.
@@ -218,7 +191,7 @@ void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts) {
   PartedText text(context, texts.long_text);
   LinePiece piece;
   piece.Append(R"({"stamp":")");
-  piece.Append(RemoveLastCharacter(texts.stamp.Format(row.item.timeBase, row.item.time)));
+  piece.Append(RemoveLastCharacter(texts.stamp.Format(row.item.time)));
   piece.Append(R"(","time_ms":)");
   AppendTimeMs(piece, GetTimeMs(row));
   piece.Append(",\"signal\":");
@@ -232,12 +205,12 @@ void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts) {
   if (const SignalView* const signal = ViewFields(row)) {
     AppendJsonFields(piece, *signal, text);
   } else {
-    if (row.item.kind == LogItem::Kind::kUptime) {
+    if (row.item.IsEvent(DriverEventType::kTimeRef)) {
       piece.Append(",\"uptime\":");
       piece.AppendSigned(row.item.uptime);
     }
     piece.Append(",\"line\":");
-    AppendQuoted(piece, RemoveLastCharacter(RenderRowWithoutFields(row)));
+    AppendQuoted(piece, RenderWithoutFields(Understand(row)));
   }
   piece.Append('}');
   piece.Append('\0');
@@ -272,7 +245,7 @@ void ReturnField(sqlite3_context* context, LogRow& row, int column) {
       break;
     }
     case FieldValue::Kind::kBytes:
-      sqlite3_result_blob64(context, value.bytes.bytes, value.bytes.length, SQLITE_TRANSIENT);
+      sqlite3_result_blob64(context, value.bytes.data(), value.bytes.size(), SQLITE_TRANSIENT);
       break;
   }
 }

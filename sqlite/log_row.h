@@ -7,8 +7,7 @@
 
 #include "hip/exchange.h"
 #include "hip/hip_versions.h"
-#include "hip/signal_routing.h"
-#include "hip/signal_view.h"
+#include "hip/record.h"
 #include "log/line_stamp.h"
 #include "log/log_reader.h"
 #include "sqlite_api.h"
@@ -20,10 +19,8 @@ struct LogRow {
   const HipVersionEntry* version = nullptr;
   std::uint64_t record = 0;  // counts from 1 in each log
 
-  // See ViewRow.
-  bool is_viewed = false;
-  SignalRoute route = SignalRoute::kHip;
-  SignalView view{};
+  // What the item is, if a column needed it.
+  std::optional<Record> understood;
 
   // What the record answers. Set only if the query names it.
   std::optional<SentRequest> request;
@@ -33,13 +30,14 @@ struct LogRow {
 // know the id. It gives the signal's name.
 const CompiledSignal* FindLayout(const LogRow& row);
 
+// Returns what the row is.
+const Record& Understand(LogRow& row);
+
 // Returns the row's signal if it has fields, that is, if it is known and complete. Null
-// otherwise. Sets `is_viewed`, `route` and `view`, unless they are set.
+// otherwise.
 const SignalView* ViewFields(LogRow& row);
 
-inline std::int64_t GetTimeMs(const LogRow& row) {
-  return ComputeTimeMs(row.item.timeBase, row.item.time);
-}
+inline std::int64_t GetTimeMs(const LogRow& row) { return GetExactTime(row.item.time).ToMs(); }
 
 // The memory for making texts, kept for the next row.
 struct RowTexts {

@@ -1,5 +1,8 @@
 #include "open_log.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <string_view>
 
@@ -7,14 +10,12 @@
 #include "sqlite_api.h"
 
 std::unique_ptr<OpenLog> OpenLog::Open(const std::string& path, std::string& error) {
-  // "e" keeps the descriptor from programs that the process starts.
-  File file(std::fopen(path.c_str(), "re"));
-  if (file == nullptr) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) {
     error = "fopen(" + path + ") Failed errno:" + std::to_string(errno);
     return nullptr;
   }
-  std::unique_ptr<OpenLog> log(new OpenLog(path, std::move(file)));
-  std::setvbuf(log->file_.get(), log->buffer_.data(), _IOFBF, log->buffer_.size());
+  std::unique_ptr<OpenLog> log(new OpenLog(path, file));
   LogItem header;
   log->has_header_ = log->reader_.Read(header);
   if (log->has_header_) return log;
@@ -26,6 +27,8 @@ std::unique_ptr<OpenLog> OpenLog::Open(const std::string& path, std::string& err
   log->HandleEnd();
   return log;
 }
+
+OpenLog::~OpenLog() { ::close(file_); }
 
 std::string OpenLog::DescribeEnd() const {
   switch (reader_.end().kind) {

@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "log/line_stamp.h"
 #include "open_log.h"
 #include "table_base.h"
 
@@ -57,15 +56,13 @@ Summary ReadSummary(OpenLog& log) {
   if (log.has_header()) note_version();
   LogItem item;
   while (log.Read(item)) {
-    if (item.kind == LogItem::Kind::kHeader) {
-      note_version();
-      continue;
-    }
+    if (item.kind == LogItem::Kind::kHeader) note_version();
+    if (!item.HasLine()) continue;
     ++summary.records;
-    summary.last_ms = ComputeTimeMs(item.timeBase, item.time);
+    summary.last_ms = GetExactTime(item.time).ToMs();
     if (!summary.first_ms) summary.first_ms = summary.last_ms;
   }
-  summary.bytes = log.reader().position();
+  summary.bytes = log.reader().position().offset;
   summary.ending = log.DescribeEnd();
   return summary;
 }

@@ -34,6 +34,7 @@
 #include "fapi/vocabulary.h"
 #include "hip/exchange.h"
 #include "hip/field_value.h"
+#include "hip/signal_routing.h"
 #include "log_row.h"
 #include "open_log.h"
 #include "table_base.h"
@@ -327,7 +328,7 @@ bool Matches(Scan& scan) {
 void TrackExchanges(Scan& scan) {
   LogRow& row = scan.row;
   row.request.reset();
-  if (row.item.kind == LogItem::Kind::kLoaded) scan.exchanges->ForgetRequests();
+  if (row.item.IsEvent(DriverEventType::kLoad)) scan.exchanges->ForgetRequests();
   if (const SignalView* const signal = ViewFields(row)) {
     row.request = scan.exchanges->Add(*signal, {row.record, GetTimeMs(row)});
   }
@@ -338,10 +339,10 @@ bool ReadRecord(Scan& scan) {
   LogRow& row = scan.row;
   do {
     if (!scan.log->Read(row.item)) return false;
-  } while (row.item.kind == LogItem::Kind::kHeader);
+  } while (!row.item.HasLine());
   row.version = &scan.log->reader().version();
   if (row.version != scan.version) SelectIdsOfVersion(scan);
-  row.is_viewed = false;
+  row.understood.reset();
   ++row.record;
   ++scan.rowid;
   if (scan.exchanges != nullptr) TrackExchanges(scan);
@@ -585,7 +586,9 @@ void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
       sqlite3_result_text(context, row.version->name, -1, SQLITE_STATIC);
       break;
     case kUptime:
-      if (row.item.kind == LogItem::Kind::kUptime) sqlite3_result_int(context, row.item.uptime);
+      if (row.item.IsEvent(DriverEventType::kTimeRef)) {
+        sqlite3_result_int(context, row.item.uptime);
+      }
       break;
     case kRequest:
       if (row.request) {

@@ -1,11 +1,13 @@
 #ifndef VRKT_TOOLS_DECODE_IN_PROCESS_H_
 #define VRKT_TOOLS_DECODE_IN_PROCESS_H_
 
-#include <cstdio>
 #include <string>
+#include <string_view>
 
-// Opens bytes for reading, as a stream that does not own them.
-std::FILE* OpenBytes(std::string& bytes);
+#include "log/byte_source.h"
+
+// Reads bytes, which it does not own.
+ByteSource::ReadFunction ReadFrom(std::string_view bytes);
 
 struct DecodedLog {
   int status = 0;  // exit status
@@ -16,6 +18,6 @@ struct DecodedLog {
 // Runs the tool on standard input within this process, for tests and fuzzers that need
 // thousands of runs. Stamps are in this process's time zone. A capture file is written to
 // the working directory.
-DecodedLog DecodeInProcess(std::string log, bool writes_pcap = false);
+DecodedLog DecodeInProcess(std::string_view log, bool writes_pcap = false);
 
 #endif  // VRKT_TOOLS_DECODE_IN_PROCESS_H_

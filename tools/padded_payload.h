@@ -14,17 +14,16 @@
 class PaddedPayload {
  public:
   explicit PaddedPayload(std::string_view payload)
-      : length_(static_cast<std::uint32_t>(payload.size())),
-        block_(std::max(payload.size(), kMaxSignalEnd)) {
+      : length_(payload.size()), block_(std::max(payload.size(), kMaxSignalEnd)) {
     std::copy(payload.begin(), payload.end(), block_.begin());
   }
 
-  std::uint32_t length() const { return length_; }
+  std::uint32_t length() const { return static_cast<std::uint32_t>(length_); }
   const std::uint8_t* bytes() const { return block_.data(); }
-  SignalSpan span() const { return {length_, block_.data()}; }
+  SignalSpan span() const { return {block_.data(), length_}; }
 
  private:
-  std::uint32_t length_;
+  std::size_t length_;
   std::vector<std::uint8_t> block_;
 };
 

@@ -11,7 +11,6 @@
 
 #include "base/little_endian.h"
 #include "base/padded_text.h"
-#include "base/unlocked_stdio.h"
 
 constexpr char ToHexDigit(unsigned nibble) {
   return static_cast<char>(nibble + (nibble < 10 ? '0' : 'a' - 10));
@@ -42,8 +41,7 @@ inline constexpr std::array<std::array<char, 2>, 256> kHexPairs = MakeHexPairs()
 
 }  // namespace text_piece_tables
 
-// A piece of an output line. It is assembled here and printed by one call of the stream
-// library.
+// A piece of an output line. It is assembled here and then printed as a whole.
 //
 // `kCapacity` is the size of the longest piece. The Append functions check it in debug
 // builds only. They may write up to kPaddedTextSize bytes after the text they append.
@@ -134,7 +132,6 @@ class TextPiece {
   // Keeps the first `size` characters.
   void Truncate(std::size_t size) { size_ = size; }
   std::string_view text() const { return {text_.data(), size_}; }
-  void Print() const { PrintPiece(text()); }
 
  private:
   // Makes the text longer, and returns the start of the new characters.

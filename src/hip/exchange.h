@@ -11,7 +11,7 @@
 #include "fapi/compiled_signal.h"
 #include "fapi/hip_version_tags.h"
 #include "hip/exchange_rules.h"
-#include "hip/signal_view.h"
+#include "hip/hip_signal.h"
 
 // Finds the signal that another answers, by the rules in exchange_rules.h. Both are called a
 // request and its answer here, although the first can be an indication. After a Load event,

@@ -19,9 +19,9 @@ bool HasBlank(const SignalView& signal, const CompiledField& field, const FieldV
 
 // A blank follows each word, also the last. Intended.
 void AppendWords(LinePiece& piece, SignalSpan words) {
-  for (std::uint32_t i = 0; i < words.length; i += 2) {
+  for (std::size_t i = 0; i < words.size(); i += 2) {
     piece.Append("0x");
-    piece.AppendHex(LoadU16(words.bytes + i));
+    piece.AppendHex(LoadU16(words.data() + i));
     piece.Append(' ');
   }
 }
@@ -51,11 +51,11 @@ void AppendValue(LinePiece& piece, const CompiledField& field, const FieldValue&
       piece.AppendHex(static_cast<std::uint32_t>(value.number));
       break;
     case FieldRenderer::kMac:
-      piece.AppendMac(value.bytes.bytes);
+      piece.AppendMac(value.bytes.data());
       break;
     case FieldRenderer::kHex8:
       before(FieldRenderer::kHex8);
-      piece.AppendHex(value.bytes.bytes, value.bytes.length);
+      piece.AppendHex(value.bytes.data(), value.bytes.size());
       break;
     case FieldRenderer::kWords:
       before(FieldRenderer::kWords);
@@ -78,12 +78,4 @@ void AppendField(LinePiece& piece, const SignalView& signal, const CompiledField
   const FieldValue value = ReadField(signal, field);
   piece.Append(GetPrefix(field, HasBlank(signal, field, value)));
   AppendValue(piece, field, value);
-}
-
-std::string RenderUnknownSignal(std::uint16_t id) {
-  LinePiece piece;
-  piece.Append("Unknown Hip Signal : 0x");
-  piece.AppendHex(id);
-  piece.Append('\n');
-  return std::string(piece.text());
 }

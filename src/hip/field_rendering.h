@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <string>
 #include <string_view>
 
 #include "base/little_endian.h"
@@ -14,7 +13,7 @@
 #include "fapi/compiled_signal.h"
 #include "fapi/vocabulary.h"
 #include "hip/field_value.h"
-#include "hip/signal_view.h"
+#include "hip/hip_signal.h"
 
 // The text of a signal's line, made of the values of its fields.
 
@@ -41,10 +40,10 @@ template <typename Emit>
 void AppendBytes(LinePiece& piece, SignalSpan bytes, Emit& emit) {
   std::size_t done = 0;
   for (;;) {
-    const std::size_t count = std::min(bytes.length - done, (piece.room() - 1) / 2);
-    piece.AppendHex(bytes.bytes + done, count);
+    const std::size_t count = std::min(bytes.size() - done, (piece.room() - 1) / 2);
+    piece.AppendHex(bytes.data() + done, count);
     done += count;
-    if (done == bytes.length) break;
+    if (done == bytes.size()) break;
     emit(piece.text());
     piece.Clear();
   }
@@ -58,9 +57,6 @@ void AppendDump(LinePiece& piece, SignalSpan bytes, Emit& emit) {
   piece.Append(GetForm(FieldRenderer::kDump).after_value);
 }
 
-// The line of an id that the version does not have, with its line end.
-std::string RenderUnknownSignal(std::uint16_t id);
-
 // The spares are nearly always zero. To print them as one text takes a fifth of the
 // instructions off a line.
 inline constexpr std::string_view kZeroSpares = " spare_1:0 spare_2:0 spare_3:0";
@@ -71,18 +67,16 @@ inline bool HasZeroSpares(const SignalView& signal) {
   return (LoadU32(spares) | LoadU32(spares + 4) | LoadU32(spares + 8)) == 0;
 }
 
-// Calls `emit` with the parts of a signal's line, in order, from the signal's name to
-// `line_end`, which is the last character of the last part alone. The signal has a layout and is
-// not too short. A part is at most as long as a LinePiece: a line can be twice as long as its
-// record, which can have up to 4 GiB.
+// Appends the text of a signal with fields. Whenever the piece is full, calls `emit` with its
+// text and clears it. Leaves room for a character after the text.
 template <typename Emit>
-void RenderSignal(const SignalView& signal, Emit emit, char line_end = '\n') {
-  LinePiece piece;
+void RenderSignal(const SignalView& signal, LinePiece& piece, Emit& emit) {
   const auto make_room = [&](std::size_t size) {
     if (piece.room() >= size) return;
     emit(piece.text());
     piece.Clear();
   };
+  make_room(kPaddedTextSize);
   piece.Append(GetText(signal.layout->name));
   std::span<const CompiledField> fields = GetFields(*signal.layout);
   const bool spares_are_zero = HasZeroSpares(signal);
@@ -98,8 +92,6 @@ void RenderSignal(const SignalView& signal, Emit emit, char line_end = '\n') {
   }
   make_room(kZeroSpares.size() + 1);
   if (spares_are_zero) piece.Append(kZeroSpares);
-  piece.Append(line_end);
-  emit(piece.text());
 }
 
 #endif  // VRKT_HIP_FIELD_RENDERING_H_

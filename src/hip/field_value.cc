@@ -28,9 +28,9 @@ FieldValue ReadField(const SignalView& signal, const CompiledField& field) {
     }
     case FieldRenderer::kMac:
     case FieldRenderer::kHex8:
-      return {.kind = Kind::kDigits, .bytes = {static_cast<std::uint32_t>(GetWidth(field)), bytes}};
+      return {.kind = Kind::kDigits, .bytes = {bytes, GetWidth(field)}};
     case FieldRenderer::kWords:
-      return {.kind = Kind::kWords, .bytes = {static_cast<std::uint32_t>(GetWidth(field)), bytes}};
+      return {.kind = Kind::kWords, .bytes = {bytes, GetWidth(field)}};
     case FieldRenderer::kDump:
       return {.kind = Kind::kBytes, .bytes = signal.dump};
   }

@@ -6,7 +6,6 @@
 #include "base/padded_text.h"
 #include "fapi/compiled_signal.h"
 #include "hip/hip_signal.h"
-#include "hip/signal_view.h"
 
 // The value of a field.
 struct FieldValue {

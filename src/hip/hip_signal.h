@@ -2,12 +2,13 @@
 #define VRKT_HIP_HIP_SIGNAL_H_
 
 #include <cstdint>
+#include <span>
+
+#include "fapi/compiled_signal.h"
+#include "fapi/hip_version_tags.h"
 
 // Bytes of a record's payload, which somebody else owns.
-struct SignalSpan {
-  std::uint32_t length;  // in bytes
-  const std::uint8_t* bytes;
-};
+using SignalSpan = std::span<const std::uint8_t>;
 
 // The three parts of a payload. In a record they follow each other without gaps. An
 // empty bulk may have a null address.
@@ -19,6 +20,17 @@ struct HipSignal {
   SignalSpan signal;  // starts at the id
   SignalSpan bulk1;
   SignalSpan bulk2;
+};
+
+// A signal as its layout in one version shows it. It borrows the signal's bytes.
+struct SignalView {
+  HipVersionTag version;
+  const CompiledSignal* layout;  // null if the version does not have the id
+  const std::uint8_t* bytes;     // the fields are at their offsets from here
+
+  // What the dumps show: the bulk, or without bulk the bytes of the signal from the
+  // minimum length on, which is not always the end of the fields.
+  SignalSpan dump;
 };
 
 #endif  // VRKT_HIP_HIP_SIGNAL_H_

@@ -28,7 +28,7 @@ std::uint32_t DecodeSignalOfVersion(std::uint32_t signal_length, const std::uint
                                     std::uint32_t bulk1_length, const std::uint8_t* bulk1,
                                     std::uint32_t bulk2_length, const std::uint8_t* bulk2) {
   return DecodeHipSignal(kVersion,
-                         {{signal_length, signal}, {bulk1_length, bulk1}, {bulk2_length, bulk2}});
+                         {{signal, signal_length}, {bulk1, bulk1_length}, {bulk2, bulk2_length}});
 }
 
 #endif  // VRKT_HIP_SIGNAL_DECODER_H_

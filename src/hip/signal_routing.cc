@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "base/little_endian.h"
-#include "base/program_name.h"
 #include "base/text_piece.h"
 #include "fapi/compiled_signal.h"
 
@@ -48,36 +47,23 @@ const DriverSignal* FindDriverSignal(std::uint16_t id) {
 // For versions below 12.0. The version table has none, but the interface keeps this
 // split.
 std::optional<HipSignal> SplitByBulkLengths(SignalSpan payload) {
-  const std::uint32_t bulk1_length = LoadU16(payload.bytes + kBulk1LengthOffset);
-  const std::uint32_t bulk2_length = LoadU16(payload.bytes + kBulk2LengthOffset);
-  if (bulk1_length + bulk2_length > payload.length) return std::nullopt;
-  const std::uint32_t signal_length = payload.length - bulk1_length - bulk2_length;
-  const std::uint8_t* const bulk1 = payload.bytes + signal_length;
-  return HipSignal{
-      {signal_length, payload.bytes}, {bulk1_length, bulk1}, {bulk2_length, bulk1 + bulk1_length}};
+  const std::size_t bulk1 = LoadU16(payload.data() + kBulk1LengthOffset);
+  const std::size_t bulk2 = LoadU16(payload.data() + kBulk2LengthOffset);
+  if (bulk1 + bulk2 > payload.size()) return std::nullopt;
+  const std::size_t signal = payload.size() - bulk1 - bulk2;
+  return HipSignal{payload.first(signal), payload.subspan(signal, bulk1), payload.last(bulk2)};
 }
 
 std::optional<HipSignal> SplitBySignalLength(SignalSpan payload, std::uint32_t signal_length) {
-  if (signal_length > payload.length) return std::nullopt;
-  return HipSignal{{signal_length, payload.bytes},
-                   {payload.length - signal_length, payload.bytes + signal_length},
-                   {0, nullptr}};
+  if (signal_length > payload.size()) return std::nullopt;
+  return HipSignal{payload.first(signal_length), payload.subspan(signal_length), {}};
 }
 
 }  // namespace
 
 bool IsDriverSide(std::uint16_t id) { return id < kFirstHipId || id > kLastHipId; }
 
-RoutedSignal RouteSignal(const SignalRecord& record, std::uint32_t hip_version) {
-  if (IsDriverSide(record.id)) {
-    const bool is_known = FindDriverSignal(record.id) != nullptr;
-    return {is_known ? SignalRoute::kDriver : SignalRoute::kUnknownDriver, {}};
-  }
-  const std::optional<HipSignal> split =
-      SplitSignalRecord(record.payload, record.signal_length, hip_version);
-  if (!split) return {SignalRoute::kInvalidLength, {}};
-  return {SignalRoute::kHip, *split};
-}
+bool IsKnownDriverSignal(std::uint16_t id) { return FindDriverSignal(id) != nullptr; }
 
 std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t signal_length,
                                            std::uint32_t hip_version) {
@@ -86,30 +72,25 @@ std::optional<HipSignal> SplitSignalRecord(SignalSpan payload, std::uint32_t sig
 }
 
 std::uint32_t DecodeDriverSignal(SignalSpan payload, bool& driverUnloaded) {
-  const DriverSignal* const signal = FindDriverSignal(LoadU16(payload.bytes));
+  const DriverSignal* const signal = FindDriverSignal(LoadU16(payload.data()));
   driverUnloaded = signal != nullptr && signal->is_unload;
   return signal == nullptr ? 0 : 1;
 }
 
-std::string RenderDriverSignal(SignalSpan payload) {
-  const std::uint16_t id = LoadU16(payload.bytes);
+std::string RenderDriverSignal(const std::uint8_t* bytes) {
+  const std::uint16_t id = LoadU16(bytes);
   const DriverSignal* const signal = FindDriverSignal(id);
   if (signal == nullptr) {
-    TextPiece<32> line;
-    line.Append("Unknown Driver Signal : 0x");
-    line.AppendHex(id);
-    line.Append('\n');
-    return std::string(line.text());
+    TextPiece<32> text;
+    text.Append("Unknown Driver Signal : 0x");
+    text.AppendHex(id);
+    return std::string(text.text());
   }
-  std::string line(signal->text);
+  std::string text(signal->text);
   if (!signal->text_after_count.empty()) {
-    const std::uint32_t count = LoadU32(payload.bytes + kDroppedFramesOffset);
-    line += std::to_string(static_cast<std::int32_t>(count));
-    line += signal->text_after_count;
+    const std::uint32_t count = LoadU32(bytes + kDroppedFramesOffset);
+    text += std::to_string(static_cast<std::int32_t>(count));
+    text += signal->text_after_count;
   }
-  return line += '\n';
-}
-
-std::string RenderInvalidLength() {
-  return std::string(programName) + ": Invalid length in data reference\n";
+  return text;
 }

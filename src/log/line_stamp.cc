@@ -26,13 +26,14 @@ void LineStamp::FormatSecond(std::int32_t second) {
   text_.Append('.');
 }
 
-std::string_view LineStamp::Format(std::uint32_t timeBase, std::int32_t time_word) {
-  const std::int32_t seconds = time_word / 1000;
-  std::int32_t milliseconds = time_word % 1000;
+std::string_view LineStamp::Format(RecordTime time) {
+  const std::int32_t seconds = time.milliseconds / 1000;
+  std::int32_t milliseconds = time.milliseconds % 1000;
   // The fraction of a negative time becomes positive, but the seconds do not
   // decrease. Intended: -1 ms prints as .999 of the clock reference's second.
   if (milliseconds < 0) milliseconds += 1000;
-  const auto second = static_cast<std::int32_t>(timeBase + static_cast<std::uint32_t>(seconds));
+  const auto second =
+      static_cast<std::int32_t>(time.timeBase + static_cast<std::uint32_t>(seconds));
   if (second_ != second) {
     FormatSecond(second);
     second_ = second;
@@ -43,14 +44,7 @@ std::string_view LineStamp::Format(std::uint32_t timeBase, std::int32_t time_wor
   return text_.text();
 }
 
-std::int64_t ComputeTimeMs(std::uint32_t timeBase, std::int32_t time_word) {
-  std::int32_t milliseconds = time_word % 1000;
-  if (milliseconds < 0) milliseconds += 1000;
-  const auto seconds = static_cast<std::uint32_t>((std::int64_t{time_word} - milliseconds) / 1000);
-  return std::int64_t{1000} * static_cast<std::int32_t>(timeBase + seconds) + milliseconds;
-}
-
-void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word) {
+void PrintLineStamp(RecordTime time) {
   static LineStamp stamp;
-  PrintPiece(stamp.Format(timeBase, time_word));
+  PrintPiece(stamp.Format(time));
 }

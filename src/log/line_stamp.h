@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "base/text_piece.h"
+#include "hip/log_item.h"
 
 // Makes the stamps at the start of output lines, as in "2026/11/21-06:23:00.125 ".
 //
@@ -15,10 +16,9 @@
 // disturb each other.
 class LineStamp {
  public:
-  // Returns the local time of `timeBase` seconds of Unix time plus `time_word`
-  // milliseconds, in 32-bit arithmetic whatever the width of time_t. The text is valid
-  // until the next call.
-  std::string_view Format(std::uint32_t timeBase, std::int32_t time_word);
+  // Returns the stamp in local time. The second is computed in 32 bits, whatever the width of
+  // time_t. The text is valid until the next call.
+  std::string_view Format(RecordTime time);
 
  private:
   static constexpr std::string_view kExample = "2026/11/21-06:23:00.125 ";
@@ -30,12 +30,7 @@ class LineStamp {
   TextPiece<kExample.size()> text_;
 };
 
-// Returns a record's exact time in milliseconds of Unix time. Its second wraps as the
-// stamp's does. It differs from the stamp if the time is negative: -1 ms is in the second
-// before the clock reference.
-std::int64_t ComputeTimeMs(std::uint32_t timeBase, std::int32_t time_word);
-
 // Prints the stamp of an output line.
-void PrintLineStamp(std::uint32_t timeBase, std::int32_t time_word);
+void PrintLineStamp(RecordTime time);
 
 #endif  // VRKT_LOG_LINE_STAMP_H_

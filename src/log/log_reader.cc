@@ -4,12 +4,29 @@
 #include <cstring>
 
 #include "base/little_endian.h"
-#include "base/unlocked_stdio.h"
+#include "base/sanitizers.h"
 #include "fapi/compiled_signal.h"
+#include "hip/signal_routing.h"
+
+LogReader::~LogReader() { AllowAccess(small_payload_.data(), small_payload_.size()); }
+
+LogPosition LogReader::position() const {
+  LogPosition position = at_;
+  position.offset = source_.offset();
+  return position;
+}
+
+bool LogReader::Seek(const LogPosition& position) {
+  if (!source_.Seek(position.offset)) return false;
+  at_ = position;
+  end_ = {};
+  return true;
+}
 
 bool LogReader::Read(LogItem& item) {
   large_payload_.reset();
-  const Outcome outcome = header_follows_ ? ReadLogFileHeader(item) : ReadRecords(item);
+  at_.offset = source_.offset();
+  const Outcome outcome = at_.header_follows ? ReadLogFileHeader(item) : ReadRecords(item);
   return outcome == Outcome::kItem;
 }
 
@@ -19,17 +36,15 @@ LogReader::Outcome LogReader::End(LogEnd::Kind kind, std::uint32_t value) {
 }
 
 LogReader::Outcome LogReader::EndAtShortRead(LogEnd::Kind failure) {
-  if (std::feof(stream_) == 0) return End(failure);
-  return End(position_ == start_of_unit_ ? LogEnd::Kind::kComplete : LogEnd::Kind::kCut);
+  if (source_.has_failed()) return End(failure);
+  return End(source_.offset() == at_.offset ? LogEnd::Kind::kComplete : LogEnd::Kind::kCut);
 }
 
 // Reads little-endian words. Returns false if the log ends before the last byte.
 template <std::size_t kCount>
 bool LogReader::ReadWords(std::array<std::uint32_t, kCount>& words) {
   std::array<std::uint8_t, 4 * kCount> bytes;
-  const std::size_t count = ReadBytes(bytes.data(), bytes.size(), stream_);
-  position_ += count;
-  if (count < bytes.size()) {
+  if (source_.Read(bytes.data(), bytes.size()) < bytes.size()) {
     EndAtShortRead(LogEnd::Kind::kWordUnreadable);
     return false;
   }
@@ -47,7 +62,6 @@ bool LogReader::QenWifiDriverLogReadUint32(std::uint32_t& word) {
 LogReader::Outcome LogReader::ReadLogFileHeader(LogItem& item) {
   // Users see the report of the first check that fails, so the checks keep this order.
   // Below version 6, the third word need not be there.
-  start_of_unit_ = position_;
   std::uint32_t magic = 0;
   std::uint32_t format_version = 0;
   std::uint32_t hip_version = 0;
@@ -57,21 +71,19 @@ LogReader::Outcome LogReader::ReadLogFileHeader(LogItem& item) {
   if (!QenWifiDriverLogReadUint32(hip_version)) return Outcome::kEnd;
   if (magic != kHeaderMagic) return End(LogEnd::Kind::kBadHeaderMagic, magic);
   if (format_version != kLogFormatVersion) return End(LogEnd::Kind::kNewFormat, format_version);
-  if (!SelectHipVersion(hip_version, hipCursor_)) {
+  if (!SelectHipVersion(hip_version, at_.hipCursor)) {
     return End(LogEnd::Kind::kUnknownHipVersion, hip_version);
   }
-  header_follows_ = false;
+  at_.header_follows = false;
   item.kind = LogItem::Kind::kHeader;
   return Outcome::kItem;
 }
 
-// Reads records up to one that prints a line.
+// Reads records up to one that is an item.
 LogReader::Outcome LogReader::ReadRecords(LogItem& item) {
-  for (;;) {
-    start_of_unit_ = position_;
+  for (;; at_.offset = source_.offset()) {
     LogRecord record{};
     if (!ReadRecordWords(record)) return Outcome::kEnd;
-    item.time = record.time;
     Outcome outcome = Outcome::kNoItem;
     switch (record.magic) {
       case kSignalRecordMagic:
@@ -83,7 +95,7 @@ LogReader::Outcome LogReader::ReadRecords(LogItem& item) {
       default:
         return End(LogEnd::Kind::kBadMagic, record.magic);
     }
-    item.timeBase = timeBase_;
+    item.time = {at_.timeBase, record.time};
     if (outcome != Outcome::kNoItem) return outcome;
   }
 }
@@ -97,62 +109,65 @@ bool LogReader::ReadRecordWords(LogRecord& record) {
   return true;
 }
 
-// The stream is at the first byte after the event's size word.
+// The source is at the first byte after the event's size word.
 LogReader::Outcome LogReader::HandleDriverEvent(const LogRecord& record, LogItem& item) {
   const std::uint32_t size = record.size_or_signal_length;
-  switch (static_cast<DriverEventType>(record.type_or_length)) {
+  const DriverEvent* const event = FindDriverEvent(record.type_or_length, size);
+  // The size of an unknown event is not trusted: the next record is expected directly after
+  // the four words.
+  if (event == nullptr) return Outcome::kNoItem;
+  if (event->size != size) {
+    end_ = {LogEnd::Kind::kBadEventSize, size, event};
+    return Outcome::kEnd;
+  }
+  item.kind = LogItem::Kind::kEvent;
+  item.event = event;
+  switch (event->type) {
     case DriverEventType::kTimeRef:
       return HandleTimeRef(size, item);
     case DriverEventType::kLoad:
-      if (size != 0) return End(LogEnd::Kind::kBadLoadSize, size);
-      header_follows_ = driverUnloaded_;
-      driverUnloaded_ = false;
-      item.kind = LogItem::Kind::kLoaded;
-      return Outcome::kItem;
+      at_.header_follows = at_.driverUnloaded;
+      at_.driverUnloaded = false;
+      break;
     case DriverEventType::kUnload:
-      if (size != 0) return End(LogEnd::Kind::kBadUnloadSize, size);
-      driverUnloaded_ = true;
-      item.kind = LogItem::Kind::kUnloaded;
-      return Outcome::kItem;
-    default:
-      // The size of an unknown event is not trusted: the next record is expected
-      // directly after the four words.
-      return Outcome::kNoItem;
+      at_.driverUnloaded = true;
+      break;
   }
+  return Outcome::kItem;
 }
 
 LogReader::Outcome LogReader::HandleTimeRef(std::uint32_t size, LogItem& item) {
-  if (size != 4 && size != 8) return End(LogEnd::Kind::kBadTimeRefSize, size);
-  if (!QenWifiDriverLogReadUint32(timeBase_)) return Outcome::kEnd;
-  if (size == 4) return Outcome::kNoItem;
+  if (!QenWifiDriverLogReadUint32(at_.timeBase)) return Outcome::kEnd;
   std::uint32_t uptime = 0;
-  if (!QenWifiDriverLogReadUint32(uptime)) return Outcome::kEnd;
-  item.kind = LogItem::Kind::kUptime;
+  if (size == 8 && !QenWifiDriverLogReadUint32(uptime)) return Outcome::kEnd;
   item.uptime = static_cast<std::int32_t>(uptime);
   return Outcome::kItem;
 }
 
-// The stream is at the first byte of the record's payload.
+// The source is at the first byte of the record's payload.
 LogReader::Outcome LogReader::HandleSignalRecord(const LogRecord& record, LogItem& item) {
   const std::uint32_t length = record.type_or_length;
-  std::uint8_t* const payload = FindRoomForPayload(length);
+  const std::size_t size = std::max<std::size_t>(length, kMaxSignalEnd);
+  std::uint8_t* const payload = FindRoomForPayload(size);
   if (payload == nullptr) return End(LogEnd::Kind::kNoMemory, length);
-  const std::size_t count = ReadBytes(payload, length, stream_);
-  position_ += count;
-  if (count < length) return EndAtShortRead(LogEnd::Kind::kPayloadUnreadable);
+  if (source_.Read(payload, length) < length)
+    return EndAtShortRead(LogEnd::Kind::kPayloadUnreadable);
   // Fields of a signal that is too short read as zero.
-  if (length < kMaxSignalEnd) std::memset(payload + length, 0, kMaxSignalEnd - length);
+  if (length < size) std::memset(payload + length, 0, size - length);
 
   item.kind = LogItem::Kind::kSignal;
-  item.signal = {LoadU16(payload), record.size_or_signal_length, {length, payload}};
-  if (IsDriverSide(item.signal.id)) DecodeDriverSignal(item.signal.payload, driverUnloaded_);
+  item.signal = {LoadU16(payload), record.size_or_signal_length, {payload, length}};
+  if (IsDriverSide(item.signal.id)) DecodeDriverSignal(item.signal.payload, at_.driverUnloaded);
   return Outcome::kItem;
 }
 
 // Returns null if there is no memory.
-std::uint8_t* LogReader::FindRoomForPayload(std::uint32_t length) {
-  const std::size_t size = std::max<std::size_t>(length, kMaxSignalEnd);
-  if (size <= kSmallPayload) return small_payload_.data();
+std::uint8_t* LogReader::FindRoomForPayload(std::size_t size) {
+  if (size <= small_payload_.size()) {
+    AllowAccess(small_payload_.data(), size);
+    ForbidAccess(small_payload_.data() + size, small_payload_.size() - size);
+    return small_payload_.data();
+  }
   large_payload_.reset(static_cast<std::uint8_t*>(std::malloc(size)));
   return large_payload_.get();
 }

@@ -4,18 +4,18 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
-#include "base/sanitizers.h"
 #include "hip/hip_versions.h"
-#include "hip/signal_routing.h"
+#include "hip/log_item.h"
+#include "log/byte_source.h"
 
 // Reads a log. It prints and reports nothing, and never ends the process: each output
 // is a loop over the items of a log.
 //
-//   LogReader log(stream);
+//   LogReader log(STDIN_FILENO);
 //   LogItem item;
 //   while (log.Read(item)) ShowItem(item);
 //   ReportEnd(log.end());
@@ -31,27 +31,6 @@ inline constexpr std::uint32_t kLogFormatVersion = 6;
 inline constexpr std::uint32_t kDriverEventMagic = 0x13572467;
 inline constexpr std::uint32_t kSignalRecordMagic = 0x13572468;
 
-enum class DriverEventType : std::uint32_t { kTimeRef = 0, kLoad = 1, kUnload = 2 };
-
-// A header or a record that prints a line.
-struct LogItem {
-  enum class Kind : std::uint8_t {
-    kHeader,    // a header; the version is LogReader::version()
-    kUptime,    // a clock reference with the uptime
-    kLoaded,    // the driver was loaded
-    kUnloaded,  // the driver was unloaded
-    kSignal,    // `signal`
-  };
-
-  Kind kind = Kind::kHeader;
-  // The time of a record: the clock reference in seconds of Unix time, and milliseconds
-  // relative to it.
-  std::uint32_t timeBase = 0;
-  std::int32_t time = 0;
-  std::int32_t uptime = 0;  // in seconds, for kUptime
-  SignalRecord signal{};    // for kSignal; valid until the next Read
-};
-
 // How the reading of a log ended.
 struct LogEnd {
   enum class Kind : std::uint8_t {
@@ -61,9 +40,7 @@ struct LogEnd {
     kPayloadUnreadable,  // a read failed within a payload
     kNoMemory,           // for a payload of `value` bytes
     kBadMagic,           // `value` instead of a record's magic number
-    kBadTimeRefSize,     // `value` is the size of the event
-    kBadLoadSize,
-    kBadUnloadSize,
+    kBadEventSize,       // `value` is the size of an event of the type of `event`
     kOldFormat,          // `value` is the header's format version
     kBadHeaderMagic,     // `value` instead of a header's magic number
     kNewFormat,          // `value` is the header's format version
@@ -72,27 +49,48 @@ struct LogEnd {
 
   Kind kind = Kind::kComplete;
   std::uint32_t value = 0;
+  const DriverEvent* event = nullptr;
+};
+
+// A place between two items of a log, and what the reader knows there from those before.
+struct LogPosition {
+  std::uint64_t offset = 0;  // in bytes, of the next item
+  // The row of the epoch's HIP version. It only moves forward.
+  const HipVersionEntry* hipCursor = HipVersionTable.data();
+  std::uint32_t timeBase = 0;  // seconds of the last TimeRef; kept across epochs
+  bool driverUnloaded = false;
+  bool header_follows = true;
 };
 
 class LogReader {
  public:
-  // Does not take ownership of the stream.
-  explicit LogReader(std::FILE* stream) : stream_(stream) {}
+  // Does not take ownership of the descriptor.
+  explicit LogReader(int descriptor) : source_(descriptor) {}
+  explicit LogReader(ByteSource::ReadFunction read) : source_(std::move(read)) {}
+  ~LogReader();
   LogReader(const LogReader&) = delete;
   LogReader& operator=(const LogReader&) = delete;
 
-  // Reads up to the last byte of the next item, strictly forward and no byte further, so
-  // the stream can be a pipe. Returns false if there is no further item; end() has the
-  // reason then, and Read must not be called again.
+  // Reads the next item: a header or a record, but no event of an unknown type. Returns as soon
+  // as a pipe has the item's last byte. Returns false if there is no further item; end() has the
+  // reason then, and Read must not be called again, except after Seek.
   bool Read(LogItem& item);
 
   const LogEnd& end() const { return end_; }
 
   // The version of the epoch, from the first header on.
-  const HipVersionEntry& version() const { return *hipCursor_; }
+  const HipVersionEntry& version() const { return *at_.hipCursor; }
 
-  // The number of bytes read.
-  std::uint64_t position() const { return position_; }
+  // Where the next item begins, for Seek. After the last item, the offset is the number of bytes
+  // of the log that were read.
+  LogPosition position() const;
+
+  // Continues at a position of the same log. Returns false, and reads on where it was, if the log
+  // is no file.
+  bool Seek(const LogPosition& position);
+
+  // Sets the descriptor's offset to the end of what was read, if it is a file.
+  void ReturnUnread() { source_.ReturnUnread(); }
 
  private:
   // A record with its four words read. The meaning of the last two depends on the magic
@@ -120,30 +118,21 @@ class LogReader {
   Outcome HandleDriverEvent(const LogRecord& record, LogItem& item);
   Outcome HandleTimeRef(std::uint32_t size, LogItem& item);
   Outcome HandleSignalRecord(const LogRecord& record, LogItem& item);
-  std::uint8_t* FindRoomForPayload(std::uint32_t length);
+  std::uint8_t* FindRoomForPayload(std::size_t size);
   Outcome End(LogEnd::Kind kind, std::uint32_t value = 0);
   Outcome EndAtShortRead(LogEnd::Kind failure);
 
-  // The payloads of most records fit into this number of bytes and need no allocation.
-  // With the address sanitizer, each payload has a block of its own, so that a read past
-  // its end is detected.
-  static constexpr std::size_t kSmallPayload = kHasAddressSanitizer ? 0 : 8192;
-
-  std::FILE* stream_;
   LogEnd end_;
-  std::uint64_t position_ = 0;
-  std::uint64_t start_of_unit_ = 0;  // of the header or record that is being read
+  LogPosition at_;  // `offset` is that of the header or record that is being read
 
-  // The row of the epoch's HIP version. It only moves forward.
-  const HipVersionEntry* hipCursor_ = HipVersionTable.data();
-  std::uint32_t timeBase_ = 0;  // seconds of the last TimeRef; kept across epochs
-  bool driverUnloaded_ = false;
-  bool header_follows_ = true;
-
-  std::array<std::uint8_t, kSmallPayload> small_payload_;
+  // The payloads of most records fit into this and need no allocation. The address sanitizer
+  // detects access after a payload and its zeros.
+  alignas(8) std::array<std::uint8_t, 8192> small_payload_;
   // A larger payload. It comes from malloc, which does not write to it: an overstated
   // length only reserves address space. It is released before the next record is read.
   std::unique_ptr<std::uint8_t[], FreeBlock> large_payload_;
+
+  ByteSource source_;
 };
 
 #endif  // VRKT_LOG_LOG_READER_H_

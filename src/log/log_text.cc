@@ -15,21 +15,6 @@ std::string Format(const char* format, Value value) {
 
 }  // namespace
 
-std::string RenderDriverEvent(const LogItem& event) {
-  switch (event.kind) {
-    case LogItem::Kind::kUptime:
-      return "Driver: Uptime: " + std::to_string(event.uptime) + " seconds\n";
-    case LogItem::Kind::kLoaded:
-      return "Driver: Loaded\n";
-    case LogItem::Kind::kUnloaded:
-      return "Driver: Unloaded\n";
-    case LogItem::Kind::kHeader:
-    case LogItem::Kind::kSignal:
-      break;  // no driver events
-  }
-  return {};
-}
-
 std::string DescribeLogEnd(const LogEnd& end) {
   const auto number = static_cast<std::int32_t>(end.value);
   const auto word = static_cast<unsigned>(end.value);
@@ -45,14 +30,8 @@ std::string DescribeLogEnd(const LogEnd& end) {
       return Format("malloc(logData.data) of %u bytes Failed", word);
     case LogEnd::Kind::kBadMagic:
       return Format("Bad Magic number detected in log. magic:0x%.8X", word);
-    case LogEnd::Kind::kBadTimeRefSize:
-      return Format(
-          "size(%d) detected in TimeRef log entry. Expected size == 4 || Expected size == 8",
-          number);
-    case LogEnd::Kind::kBadLoadSize:
-      return Format("size(%d) detected in Driver Load log entry. Expected size == 0", number);
-    case LogEnd::Kind::kBadUnloadSize:
-      return Format("size(%d detected in Driver Unload log entry. Expected size == 0", number);
+    case LogEnd::Kind::kBadEventSize:
+      return "size(" + std::to_string(number) + std::string(end.event->wrong_size);
     case LogEnd::Kind::kOldFormat:
       return Format("Log File Format Version %d detected. Not Supported.", number);
     case LogEnd::Kind::kBadHeaderMagic:

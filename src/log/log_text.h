@@ -5,11 +5,6 @@
 
 #include "log/log_reader.h"
 
-// What the tool prints for a log, except its signals.
-
-// The line of a driver event after the stamp, with its line end.
-std::string RenderDriverEvent(const LogItem& event);
-
 // The report of a log's end, without the tool's name and a line end. It is empty for a
 // complete or cut log, whose end is not reported.
 std::string DescribeLogEnd(const LogEnd& end);

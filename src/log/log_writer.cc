@@ -18,10 +18,10 @@ void AppendHeader(std::uint32_t hip_version, std::string& log) {
   AppendWords({kHeaderMagic, kLogFormatVersion, hip_version}, log);
 }
 
-void AppendEvent(DriverEventType type, std::int32_t time, std::initializer_list<std::uint32_t> words,
-                 std::string& log) {
-  AppendWords({kDriverEventMagic, static_cast<std::uint32_t>(time), static_cast<std::uint32_t>(type),
-               static_cast<std::uint32_t>(4 * words.size())},
+void AppendEvent(DriverEventType type, std::int32_t time,
+                 std::initializer_list<std::uint32_t> words, std::string& log) {
+  AppendWords({kDriverEventMagic, static_cast<std::uint32_t>(time),
+               static_cast<std::uint32_t>(type), static_cast<std::uint32_t>(4 * words.size())},
               log);
   AppendWords(words, log);
 }
@@ -33,21 +33,19 @@ void AppendSignalHeader(std::int32_t time, std::uint32_t length, std::uint32_t s
 
 void AppendItem(const LogItem& item, std::string& log, std::uint32_t max_payload) {
   switch (item.kind) {
-    case LogItem::Kind::kUptime:
-      AppendEvent(DriverEventType::kTimeRef, item.time,
-                  {item.timeBase, static_cast<std::uint32_t>(item.uptime)}, log);
-      break;
-    case LogItem::Kind::kLoaded:
-      AppendEvent(DriverEventType::kLoad, item.time, {}, log);
-      break;
-    case LogItem::Kind::kUnloaded:
-      AppendEvent(DriverEventType::kUnload, item.time, {}, log);
+    case LogItem::Kind::kEvent:
+      AppendWords({kDriverEventMagic, static_cast<std::uint32_t>(item.time.milliseconds),
+                   static_cast<std::uint32_t>(item.event->type), item.event->size},
+                  log);
+      if (item.event->size >= 4) AppendWords({item.time.timeBase}, log);
+      if (item.event->size >= 8) AppendWords({static_cast<std::uint32_t>(item.uptime)}, log);
       break;
     case LogItem::Kind::kSignal: {
-      const SignalSpan& payload = item.signal.payload;
-      AppendSignalHeader(item.time, payload.length, item.signal.signal_length, log);
-      log.append(reinterpret_cast<const char*>(payload.bytes),
-                 std::min(payload.length, max_payload));
+      const SignalSpan payload = item.signal.payload;
+      AppendSignalHeader(item.time.milliseconds, static_cast<std::uint32_t>(payload.size()),
+                         item.signal.signal_length, log);
+      log.append(reinterpret_cast<const char*>(payload.data()),
+                 std::min<std::size_t>(payload.size(), max_payload));
       break;
     }
     case LogItem::Kind::kHeader:

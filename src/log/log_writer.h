@@ -17,8 +17,8 @@ void AppendHeader(std::uint32_t hip_version, std::string& log);
 
 // A driver event with the words that follow its size. The time is in milliseconds from the
 // clock reference.
-void AppendEvent(DriverEventType type, std::int32_t time, std::initializer_list<std::uint32_t> words,
-                 std::string& log);
+void AppendEvent(DriverEventType type, std::int32_t time,
+                 std::initializer_list<std::uint32_t> words, std::string& log);
 
 // The four words of a signal record. Its payload of `length` bytes follows them.
 void AppendSignalHeader(std::int32_t time, std::uint32_t length, std::uint32_t signal_length,

@@ -39,15 +39,15 @@ void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type) {
   WriteU32(link_type, pcap);
 }
 
-void WritePcapRecord(std::FILE* pcap, std::uint32_t timeBase, std::int32_t time_word,
-                     std::uint32_t length, const std::uint8_t* payload) {
-  // Both are truncated toward zero and have the sign of the time word. So a negative
-  // time word gives negative microseconds, unlike the fraction of the line stamp.
-  const std::int32_t seconds = time_word / 1000;
-  const std::int32_t milliseconds = time_word % 1000;
-  WriteU32(timeBase + static_cast<std::uint32_t>(seconds), pcap);
+void WritePcapRecord(std::FILE* pcap, RecordTime time, SignalSpan payload) {
+  // Both are truncated toward zero and have the sign of the record's milliseconds. So a negative
+  // time gives negative microseconds, unlike the fraction of the line stamp.
+  const std::int32_t seconds = time.milliseconds / 1000;
+  const std::int32_t milliseconds = time.milliseconds % 1000;
+  const auto length = static_cast<std::uint32_t>(payload.size());
+  WriteU32(time.timeBase + static_cast<std::uint32_t>(seconds), pcap);
   WriteU32(static_cast<std::uint32_t>(milliseconds * 1000), pcap);
   WriteU32(length, pcap);
   WriteU32(length, pcap);
-  WriteBytes(payload, length, pcap);
+  WriteBytes(payload.data(), length, pcap);
 }

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "hip/log_item.h"
+
 // A classic pcap file, version 2.4, little-endian. Failed writes are ignored: if the
 // disk is full, the file is incomplete and decoding continues.
 
@@ -13,9 +15,7 @@
 // data.
 void WritePcapGlobalHeader(std::FILE* pcap, std::uint32_t link_type);
 
-// Writes a record header and all `length` bytes of the payload. `timeBase` is in
-// seconds, `time_word` in milliseconds relative to it.
-void WritePcapRecord(std::FILE* pcap, std::uint32_t timeBase, std::int32_t time_word,
-                     std::uint32_t length, const std::uint8_t* payload);
+// Writes a record header and the whole payload.
+void WritePcapRecord(std::FILE* pcap, RecordTime time, SignalSpan payload);
 
 #endif  // VRKT_TOOL_PCAP_WRITER_H_

@@ -1,5 +1,8 @@
 #include "tool/run_control.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -10,7 +13,7 @@
 #include "base/program_name.h"
 #include "base/unlocked_stdio.h"
 #include "hip/hip_versions.h"
-#include "hip/signal_routing.h"
+#include "hip/record.h"
 #include "log/line_stamp.h"
 #include "log/log_reader.h"
 #include "log/log_text.h"
@@ -27,7 +30,7 @@ constexpr std::string_view kPcapOption = "--pcap";
 
 // The streams of one run. The state of the log is in a LogReader.
 struct RunState {
-  std::FILE* input = nullptr;
+  int input = STDIN_FILENO;
   std::FILE* pcap = nullptr;  // null if no capture file is written
 };
 
@@ -59,12 +62,9 @@ void PrintUsage() {
 }
 
 bool OpenInput(RunState& state, const char* argument) {
-  if (argument == kStandardInput) {
-    state.input = stdin;
-    return true;
-  }
-  state.input = std::fopen(argument, "r");
-  if (state.input != nullptr) return true;
+  if (argument == kStandardInput) return true;
+  state.input = ::open(argument, O_RDONLY | O_CLOEXEC);
+  if (state.input >= 0) return true;
   std::fprintf(stderr, "%s: fopen(%s) Failed errno:%d\n", programName, argument, errno);
   return false;
 }
@@ -95,49 +95,41 @@ std::optional<int> ReadArguments(int argc, const char* const* argv, RunState& st
   return std::nullopt;
 }
 
-// Prints what follows the stamp of a signal's line.
-void PrintSignal(const SignalRecord& record, const HipVersionEntry& version) {
-  const RoutedSignal routed = RouteSignal(record, version.version);
-  const auto& [signal, bulk1, bulk2] = routed.signal;
-  switch (routed.route) {
-    case SignalRoute::kHip:
-      version.decoder(signal.length, signal.bytes, bulk1.length, bulk1.bytes, bulk2.length,
-                      bulk2.bytes);
-      break;
-    case SignalRoute::kInvalidLength:
-      PrintPiece(RenderInvalidLength());
-      break;
-    case SignalRoute::kDriver:
-      PrintPiece(RenderDriverSignal(record.payload));
-      break;
-    case SignalRoute::kUnknownDriver:
-      PrintPiece(RenderDriverSignal(record.payload));
-      std::fprintf(stderr, "%s: Decode Error: Unknown Signal 0x%.4X::0x%.4X\n", programName,
-                   static_cast<unsigned>(LoadU16(record.payload.bytes + 2)),
-                   static_cast<unsigned>(record.id));
-      break;
-  }
+// Prints what follows the stamp.
+void PrintRecord(const Record& record) {
+  LinePiece piece;
+  RenderRecord(record, piece, PrintPiece);
+  piece.Append('\n');
+  PrintPiece(piece.text());
 }
 
 void ShowItem(const LogItem& item, const HipVersionEntry& version, std::FILE* pcap) {
-  switch (item.kind) {
-    case LogItem::Kind::kHeader:
+  const Record record = UnderstandRecord(item, version);
+  if (item.HasLine()) PrintLineStamp(item.time);
+  if (pcap != nullptr && item.kind == LogItem::Kind::kSignal) {
+    WritePcapRecord(pcap, item.time, item.signal.payload);
+  }
+  switch (record.kind) {
+    case Record::Kind::kHeader:
       std::fprintf(stderr, "%s: Log File Hip Version %s detected\n", programName, version.name);
       if (pcap != nullptr) WritePcapGlobalHeader(pcap, version.pcap_link_type);
       break;
-    case LogItem::Kind::kUptime:
-    case LogItem::Kind::kLoaded:
-    case LogItem::Kind::kUnloaded:
-      PrintLineStamp(item.timeBase, item.time);
-      PrintPiece(RenderDriverEvent(item));
+    case Record::Kind::kSilentEvent:
       break;
-    case LogItem::Kind::kSignal:
-      PrintLineStamp(item.timeBase, item.time);
-      if (pcap != nullptr) {
-        WritePcapRecord(pcap, item.timeBase, item.time, item.signal.payload.length,
-                        item.signal.payload.bytes);
-      }
-      PrintSignal(item.signal, version);
+    case Record::Kind::kTooShort:
+      break;  // the next stamp follows on the same line
+    case Record::Kind::kEvent:
+    case Record::Kind::kSignal:
+    case Record::Kind::kUnknownSignal:
+    case Record::Kind::kInvalidLength:
+    case Record::Kind::kDriverSignal:
+      PrintRecord(record);
+      break;
+    case Record::Kind::kUnknownDriverSignal:
+      PrintRecord(record);
+      std::fprintf(stderr, "%s: Decode Error: Unknown Signal 0x%.4X::0x%.4X\n", programName,
+                   static_cast<unsigned>(LoadU16(record.signal.bytes + 2)),
+                   static_cast<unsigned>(record.id));
       break;
   }
 }
@@ -162,29 +154,22 @@ int GetExitStatus(const LogEnd& end) {
     case LogEnd::Kind::kNewFormat:
     case LogEnd::Kind::kUnknownHipVersion:
       return kRejected;
-    case LogEnd::Kind::kComplete:
-    case LogEnd::Kind::kCut:
-    case LogEnd::Kind::kPayloadUnreadable:
-    case LogEnd::Kind::kNoMemory:
-    case LogEnd::Kind::kBadMagic:
-    case LogEnd::Kind::kBadTimeRefSize:
-    case LogEnd::Kind::kBadLoadSize:
-    case LogEnd::Kind::kBadUnloadSize:
+    default:
       return kSuccess;
   }
-  return kSuccess;
 }
 
 int DecodeLog(const RunState& state) {
   LogReader log(state.input);
   LogItem item;
   while (log.Read(item)) ShowItem(item, log.version(), state.pcap);
+  log.ReturnUnread();
   ReportEnd(log.end());
   return GetExitStatus(log.end());
 }
 
 void CloseStreams(const RunState& state) {
-  if (state.input != stdin) std::fclose(state.input);
+  if (state.input != STDIN_FILENO) ::close(state.input);
   if (state.pcap != nullptr) std::fclose(state.pcap);
 }
 

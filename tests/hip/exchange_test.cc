@@ -11,6 +11,7 @@
 #include <string>
 #include <utility>
 
+#include "hip/record.h"
 #include "log_builder.h"
 #include "padded_payload.h"
 
@@ -46,7 +47,7 @@ TEST(ExchangeTracker, EqualsASearch) {
     const SentRequest sent = {record, static_cast<std::int64_t>(record / 7)};
     const PaddedPayload payload(Fapi(id).U16(vif, tag).PadTo(40).signal());
     const std::optional<SentRequest> found =
-        tracker.Add(ViewSignal(kLastHipVersionTag, {payload.span(), {}, {}}), sent);
+        tracker.Add(UnderstandSignal(kLastHipVersionTag, {payload.span(), {}, {}}).signal, sent);
     const auto find = [&](Id answer) {
       return std::find_if(entries.begin(), entries.end(), [&](const Entry& entry) {
         return entry.is_open && entry.answer == answer && entry.tag == tag &&

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "fapi/vocabulary.h"
+#include "hip/record.h"
 #include "log_builder.h"
 #include "padded_payload.h"
 
@@ -36,13 +37,20 @@ Rendered Render(FieldRenderer form, const std::string& bytes) {
   field.offset = 1;
   field.form = form;
   if (form == FieldRenderer::kWords) field.words = static_cast<std::uint8_t>(bytes.size() / 2);
-  const SignalView signal{kLastHipVersionTag, 0, nullptr, false, payload.bytes(), {}};
+  const SignalView signal{kLastHipVersionTag, nullptr, payload.bytes(), {}};
   LinePiece piece;
   AppendField(piece, signal, field);
   const std::string text(piece.text());
   const std::string prefix = form == FieldRenderer::kX16NoSpace ? "direction:" : " direction:";
   EXPECT_EQ(text.substr(0, prefix.size()), prefix);
   return {ReadField(signal, field), text.substr(prefix.size())};
+}
+
+std::string RenderLine(const Record& record) {
+  std::string line;
+  LinePiece piece;
+  RenderRecord(record, piece, [&line](std::string_view part) { line += part; });
+  return line += piece.text();
 }
 
 TEST(FieldRendering, EveryFormHasItsValueAndText) {
@@ -80,7 +88,7 @@ TEST(FieldRendering, EveryFormHasItsValueAndText) {
     EXPECT_EQ(rendered.value.kind, c.kind) << what;
     EXPECT_EQ(rendered.value.number, c.number) << what;
     EXPECT_EQ(rendered.value.label.text(), c.kind == Kind::kLabel ? c.text : "") << what;
-    EXPECT_EQ(rendered.value.bytes.length, has_bytes ? bytes.size() : 0) << what;
+    EXPECT_EQ(rendered.value.bytes.size(), has_bytes ? bytes.size() : 0) << what;
   }
 }
 
@@ -109,16 +117,38 @@ TEST(FieldRendering, DumpsOfAnyLength) {
     const PaddedPayload bulk(FromHex(hex));
     for (const char last_spare : {'\0', '\1'}) {
       const PaddedPayload signal(Fapi(0x1000).PadTo(30).U32(last_spare).signal());
-      SignalView view = ViewSignal(kLastHipVersionTag, {signal.span(), {}, {}});
-      view.dump = bulk.span();
-      std::string line;
-      RenderSignal(view, [&](std::string_view part) { line += part; });
+      Record record = UnderstandSignal(kLastHipVersionTag, {signal.span(), {}, {}});
+      record.signal.dump = bulk.span();
+      const std::string line = RenderLine(record);
       EXPECT_EQ(line, "ma_unitdata_req data:{" + hex +
                           "} vif:0 host_tag:0x0000 priority:qos_up0 peer_index:0 "
                           "data_unit_descriptor:ieee802_11_frame bulk_data_descriptor:inline "
                           "spare_1:0 spare_2:0 spare_3:" +
-                          (last_spare == 0 ? "0\n" : "1\n"))
+                          (last_spare == 0 ? "0" : "1"))
           << length;
+    }
+  }
+}
+
+// Zero spares print as one text. The line must be that of the fields one by one, for
+// each signal with zeros, and with each of its last bytes set.
+TEST(FieldRendering, ZeroSpares) {
+  for (const CompiledSignal& layout : ListLayouts()) {
+    for (std::size_t set = layout.end - 13U; set <= layout.end; ++set) {
+      std::vector<std::uint8_t> bytes(layout.end + std::size_t{1});
+      bytes[set] = 1;
+      const SignalView view{kLastHipVersionTag, &layout, bytes.data(), {}};
+      LinePiece fields;
+      fields.Append(GetText(layout.name));
+      for (const CompiledField& field : GetFields(layout)) {
+        if (field.form == FieldRenderer::kDump) {
+          fields.Append(GetPrefix(field, true));
+          fields.Append("{}");
+        } else {
+          AppendField(fields, view, field);
+        }
+      }
+      ASSERT_EQ(RenderLine({.kind = Record::Kind::kSignal, .signal = view}), fields.text());
     }
   }
 }

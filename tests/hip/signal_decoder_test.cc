@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <string_view>
-#include <vector>
 
 #include "capture_stream.h"
 #include "fapi/vocabulary.h"
-#include "hip/field_rendering.h"
 #include "hip/hip_versions.h"
 #include "log_builder.h"
 #include "padded_payload.h"
@@ -61,31 +58,6 @@ TEST(SignalDecoder, BulkAndUnknownIds) {
       EXPECT_EQ(result, c.result) << c.what;
     });
     EXPECT_EQ(text, c.text) << c.what;
-  }
-}
-
-// Zero spares print as one text. The line must be that of the fields one by one, for
-// each signal with zeros, and with each of its last bytes set.
-TEST(SignalDecoder, ZeroSpares) {
-  for (const CompiledSignal& layout : ListLayouts()) {
-    for (std::size_t set = layout.end - 13U; set <= layout.end; ++set) {
-      std::vector<std::uint8_t> bytes(layout.end + std::size_t{1});
-      bytes[set] = 1;
-      const SignalView view{kLastHipVersionTag, 0, &layout, false, bytes.data(), {}};
-      LinePiece fields;
-      fields.Append(GetText(layout.name));
-      for (const CompiledField& field : GetFields(layout)) {
-        if (field.form == FieldRenderer::kDump) {
-          fields.Append(GetPrefix(field, true));
-          fields.Append("{}");
-        } else {
-          AppendField(fields, view, field);
-        }
-      }
-      std::string line;
-      RenderSignal(view, [&](std::string_view part) { line += part; });
-      ASSERT_EQ(line, std::string(fields.text()) + '\n');
-    }
   }
 }
 

@@ -43,7 +43,7 @@ TEST(LineStamp, ArithmeticAndTimeZones) {
     if (!has_zones && std::string_view(c.zone).find('/') != std::string_view::npos) continue;
     ::setenv("TZ", c.zone, 1);
     for (int repeated = 0; repeated < 2; ++repeated) {
-      EXPECT_EQ(CaptureStandardOutput([&] { PrintLineStamp(c.base, c.time); }), c.stamp);
+      EXPECT_EQ(CaptureStandardOutput([&] { PrintLineStamp({c.base, c.time}); }), c.stamp);
     }
   }
   ::setenv("TZ", "UTC0", 1);

@@ -1,14 +1,21 @@
 #include "log/log_reader.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <string_view>
+#include <tuple>
+#include <vector>
 
+#include "base/sanitizers.h"
 #include "decode_in_process.h"
 #include "fapi/compiled_signal.h"
+#include "files.h"
 #include "session_log.h"
 #include "support/process.h"
 
@@ -19,24 +26,21 @@ TEST(LogReader, PayloadsOfAnySize) {
   Log log = Log().Header("14.5.12");
   const std::size_t kSizes[] = {0, 1, 2, 63, 64, 65, 8191, 8192, 8193, 1 << 20, 10};
   for (const std::size_t size : kSizes) log.Record(0ms, std::string(size, '\xA5'), 7);
-  std::string bytes = log.bytes();
-  std::FILE* const stream = OpenBytes(bytes);
-  LogReader reader(stream);
+  LogReader reader(ReadFrom(log.bytes()));
   LogItem item;
   ASSERT_TRUE(reader.Read(item));
   for (const std::size_t size : kSizes) {
     ASSERT_TRUE(reader.Read(item)) << size;
-    const auto& [length, payload] = item.signal.payload;
+    const SignalSpan payload = item.signal.payload;
     std::string expected(size, '\xA5');
     expected.resize(std::max(size, kMaxSignalEnd));
-    EXPECT_EQ(length, size);
+    EXPECT_EQ(payload.size(), size);
     EXPECT_TRUE(
-        std::equal(expected.begin(), expected.end(), reinterpret_cast<const char*>(payload)))
+        std::equal(expected.begin(), expected.end(), reinterpret_cast<const char*>(payload.data())))
         << size;
     EXPECT_EQ(item.signal.signal_length, 7U);
   }
   EXPECT_FALSE(reader.Read(item));
-  std::fclose(stream);
 }
 
 // Every prefix of the log prints the lines of its whole records and no report.
@@ -46,7 +50,7 @@ TEST(LogReader, CutAtEachByte) {
   DecodedLog expected{.status = 0, .out = kBanner};
   auto next_end = log.ends().begin();
   for (std::size_t cut = 0; cut <= log.bytes().size(); ++cut) {
-    std::string bytes = log.bytes().substr(0, cut);
+    const std::string bytes = log.bytes().substr(0, cut);
     const DecodedLog result = DecodeInProcess(bytes);
     const bool is_whole = next_end != log.ends().end() && cut == *next_end;
     if (is_whole) {
@@ -60,16 +64,99 @@ TEST(LogReader, CutAtEachByte) {
     ASSERT_EQ(result.err, expected.err) << "cut at byte " << cut;
 
     // The tool does not report the rest.
-    std::FILE* const stream = OpenBytes(bytes);
-    LogReader reader(stream);
+    LogReader reader(ReadFrom(bytes));
     LogItem item;
     while (reader.Read(item)) {
     }
-    std::fclose(stream);
     const auto kind = is_whole || cut == 0 ? LogEnd::Kind::kComplete : LogEnd::Kind::kCut;
     EXPECT_EQ(reader.end().kind, kind) << "cut at byte " << cut;
-    EXPECT_EQ(reader.position(), cut);
+    EXPECT_EQ(reader.position().offset, cut);
   }
 }
+
+// As from a slow pipe: each item comes with its last byte, and nothing after it is read.
+TEST(LogReader, ReturnsAnItemWithItsLastByte) {
+  const Log log = SessionLog();
+  std::size_t given = 0;
+  LogReader reader([&](void* bytes, std::size_t /*size*/) -> ssize_t {
+    if (given == log.bytes().size()) return 0;
+    *static_cast<char*>(bytes) = log.bytes()[given++];
+    return 1;
+  });
+  LogItem item;
+  for (const std::size_t end : log.ends()) {
+    ASSERT_TRUE(reader.Read(item));
+    ASSERT_EQ(given, end);
+  }
+  EXPECT_FALSE(reader.Read(item));
+}
+
+TEST(LogReader, FailedReadsAreNotTheEnd) {
+  const Log log = Log().Header("14.5.12").Record(0ms, "payload", 7);
+  for (std::size_t cut = 0; cut < log.bytes().size(); ++cut) {
+    auto read = ReadFrom(std::string_view(log.bytes()).substr(0, cut));
+    LogReader reader([&read](void* bytes, std::size_t size) {
+      const ssize_t count = read(bytes, size);
+      return count == 0 ? -1 : count;
+    });
+    LogItem item;
+    while (reader.Read(item)) {
+    }
+    const auto kind = cut < 28 ? LogEnd::Kind::kWordUnreadable : LogEnd::Kind::kPayloadUnreadable;
+    EXPECT_EQ(reader.end().kind, kind) << cut;
+  }
+}
+
+// The log is longer than the reader's buffer, and has payloads longer than it.
+TEST(LogReader, ReturnsToAnyItem) {
+  Log log = SessionLog();
+  for (const std::size_t size : {10, 40000, 500, 70000, 9000})
+    log.Record(0ms, std::string(size, '\1'), 7);
+  const TemporaryDirectory directory;
+  const std::string path = directory.path() + "/log";
+  ASSERT_TRUE(WriteFile(path, log.bytes() + log.bytes().substr(0, 5)));
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const auto describe = [](const LogReader& reader, const LogItem& item) {
+    return std::tuple(item.kind, item.time.timeBase, item.time.milliseconds, item.event,
+                      item.uptime, reader.version().tag, item.signal.id, item.signal.signal_length,
+                      std::string(item.signal.payload.begin(), item.signal.payload.end()));
+  };
+  LogReader reader(file);
+  LogItem item;
+  std::vector<LogPosition> positions = {reader.position()};
+  std::vector<decltype(describe(reader, item))> items;
+  while (reader.Read(item)) {
+    items.push_back(describe(reader, item));
+    positions.push_back(reader.position());
+    item = {};
+  }
+  ASSERT_EQ(items.size(), log.ends().size());
+  for (std::size_t i = 0; i < 3 * items.size(); ++i) {
+    const std::size_t place = 7 * i * i % items.size();
+    ASSERT_TRUE(reader.Seek(positions[place]));
+    for (std::size_t next = place; next < std::min(place + 3, items.size()); ++next) {
+      item = {};
+      ASSERT_TRUE(reader.Read(item));
+      ASSERT_EQ(describe(reader, item), items[next]) << place;
+    }
+  }
+  close(file);
+  EXPECT_FALSE(LogReader(ReadFrom(log.bytes())).Seek(positions[1]));
+}
+
+#ifdef VRKT_HAS_ADDRESS_SANITIZER
+TEST(LogReader, NothingAfterAPayloadIsReadable) {
+  for (const std::size_t size : {0, 10, 63, 64, 65, 1000, 8190, 20000}) {
+    const Log log = Log().Header("14.5.12").Record(0ms, std::string(size, '\1'), 7);
+    LogReader reader(ReadFrom(log.bytes()));
+    LogItem item;
+    ASSERT_TRUE(reader.Read(item) && reader.Read(item));
+    const volatile std::uint8_t* const payload = item.signal.payload.data();
+    const std::size_t end = std::max(size, kMaxSignalEnd);
+    EXPECT_EQ(payload[end - 1], size < end ? 0 : 1);
+    EXPECT_DEATH(static_cast<void>(payload[end]), "AddressSanitizer") << size;
+  }
+}
+#endif
 
 }  // namespace

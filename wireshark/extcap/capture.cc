@@ -12,9 +12,7 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 #include "live_frames.h"
@@ -23,8 +21,8 @@
 #include "log_command.h"
 
 // One thread waits for everything in one place, WaitFor: for the log, for room in the
-// fifo, and for what stops the capture. LogReader reads a stream, so the log is a stream
-// whose reads wait there. Signals are descriptors, because a handler may run just before
+// fifo, and for what stops the capture. The function that reads the log for LogReader waits
+// there. Signals are descriptors, because a handler may run just before
 // the process waits, and ppoll delivers no signal while the log has data.
 
 namespace {
@@ -48,7 +46,6 @@ struct CapturedLog {
 
 constexpr std::size_t kMaxFirstBytes = 200;
 constexpr std::size_t kMaxFrames = 65536;
-constexpr std::size_t kStreamBuffer = 65536;
 constexpr int kParentCheckMs = 500;
 
 int OpenSignals() {
@@ -118,9 +115,8 @@ void WriteFrames(Capture& capture) {
   capture.frames.clear();
 }
 
-// The read function of the log's stream. It is called when all data so far is used.
-ssize_t ReadLog(void* cookie, char* bytes, std::size_t size) {
-  Capture& capture = *static_cast<Capture*>(cookie);
+// Reads bytes of the log. It is called when all bytes so far are used.
+ssize_t ReadLog(Capture& capture, void* bytes, std::size_t size) {
   WriteFrames(capture);
   ssize_t count = 0;
   do {
@@ -128,18 +124,15 @@ ssize_t ReadLog(void* cookie, char* bytes, std::size_t size) {
     count = read(capture.source.log, bytes, size);
   } while (count < 0 && (errno == EINTR || errno == EAGAIN));
   if (count > 0 && capture.first_bytes.size() < kMaxFirstBytes) {
-    capture.first_bytes.append(bytes, static_cast<std::size_t>(count));
+    capture.first_bytes.append(static_cast<const char*>(bytes), static_cast<std::size_t>(count));
   }
   return count;
 }
 
 CapturedLog CaptureLog(Capture& capture) {
-  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(
-      fopencookie(&capture, "r", {ReadLog, nullptr, nullptr, nullptr}), &std::fclose);
-  if (stream == nullptr) return {{LogEnd::Kind::kNoMemory, kStreamBuffer}, false, false};
-  std::setvbuf(stream.get(), nullptr, _IOFBF, kStreamBuffer);
   AppendFileHeader(capture.frames);
-  LogReader log(stream.get());
+  LogReader log(
+      [&capture](void* bytes, std::size_t size) { return ReadLog(capture, bytes, size); });
   LogItem item;
   bool has_header = false;
   while (log.Read(item)) {

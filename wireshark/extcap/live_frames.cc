@@ -22,22 +22,21 @@ void AppendFileHeader(std::string& file) {
 }
 
 void AppendFrame(const LogItem& item, const HipVersionEntry& version, std::string& file) {
-  if (item.kind == LogItem::Kind::kHeader) return;
+  if (!item.HasLine()) return;
 
   std::string frame;
-  AppendWords({kPseudoHeaderFormat, version.version, item.timeBase, 0}, frame);
+  AppendWords({kPseudoHeaderFormat, version.version, item.time.timeBase, 0}, frame);
   AppendItem(item, frame, kLargestPayload);
 
-  // The milliseconds of a negative time count from the second before. The seconds wrap.
-  const std::int32_t seconds = item.time / 1000 - (item.time % 1000 < 0 ? 1 : 0);
-  const std::int32_t milliseconds = (item.time % 1000 + 1000) % 1000;
+  const ExactTime time = GetExactTime(item.time);
   const auto captured = static_cast<std::uint32_t>(frame.size());
   std::uint32_t length = captured;
-  if (item.kind == LogItem::Kind::kSignal && item.signal.payload.length > kLargestPayload) {
-    length = std::min(item.signal.payload.length, UINT32_MAX - kHeadersSize) + kHeadersSize;
+  const auto payload = static_cast<std::uint32_t>(item.signal.payload.size());
+  if (item.kind == LogItem::Kind::kSignal && payload > kLargestPayload) {
+    length = std::min(payload, UINT32_MAX - kHeadersSize) + kHeadersSize;
   }
-  AppendWords({item.timeBase + static_cast<std::uint32_t>(seconds),
-               static_cast<std::uint32_t>(milliseconds) * 1000, captured, length},
+  AppendWords({static_cast<std::uint32_t>(time.second),
+               static_cast<std::uint32_t>(time.millisecond) * 1000, captured, length},
               file);
   file += frame;
 }

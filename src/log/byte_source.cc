@@ -1,0 +1,55 @@
+#include "log/byte_source.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+ByteSource::ByteSource(int descriptor)
+    : read_(
+          [descriptor](void* bytes, std::size_t size) { return ::read(descriptor, bytes, size); }),
+      descriptor_(descriptor) {}
+
+std::size_t ByteSource::ReadMore(std::uint8_t* bytes, std::size_t size) {
+  std::size_t done = 0;
+  for (;;) {
+    const std::size_t count = std::min(size - done, end_ - next_);
+    std::memcpy(bytes + done, buffer_.data() + next_, count);
+    next_ += count;
+    done += count;
+    if (done == size) return size;
+    // What would fill the buffer is not copied.
+    constexpr std::size_t kLargestRead = std::size_t{1} << 30U;
+    const bool is_large = size - done >= kBufferSize;
+    const ssize_t result = is_large ? read_(bytes + done, std::min(size - done, kLargestRead))
+                                    : read_(buffer_.data(), kBufferSize);
+    has_failed_ = result < 0;
+    if (result <= 0) return done;
+    const auto read = static_cast<std::size_t>(result);
+    offset_of_end_ += read;
+    if (is_large) done += read;
+    next_ = 0;
+    end_ = is_large ? 0 : read;
+  }
+}
+
+bool ByteSource::Seek(std::uint64_t offset) {
+  const std::uint64_t start = offset_of_end_ - end_;
+  if (offset < start || offset > offset_of_end_) {
+    if (!MoveDescriptor(offset)) return false;
+    end_ = 0;
+    offset_of_end_ = offset;
+  }
+  next_ = end_ - static_cast<std::size_t>(offset_of_end_ - offset);
+  return true;
+}
+
+void ByteSource::ReturnUnread() {
+  if (next_ == end_ || !MoveDescriptor(offset())) return;
+  offset_of_end_ = offset();
+  end_ = next_;
+}
+
+bool ByteSource::MoveDescriptor(std::uint64_t offset) {
+  const auto distance = static_cast<off_t>(offset - offset_of_end_);
+  return descriptor_ >= 0 && ::lseek(descriptor_, distance, SEEK_CUR) >= 0;
+}
