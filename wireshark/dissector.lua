@@ -117,22 +117,22 @@ local function signal_bytes(plan, payload)
   return bytes
 end
 
-local function report_outcome(tree, field, outcome, shown)
-  if shown ~= outcome.success then
-    tree:add_proto_expert_info(outcome.expert, field.prefix .. shown)
+local function report_failure(tree, field, failure, shown)
+  if shown ~= failure.success then
+    tree:add_proto_expert_info(failure.expert, field.prefix .. shown)
   end
 end
 
 -- Reads only the fields that other frames or the expert information depend on. The
 -- first of two passes needs no more.
 local function read_essential_fields(plan, bytes, tree)
-  local places = plan.essential
+  local places, failure = plan.essential, plan.failure
   for i = 1, #places do
     local place = places[i]
-    local field, outcome = plan.fields[place], plan.outcomes[place]
+    local field = plan.fields[place]
     local value, shown = field.read(bytes)
     values[place] = value
-    if outcome then report_outcome(tree, field, outcome, shown) end
+    if failure and place == failure.place then report_failure(tree, field, failure, shown) end
   end
 end
 
@@ -141,7 +141,8 @@ end
 local function dissect_fields(plan, payload, bytes, range, tree, detailed)
   pieces[1] = plan.name
   local count = range and dissect_dumps(plan, range, tree, detailed) or 1
-  local plan_fields, outcomes = plan.fields, plan.outcomes
+  local plan_fields, failure = plan.fields, plan.failure
+  local failure_place = failure and failure.place
   local is_old = payload.version.is_old
   for i = 1, #plan_fields do
     local field = plan_fields[i]
@@ -153,7 +154,7 @@ local function dissect_fields(plan, payload, bytes, range, tree, detailed)
     pieces[count + 2] = shown
     count = count + 2
     local item = detailed and add_field(tree, payload, field, bytes, value, shown, is_label) or tree
-    if outcomes[i] then report_outcome(item, field, outcomes[i], shown) end
+    if i == failure_place then report_failure(item, field, failure, shown) end
   end
   return count
 end

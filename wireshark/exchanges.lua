@@ -2,7 +2,11 @@
 -- in any order, so the links are made on the first visit and kept by frame number. A
 -- request is what is answered, although it can be an indication.
 
-local floor = math.floor
+local vocabulary = ...
+
+local abs, floor = math.abs, math.floor
+
+local GIVE_UP = vocabulary.give_up_ms * 1000
 
 local waiting        -- by exchange and keys: a frame number, or a queue of them
 local sent           -- by frame number: when a waiting request was sent
@@ -19,17 +23,12 @@ local function forget_links()
 end
 forget_links()
 
-local function add_request(key, number, time)
+-- In microseconds. Times are fractional numbers, exact to less than a microsecond.
+local function time_between(earlier, later) return floor((later - earlier) * 1000000 + 0.5) end
+
+local function oldest_request(key)
   local earlier = waiting[key]
-  sent[number] = time
-  if not earlier then
-    waiting[key] = number
-  elseif type(earlier) == "number" then
-    waiting[key] = {first = 1, last = 2, earlier, number}
-  else
-    earlier.last = earlier.last + 1
-    earlier[earlier.last] = number
-  end
+  return type(earlier) == "table" and earlier[earlier.first] or earlier
 end
 
 -- Takes the oldest request with this key, and when it was sent.
@@ -51,6 +50,24 @@ local function take_request(key)
   return number, time
 end
 
+local function add_request(key, number, time)
+  local oldest = oldest_request(key)
+  while oldest and abs(time_between(sent[oldest], time)) > GIVE_UP do
+    take_request(key)
+    oldest = oldest_request(key)
+  end
+  local earlier = waiting[key]
+  sent[number] = time
+  if not earlier then
+    waiting[key] = number
+  elseif type(earlier) == "number" then
+    waiting[key] = {first = 1, last = 2, earlier, number}
+  else
+    earlier.last = earlier.last + 1
+    earlier[earlier.last] = number
+  end
+end
+
 local function take_last_request(key)
   local last = last_waiting[key]
   if not last then return nil end
@@ -62,8 +79,7 @@ local function add_response(request, request_time, number, time)
   local earlier = response_in[request]
   response_in[request] = earlier and {earlier, number} or number
   response_to[number] = request
-  -- These times are fractional numbers, exact to less than a microsecond.
-  response_time[number] = floor((time - request_time) * 1000000 + 0.5)
+  response_time[number] = time_between(request_time, time)
 end
 
 local function link(exchanges, values, pinfo)

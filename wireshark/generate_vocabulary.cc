@@ -28,6 +28,7 @@
 #include "fapi/vocabulary.h"
 #include "field_descriptions.h"
 #include "hip/exchange_rules.h"
+#include "hip/failures.h"
 #include "hip/hip_versions.h"
 
 namespace {
@@ -156,12 +157,24 @@ int FormArgument(const CompiledField& field) {
   return field.form == FieldRenderer::kEnum16 ? field.enum_index : 0;
 }
 
-// A layout as "NAME MIN|NAME FORM OFFSET ARGUMENT|...". The dumps come first, as
-// they are printed.
+// By kind: the field that says it, and what it shows on success.
+void WriteFailures(std::FILE* output) {
+  std::fprintf(output, "  failures = {\n");
+  for (const FailureRule& rule : kFailureRules) {
+    std::fprintf(output, "    %s = {field = \"%s\", success = \"%s\"},\n", rule.kind.data(),
+                 rule.field.data(), rule.success.data());
+  }
+  std::fprintf(output, "  },\n");
+}
+
+// A layout as "NAME MIN FAILURE|NAME FORM OFFSET ARGUMENT|...", with the kind of failure that the
+// signal can report, or "-". The dumps come first, as they are printed.
 void WriteLayouts(std::FILE* output) {
   std::fprintf(output, "  layouts = {\n");
   for (const CompiledSignal& signal : ListLayouts()) {
-    std::fprintf(output, "    \"%s %d", GetString(signal.name).c_str(), signal.min);
+    const FailureRule* const failure = FindFailureField(signal).rule;
+    std::fprintf(output, "    \"%s %d %s", GetString(signal.name).c_str(), signal.min,
+                 failure == nullptr ? "-" : failure->kind.data());
     for (const CompiledField& field : GetFields(signal)) {
       std::fprintf(output, "|%s %s %d %d", GetString(field.name).c_str(), GetForm(field.form).name,
                    field.offset, FormArgument(field));
@@ -205,9 +218,9 @@ void WriteSignals(std::FILE* output) {
 
 // The exchanges of each version, as "OPENING:ANSWERING:KEYS" with the ids and the names of
 // the fields, as in "1000:1100:vif,host_tag". A "!" before the keys marks that a new opening
-// replaces one that waits.
+// replaces one that waits. A request that has waited for `give_up_ms` is given up.
 void WriteExchanges(std::FILE* output) {
-  std::fprintf(output, "  exchanges = {\n");
+  std::fprintf(output, "  give_up_ms = %d,\n  exchanges = {\n", static_cast<int>(kGiveUpMs));
   for (const HipVersionEntry& version : HipVersionTable) {
     std::fprintf(output, "    \"");
     for (const Exchange& exchange : ListExchanges(version.tag)) {
@@ -231,6 +244,7 @@ void WriteVocabulary(std::FILE* output) {
   WriteVersions(output);
   WriteForms(output);
   WriteFields(output);
+  WriteFailures(output);
   WriteLayouts(output);
   WriteEnumerations(output);
   WriteSignals(output);

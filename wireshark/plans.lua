@@ -110,18 +110,6 @@ function make_reader.enum16(offset, enumeration, version)
   end
 end
 
--- The fields that say how something ended, with what they show on success.
-local OUTCOMES = {
-  result_code = {success = "success", expert = experts.result},
-  transmission_status = {success = "successful", expert = experts.transmission},
-}
-local DISCONNECT = {expert = experts.disconnect}
-
-local function find_outcome(signal, field)
-  if field == "reason_code" and signal:find("^mlme_disconnect") then return DISCONNECT end
-  return OUTCOMES[field]
-end
-
 local function make_field(name, form, offset, argument, version)
   local field = {
     name = name,
@@ -197,9 +185,9 @@ end
 local FROM_HOST = {_req = true, _res = true, _cfm = false, _ind = false}
 
 local function make_plan(signals, id, layout, version)
-  local name, least = layout:match("^(%S+) (%d+)")
+  local name, least, failure = layout:match("^(%S+) (%d+) ([^|]+)")
   local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {},
-    essential = {}, outcomes = {}}
+    essential = {}}
   for_each_field(layout, function(field_name, form, offset, argument)
     if form == "dump" then
       plan.dumps[#plan.dumps + 1] = {
@@ -213,12 +201,13 @@ local function make_plan(signals, id, layout, version)
     plan.fields[#plan.fields + 1] = field
     plan.place[field_name] = plan.place[field_name] or #plan.fields
     plan.finish = max(plan.finish, offset + field.size)
-    local outcome = find_outcome(name, field_name)
-    if outcome then
-      plan.outcomes[#plan.fields] = outcome
-      plan.essential[#plan.essential + 1] = #plan.fields
-    end
   end)
+  local rule = vocabulary.failures[failure]
+  if rule then
+    plan.failure = {place = plan.place[rule.field], success = rule.success,
+      expert = experts[failure]}
+    plan.essential[1] = plan.failure.place
+  end
   if plan.dumps[1] then
     plan.content = frames.find_content(name, plan.fields[plan.place.data_unit_descriptor])
   end

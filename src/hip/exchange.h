@@ -4,8 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <deque>
+#include <list>
 #include <optional>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "fapi/compiled_signal.h"
@@ -18,10 +21,7 @@
 // nothing answers an earlier signal.
 //
 // The memory is limited, whatever the length of the log: a request that was not answered
-// is forgotten after a number of later ones. It takes an entry for each answer that it waits
-// for. The entries are in a ring, in the order of the log, so the entry that a new one
-// overwrites is the oldest of all, and so the first in the queue of its own key. Each key that
-// has entries is in a hash table by the first of them.
+// is forgotten after a number of later ones. A request counts once per answer that it waits for.
 
 // A request as the caller knows it.
 struct SentRequest {
@@ -31,9 +31,9 @@ struct SentRequest {
 
 class ExchangeTracker {
  public:
-  // `kept` is the number of entries after which one is forgotten. The default takes up to
+  // `kept` is the number of requests after which one is forgotten. The default takes up to
   // 8 MiB.
-  explicit ExchangeTracker(std::size_t kept = 200000);
+  explicit ExchangeTracker(std::size_t kept = 65536) : kept_(kept) {}
 
   // Takes each signal of the log, in order. It must have a layout and not be too short.
   // Remembers it if it can be answered. Returns what it answers, if anything. The versions of
@@ -57,31 +57,20 @@ class ExchangeTracker {
     Part waits_last;  // for the answer to the newest
   };
 
-  // The index of an entry in the ring plus 1; 0 is none.
-  using Place = std::uint32_t;
-
-  struct Waiting {
-    SentRequest sent;
-    std::uint64_t key;  // 0 if the request was answered or replaced
-    Place next;         // the next entry with this key
-    // Of the first entry with a key:
-    Place last;            // the last entry with this key
-    Place next_in_bucket;  // the first entry with another key
-  };
+  // By exchange and the values of its keys: the requests that wait, the oldest first.
+  using Waiting = std::unordered_map<std::uint64_t, std::list<SentRequest>>;
 
   void SelectVersion(HipVersionTag version);
   static std::uint64_t MakeKey(const SignalView& signal, const Part& part);
-  Place& FindFirst(std::uint64_t key);
   void Remember(std::uint64_t key, SentRequest sent);
-  void Remove(Place& first);
+  void RemoveOldest(Waiting::iterator requests);
 
   const std::size_t kept_;
   std::optional<HipVersionTag> version_;
   std::vector<Role> roles_;  // by layout, for `version_`
-  // Not initialised: the memory of a place that was never used is not resident.
-  std::unique_ptr<Waiting[]> ring_;
-  std::vector<Place> buckets_;
-  std::uint64_t count_ = 0;  // of entries since the last Load event
+  Waiting waiting_;
+  // The keys and records of the last `kept_` requests, also of those that do not wait any more.
+  std::deque<std::pair<std::uint64_t, std::uint64_t>> last_;
 };
 
 #endif  // VRKT_HIP_EXCHANGE_H_

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "fapi/compiled_signal.h"
@@ -14,7 +15,9 @@
 // - A confirm answers the request of the same name, and a response the indication. (Their ids
 //   differ by 0x0100 in most families, but not in all.) If a version has no confirm for a
 //   request, the indication of the same name answers it. vif and host_tag must be equal, as far
-//   as both signals have them. The oldest that waits is answered.
+//   as both signals have them. The oldest that waits is answered. One that has waited for more
+//   than kGiveUpMs when the next one with the same values is sent is given up: its answer is
+//   lost, and all later answers would go to the request before their own.
 // - An indication completes a request that was confirmed before: the pairs and their keys are a
 //   table in exchange_rules.cc. The newest request is answered, because one that was refused
 //   or aborted is never completed: it would shift all later pairs.
@@ -23,6 +26,9 @@
 // these rules.
 
 inline constexpr std::size_t kMaxExchangeKeys = 2;
+
+// In milliseconds of the log's time, forward or backward, because the clock can be set.
+inline constexpr std::int64_t kGiveUpMs = 5000;
 
 // A field that has the same value in both signals. It has at most 16 bits.
 struct ExchangeKey {

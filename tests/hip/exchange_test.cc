@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <deque>
 #include <map>
 #include <optional>
@@ -35,6 +36,8 @@ TEST(ExchangeTracker, EqualsASearch) {
   const auto below = [&random](unsigned limit) { return static_cast<unsigned>(random()) % limit; };
   std::map<Id, unsigned> answered;
   std::map<Id, unsigned> forgotten;
+  unsigned given_up = 0;
+  std::int64_t time_ms = 0;
   for (std::uint64_t record = 1; record <= 20000; ++record) {
     if (below(200) == 0) {
       tracker.ForgetRequests();
@@ -44,7 +47,8 @@ TEST(ExchangeTracker, EqualsASearch) {
     const unsigned tag = below(10);
     const unsigned kind = below(8);
     const Id id = kind == 0 ? kConfirm : kind == 1 ? kCompletion : kRequest;
-    const SentRequest sent = {record, static_cast<std::int64_t>(record / 7)};
+    if (below(40) == 0) time_ms += static_cast<std::int64_t>(below(20000)) - 10000;
+    const SentRequest sent = {record, time_ms};
     const PaddedPayload payload(Fapi(id).U16(vif, tag).PadTo(40).signal());
     const std::optional<SentRequest> found =
         tracker.Add(UnderstandSignal(kLastHipVersionTag, {payload.span(), {}, {}}).signal, sent);
@@ -58,6 +62,12 @@ TEST(ExchangeTracker, EqualsASearch) {
       ASSERT_FALSE(found);
       const auto replaced = find(kCompletion);
       if (replaced != entries.end()) replaced->is_open = false;
+      for (auto old = find(kConfirm);
+           old != entries.end() && std::abs(time_ms - old->sent.time_ms) > kGiveUpMs;
+           old = find(kConfirm)) {
+        old->is_open = false;
+        ++given_up;
+      }
       for (const Id answer : {kConfirm, kCompletion}) entries.push_back({answer, vif, tag, sent});
       for (; entries.size() > kKept; entries.pop_front()) {
         if (entries.front().is_open) ++forgotten[entries.front().answer];
@@ -76,6 +86,7 @@ TEST(ExchangeTracker, EqualsASearch) {
     EXPECT_GT(answered[id], 1000U);
     EXPECT_GT(forgotten[id], 50U);
   }
+  EXPECT_GT(given_up, 50U);
 }
 
 // What the tracker and the Wireshark plugin rely on.

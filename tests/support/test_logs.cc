@@ -155,6 +155,18 @@ std::vector<ExchangeRecord> ListExchangeRecords() {
       {-800ms, make(kUnitdataCfm, 1), "", 68, -1000},
       {200ms, make(kUnitdataReq, 1), "71"},
       {-1300ms, make(kUnitdataCfm, 1), "", 70, -1500},
+      // A request that waits for more than 5 s, forward or backward, when the next one is sent
+      // is given up.
+      {1000ms, make(kUnitdataReq, 3), "74"},
+      {6000ms, make(kUnitdataReq, 3)},
+      {6002ms, make(kUnitdataCfm, 3), "", 72, 5002},
+      {11001ms, make(kUnitdataReq, 3), "76"},
+      {11002ms, make(kUnitdataCfm, 3), "", 75, 1},
+      {20000ms, make(kUnitdataReq, 3)},
+      {20000ms, make(kUnitdataReq, 3)},
+      {14999ms, make(kUnitdataReq, 3), "80"},
+      {25000ms, make(kUnitdataCfm, 3), "", 79, 10001},
+      {25001ms, make(kUnitdataCfm, 3)},
   };
 }
 
