@@ -38,6 +38,7 @@ int main(int argc, char** argv) {
       WriteSeed(directory / "decode_signal", name, tag + std::string("\5\0", 2) + payload);
     }
   }
+  WriteSeed(directory / "compare_queries", "query", "1");
   const auto write_log = [&](const std::string& name, const std::string& log) {
     WriteSeed(directory / "query_log", name, log);
     WriteSeed(directory / "decode_log", name, '\0' + log);

@@ -12,7 +12,8 @@ constexpr std::string_view kFixedColumns =
     "CREATE TABLE udi(record INTEGER, stamp TEXT, time_ms INTEGER, signal TEXT, line TEXT, path "
     "TEXT HIDDEN, "
     "id INTEGER HIDDEN, hip_version TEXT HIDDEN, uptime INTEGER HIDDEN, request INTEGER HIDDEN, "
-    "response_ms INTEGER HIDDEN, json TEXT HIDDEN";
+    "response_ms INTEGER HIDDEN, json TEXT HIDDEN, rowid INTEGER HIDDEN, oid INTEGER HIDDEN, "
+    "_rowid_ INTEGER HIDDEN";
 
 }  // namespace
 
@@ -21,8 +22,8 @@ const Columns& Columns::Get() {
   return columns;
 }
 
-// The fields have no type, because the forms of a name can differ. SQLite gives such columns
-// the affinity NUMERIC: vif = '1' is true for the number 1.
+// The forms of a name can differ, so fields have the type NUMERIC, which allows all values:
+// vif = '1' is true for the number 1.
 //
 // The vocabulary has each name once, so the places of their texts identify the names.
 Columns::Columns() {
@@ -44,7 +45,7 @@ Columns::Columns() {
     columns[names[column].start] = static_cast<std::uint16_t>(column);
     declaration_ += ", \"";
     declaration_ += GetText(names[column]).text();
-    declaration_ += "\" HIDDEN";
+    declaration_ += "\" NUMERIC HIDDEN";
   }
   declaration_ += ')';
 

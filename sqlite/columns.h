@@ -27,6 +27,9 @@ enum Column : int {
   kRequest,
   kResponseMs,
   kJson,
+  kRowid,  // these three replace SQLite's own
+  kOid,
+  kUnderscoreRowid,
   kFirstField,
 };
 

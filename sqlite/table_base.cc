@@ -38,14 +38,15 @@ std::optional<std::string> Unquote(std::string_view argument) {
 int ConnectTable(sqlite3* db, const std::string& declaration, int argc, const char* const* argv,
                  sqlite3_vtab** table, char** error) {
   constexpr int kFirstArgument = 3;  // after the names of module, database and table
-  auto paths = std::make_unique<std::vector<std::string>>();
+  auto made = std::make_unique<LogTable>();
+  made->has_fixed_logs = argc > kFirstArgument;
   for (int i = kFirstArgument; i < argc; ++i) {
     std::optional<std::string> path = Unquote(argv[i]);
     if (!path || path->empty()) {
       *error = sqlite3_mprintf("not a path, as in 'session.udi': %s", argv[i]);
       return SQLITE_ERROR;
     }
-    paths->push_back(std::move(*path));
+    made->paths.push_back(std::move(*path));
   }
   int status = sqlite3_declare_vtab(db, declaration.c_str());
   if (status == SQLITE_OK) status = sqlite3_vtab_config(db, SQLITE_VTAB_DIRECTONLY);
@@ -53,23 +54,23 @@ int ConnectTable(sqlite3* db, const std::string& declaration, int argc, const ch
     *error = sqlite3_mprintf("%s", sqlite3_errmsg(db));
     return status;
   }
-  auto made = std::make_unique<LogTable>();
-  made->paths = argc > kFirstArgument ? paths.release() : nullptr;
   *table = &made.release()->base;
   return SQLITE_OK;
 }
 
 int DisconnectTable(sqlite3_vtab* table) {
-  delete GetTable(table).paths;
   delete &GetTable(table);
   return SQLITE_OK;
 }
 
-std::vector<std::string> GetPaths(sqlite3_value* argument) {
+LogRange FindLog(LogTable& table, sqlite3_value* argument) {
   if (sqlite3_value_type(argument) == SQLITE_NULL) return {};
-  const auto* const text = reinterpret_cast<const char*>(sqlite3_value_text(argument));
-  if (text == nullptr) throw std::bad_alloc();
-  return {text};
+  const auto* const path = reinterpret_cast<const char*>(sqlite3_value_text(argument));
+  if (path == nullptr) throw std::bad_alloc();
+  const auto found = std::find(table.paths.begin(), table.paths.end(), path);
+  const auto place = static_cast<std::size_t>(found - table.paths.begin());
+  if (found == table.paths.end()) table.paths.emplace_back(path);
+  return {place, place + 1};
 }
 
 int SetError(sqlite3_vtab& table, const std::string& message) {

@@ -1,6 +1,7 @@
 #ifndef VRKT_SQLITE_TABLE_BASE_H_
 #define VRKT_SQLITE_TABLE_BASE_H_
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,17 @@
 // (SQLITE_VTAB_DIRECTONLY), except temporary ones.
 
 struct LogTable {
-  sqlite3_vtab base;                // first, because SQLite has a pointer to it
-  std::vector<std::string>* paths;  // of the fixed logs; null for a table-valued function
+  sqlite3_vtab base;  // first, because SQLite has a pointer to it
+  bool has_fixed_logs;
+  // Of the fixed logs, or all arguments so far. The place of a path is part of the rowids, so
+  // it never changes.
+  std::vector<std::string> paths;
+};
+
+// Logs of a table, by their places in `paths`.
+struct LogRange {
+  std::size_t next = 0;
+  std::size_t end = 0;
 };
 
 inline LogTable& GetTable(sqlite3_vtab* base) { return *reinterpret_cast<LogTable*>(base); }
@@ -27,8 +37,8 @@ int ConnectTable(sqlite3* db, const std::string& declaration, int argc, const ch
                  sqlite3_vtab** table, char** error);
 int DisconnectTable(sqlite3_vtab* table);
 
-// Returns the path that the argument of a table-valued function gives: none if it is NULL.
-std::vector<std::string> GetPaths(sqlite3_value* argument);
+// Returns the log that the argument of a table-valued function gives: none if it is NULL.
+LogRange FindLog(LogTable& table, sqlite3_value* argument);
 
 // Sets the message of the error that a callback returns, and returns the error.
 int SetError(sqlite3_vtab& table, const std::string& message);

@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "open_log.h"
 #include "table_base.h"
@@ -31,8 +30,7 @@ struct Summary {
 };
 
 struct Scan {
-  std::vector<std::string> paths;
-  std::size_t place = 0;  // of the log that `summary` describes
+  LogRange logs;  // the next is that which `summary` describes
   Summary summary;
 };
 
@@ -67,11 +65,11 @@ Summary ReadSummary(OpenLog& log) {
   return summary;
 }
 
-// Reads the log at `place`, if there is one.
+// Reads the next log, if there is one.
 int ReadLog(Scan& scan, sqlite3_vtab& table) {
-  if (scan.place == scan.paths.size()) return SQLITE_OK;
+  if (scan.logs.next == scan.logs.end) return SQLITE_OK;
   std::string error;
-  const std::unique_ptr<OpenLog> log = OpenLog::Open(scan.paths[scan.place], error);
+  const std::unique_ptr<OpenLog> log = OpenLog::Open(GetTable(&table).paths[scan.logs.next], error);
   if (log == nullptr) return SetError(table, error);
   scan.summary = ReadSummary(*log);
   return SQLITE_OK;
@@ -81,9 +79,9 @@ int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
   const LogTable& table = GetTable(base);
   info->estimatedCost = 1e7;
   info->estimatedRows = 1;
-  if (table.paths != nullptr) {
-    info->estimatedCost *= static_cast<double>(table.paths->size());
-    info->estimatedRows = static_cast<sqlite3_int64>(table.paths->size());
+  if (table.has_fixed_logs) {
+    info->estimatedCost *= static_cast<double>(table.paths.size());
+    info->estimatedRows = static_cast<sqlite3_int64>(table.paths.size());
     return SQLITE_OK;
   }
   bool is_unusable = false;
@@ -122,12 +120,12 @@ int Filter(sqlite3_vtab_cursor* cursor, int /*plan*/, const char* /*text*/, int 
            sqlite3_value** argv) {
   return CatchNoMemory([&] {
     Scan& scan = GetScan(cursor);
-    const LogTable& table = GetTable(cursor->pVtab);
+    LogTable& table = GetTable(cursor->pVtab);
     scan = Scan();
-    if (table.paths != nullptr) {
-      scan.paths = *table.paths;
+    if (table.has_fixed_logs) {
+      scan.logs = {0, table.paths.size()};
     } else if (argc > 0) {
-      scan.paths = GetPaths(argv[0]);
+      scan.logs = FindLog(table, argv[0]);
     }
     return ReadLog(scan, *cursor->pVtab);
   });
@@ -135,18 +133,18 @@ int Filter(sqlite3_vtab_cursor* cursor, int /*plan*/, const char* /*text*/, int 
 
 int Next(sqlite3_vtab_cursor* cursor) {
   return CatchNoMemory([&] {
-    ++GetScan(cursor).place;
+    ++GetScan(cursor).logs.next;
     return ReadLog(GetScan(cursor), *cursor->pVtab);
   });
 }
 
 int IsAtEnd(sqlite3_vtab_cursor* cursor) {
   const Scan& scan = GetScan(cursor);
-  return scan.place == scan.paths.size() ? 1 : 0;
+  return scan.logs.next == scan.logs.end ? 1 : 0;
 }
 
 int GetRowid(sqlite3_vtab_cursor* cursor, sqlite3_int64* rowid) {
-  *rowid = static_cast<sqlite3_int64>(GetScan(cursor).place) + 1;
+  *rowid = static_cast<sqlite3_int64>(GetScan(cursor).logs.next) + 1;
   return SQLITE_OK;
 }
 
@@ -164,7 +162,7 @@ int ReadColumn(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column
   switch (static_cast<Column>(column)) {
     case kPath:
     case kLog:
-      ReturnText(context, scan.paths[scan.place]);
+      ReturnText(context, GetTable(cursor->pVtab).paths[scan.logs.next]);
       break;
     case kRecords:
       sqlite3_result_int64(context, summary.records);

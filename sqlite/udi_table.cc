@@ -7,10 +7,16 @@
 // the table may use only those whose meaning it knows, and it can return a row that does not match.
 // It does that now and then, because SQLite looks for an interrupt only between rows.
 //
+// A constraint may be used only if the plan takes its value (argvIndex): SQLite then knows that
+// the scan depends on it. Otherwise it uses the scan also where the constraint must not hold,
+// as for the left table of `log LEFT JOIN t ON log.vif = 1`. For that table it also passes `<>`
+// and IS NOT NULL as usable, and forgets that they depend on t. So these are never used.
+//
 // For GROUP BY signal, SQLite sorts all rows, which takes longer than all else. If the query
 // names no other column, as to count signals, rows of a signal are the same to SQLite. The
 // table then reads the log, counts, and gives the rows in the order of their signals. An
-// interrupt ends such a query after the reading.
+// interrupt ends such a query after the reading. SQLite does not say whether a query names the
+// rowid, so columns with its names hide it.
 //
 // A log joined with itself is read once per row of the outer log, because SQLite makes no
 // index for a virtual table. The costs are chosen so that SQLite reads a log once wherever
@@ -73,10 +79,9 @@ constexpr std::int64_t kRowsBetweenInterrupts = 10000;  // about a millisecond
 
 // Reads the logs of one scan, and keeps the row that SQLite sees.
 struct Scan {
-  std::vector<std::string> paths;
-  std::size_t next_path = 0;
+  LogRange logs;
   std::unique_ptr<OpenLog> log;  // null after the last log
-  std::int64_t rowid = 0;
+  std::size_t log_index = 0;     // of `log`
   LogRow row;
   RowTexts texts;
 
@@ -152,42 +157,19 @@ bool IsOrderedByRecord(const sqlite3_index_info* info) {
   return info->nOrderBy > 0 && info->aOrderBy[0].iColumn == kRecord && info->aOrderBy[0].desc == 0;
 }
 
-// Whether `column OP value` is never true if the column is NULL. (An application can
-// redefine LIKE and the like.)
-bool RejectsNull(int op) {
-  switch (op) {
-    case SQLITE_INDEX_CONSTRAINT_EQ:
-    case SQLITE_INDEX_CONSTRAINT_GT:
-    case SQLITE_INDEX_CONSTRAINT_LE:
-    case SQLITE_INDEX_CONSTRAINT_LT:
-    case SQLITE_INDEX_CONSTRAINT_GE:
-    case SQLITE_INDEX_CONSTRAINT_NE:
-    case SQLITE_INDEX_CONSTRAINT_ISNOTNULL:
-      return true;
-    default:
-      return false;
-  }
-}
-
-// Returns the columns that are not NULL in any matching row, as numbers with a blank after
-// each. SQLite's planner passes only texts to Filter.
-std::string ListNonNullColumns(const sqlite3_index_info* info) {
-  std::string columns;
-  for (int i = 0; i < info->nConstraint; ++i) {
-    const auto& constraint = info->aConstraint[i];
-    if (RejectsNull(constraint.op)) columns += std::to_string(constraint.iColumn) + ' ';
-  }
-  return columns;
-}
-
 bool IsComparison(int op) {
   return op == SQLITE_INDEX_CONSTRAINT_EQ || op == SQLITE_INDEX_CONSTRAINT_GT ||
          op == SQLITE_INDEX_CONSTRAINT_LE || op == SQLITE_INDEX_CONSTRAINT_LT ||
          op == SQLITE_INDEX_CONSTRAINT_GE;
 }
 
-// Asks for the values of comparisons with fields. Returns their columns and operators, as
-// numbers with a blank after each. A list, as in vif IN (...), is left to SQLite, which would
+// The columns whose comparisons select rows.
+bool IsComparable(int column) {
+  return column == kRequest || column == kResponseMs || column >= kFirstField;
+}
+
+// Asks for the values of comparisons with fields and answers. Returns their columns and operators,
+// as numbers with a blank after each. A list, as in vif IN (...), is left to SQLite, which would
 // read the log once per value.
 std::string TakeComparisons([[maybe_unused]] sqlite3_index_info* info,
                             [[maybe_unused]] int& values) {
@@ -195,7 +177,7 @@ std::string TakeComparisons([[maybe_unused]] sqlite3_index_info* info,
 #if SQLITE_VERSION_NUMBER >= 3038000
   for (int i = 0; HasNewPlanner() && i < info->nConstraint; ++i) {
     const auto& constraint = info->aConstraint[i];
-    if (constraint.usable == 0 || constraint.iColumn < kFirstField) continue;
+    if (constraint.usable == 0 || !IsComparable(constraint.iColumn)) continue;
     if (!IsComparison(constraint.op) || sqlite3_vtab_in(info, i, -1) != 0) continue;
     info->aConstraintUsage[i].argvIndex = ++values;
     taken += std::to_string(constraint.iColumn) + ' ' + std::to_string(constraint.op) + ' ';
@@ -223,13 +205,13 @@ bool IsGroupedBySignal([[maybe_unused]] sqlite3_index_info* info,
 // A scan with constraints reads the whole log, too. Two of them for the two sides of an OR
 // must cost more than one without.
 void EstimateCost(const LogTable& table, const Constraints& found, sqlite3_index_info* info) {
-  const double logs = table.paths == nullptr ? 1 : static_cast<double>(table.paths->size());
+  const double logs = !table.has_fixed_logs ? 1 : static_cast<double>(table.paths.size());
   const bool is_selective = found.signal >= 0 || found.id >= 0;
   info->estimatedCost = logs * (is_selective ? 9e6 : 1e7);
   info->estimatedRows = static_cast<sqlite3_int64>(logs * (is_selective ? 2e4 : 1e6));
   // Without a path, this is the query's error, or it is one side of an OR, for which SQLite
   // must choose another plan. Filter reports the error.
-  if (table.paths == nullptr && found.path < 0) info->estimatedCost = 1e99;
+  if (!table.has_fixed_logs && found.path < 0) info->estimatedCost = 1e99;
 }
 
 int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
@@ -237,7 +219,7 @@ int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
   const Constraints found = FindConstraints(info);
   int values = 0;
   int plan = 0;
-  if (table.paths == nullptr) {
+  if (!table.has_fixed_logs) {
     if (found.path < 0 && found.path_is_unusable) return SQLITE_CONSTRAINT;
     if (found.path >= 0) {
       info->aConstraintUsage[found.path] = {++values, 1};
@@ -253,17 +235,17 @@ int MakePlan(sqlite3_vtab* base, sqlite3_index_info* info) {
     plan |= kUsesId | (TakeList(info, found.id) ? kIdIsList : 0);
   }
   if ((info->colUsed & (GetUseBit(kRequest) | GetUseBit(kResponseMs))) != 0) plan |= kNeedsRequests;
-  const bool is_grouped = IsGroupedBySignal(info, table.paths == nullptr);
+  const bool is_grouped = IsGroupedBySignal(info, !table.has_fixed_logs);
   if (is_grouped) plan |= kIsGrouped | (info->aOrderBy[0].desc != 0 ? kDescends : 0);
   info->idxNum = plan;
   const std::string comparisons = TakeComparisons(info, values);
-  info->idxStr = sqlite3_mprintf("%s|%s", ListNonNullColumns(info).c_str(), comparisons.c_str());
+  info->idxStr = sqlite3_mprintf("%s", comparisons.c_str());
   if (info->idxStr == nullptr) return SQLITE_NOMEM;
   info->needToFreeIdxStr = 1;
 
   EstimateCost(table, found, info);
   // Records of several logs are in order within each log only.
-  const bool is_one_log = table.paths == nullptr || table.paths->size() == 1;
+  const bool is_one_log = !table.has_fixed_logs || table.paths.size() == 1;
   info->orderByConsumed = is_grouped || (is_one_log && IsOrderedByRecord(info)) ? 1 : 0;
   return SQLITE_OK;
 }
@@ -344,7 +326,6 @@ bool ReadRecord(Scan& scan) {
   if (row.version != scan.version) SelectIdsOfVersion(scan);
   row.understood.reset();
   ++row.record;
-  ++scan.rowid;
   if (scan.exchanges != nullptr) TrackExchanges(scan);
   return true;
 }
@@ -353,10 +334,11 @@ bool ReadRecord(Scan& scan) {
 int OpenNextLog(Scan& scan, sqlite3_vtab& table) {
   scan.log.reset();
   scan.row.record = 0;
-  if (scan.next_path == scan.paths.size()) return SQLITE_OK;
+  if (scan.logs.next == scan.logs.end) return SQLITE_OK;
   if (scan.exchanges != nullptr) scan.exchanges->ForgetRequests();
+  scan.log_index = scan.logs.next++;
   std::string error;
-  scan.log = OpenLog::Open(scan.paths[scan.next_path++], error);
+  scan.log = OpenLog::Open(GetTable(&table).paths[scan.log_index], error);
   return scan.log == nullptr ? SetError(table, error) : SQLITE_OK;
 }
 
@@ -400,7 +382,6 @@ int ReadGroups(Scan& scan, sqlite3_vtab& table, bool descends) {
 }
 
 void MoveInGroups(Scan& scan) {
-  ++scan.rowid;
   if (++scan.row_of_group < scan.groups[scan.group].rows) return;
   ++scan.group;
   scan.row_of_group = 0;
@@ -477,22 +458,21 @@ std::optional<IdSet> SelectIds(sqlite3_value* constraint, bool is_list) {
   return ids;
 }
 
-// Skips rows in which one of these columns is NULL. Moves `columns` after their list.
-void SkipNulls(Scan& scan, const char*& columns) {
+// Skips rows in which the column is NULL.
+void SkipNulls(Scan& scan, int column) {
+  if (column < kFirstField) {
+    scan.only_answers = true;
+    return;
+  }
   const std::span<const CompiledSignal> all = ListLayouts();
-  char* next = nullptr;
-  for (; *columns != '|'; columns = next + 1) {
-    const auto column = static_cast<int>(std::strtol(columns, &next, 10));
-    if (column == kRequest || column == kResponseMs) scan.only_answers = true;
-    if (column < kFirstField) continue;
-    if (!scan.layouts) scan.layouts.emplace(all.size(), true);
-    for (std::size_t i = 0; i < all.size(); ++i) {
-      if (Columns::Get().FindField(all[i], column) == nullptr) (*scan.layouts)[i] = false;
-    }
+  if (!scan.layouts) scan.layouts.emplace(all.size(), true);
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    if (Columns::Get().FindField(all[i], column) == nullptr) (*scan.layouts)[i] = false;
   }
 }
 
-// The column and operator of each comparison are in the plan, its value in `values`.
+// The column and operator of each comparison are in the plan, its value in `values`. No
+// comparison with NULL is true.
 void SelectComparisons(Scan& scan, const char* plan, sqlite3_value** values) {
   char* next = nullptr;
   while (*plan != '\0') {
@@ -500,21 +480,22 @@ void SelectComparisons(Scan& scan, const char* plan, sqlite3_value** values) {
     const auto op = static_cast<int>(std::strtol(next + 1, &next, 10));
     plan = next + 1;
     sqlite3_value* const value = *values++;
-    if (sqlite3_value_type(value) != SQLITE_INTEGER) continue;
+    SkipNulls(scan, column);
+    if (column < kFirstField || sqlite3_value_type(value) != SQLITE_INTEGER) continue;
     scan.comparisons.push_back({column, op, sqlite3_value_int64(value)});
   }
 }
 
-int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* columns, int /*argc*/,
+int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* comparisons, int /*argc*/,
            sqlite3_value** argv) {
   return CatchNoMemory([&] {
     Scan& scan = GetScan(cursor);
-    const LogTable& table = GetTable(cursor->pVtab);
+    LogTable& table = GetTable(cursor->pVtab);
     scan = Scan();
     if ((plan & kUsesPath) != 0) {
-      scan.paths = GetPaths(*argv++);
-    } else if (table.paths != nullptr) {
-      scan.paths = *table.paths;
+      scan.logs = FindLog(table, *argv++);
+    } else if (table.has_fixed_logs) {
+      scan.logs = {0, table.paths.size()};
     } else {
       return SetError(*cursor->pVtab, "udi needs a path, as in udi('session.udi')");
     }
@@ -523,8 +504,7 @@ int Filter(sqlite3_vtab_cursor* cursor, int plan, const char* columns, int /*arg
     }
     if ((plan & kUsesId) != 0) scan.ids = SelectIds(*argv++, (plan & kIdIsList) != 0);
     if ((plan & kNeedsRequests) != 0) scan.exchanges = std::make_unique<ExchangeTracker>();
-    SkipNulls(scan, columns);
-    SelectComparisons(scan, columns + 1, argv);
+    SelectComparisons(scan, comparisons, argv);
     const int status = OpenNextLog(scan, *cursor->pVtab);
     if (status != SQLITE_OK) return status;
     scan.is_grouped = (plan & kIsGrouped) != 0;
@@ -548,14 +528,21 @@ int IsAtEnd(sqlite3_vtab_cursor* cursor) {
   return is_at_end ? 1 : 0;
 }
 
+// The same in all scans: to evaluate an OR, SQLite can scan a table twice, and takes rows with
+// the same rowid for one.
+std::int64_t MakeRowid(const Scan& scan) {
+  constexpr unsigned kRecordBits = 40;
+  return static_cast<std::int64_t>(std::uint64_t{scan.log_index} << kRecordBits | scan.row.record);
+}
+
 int GetRowid(sqlite3_vtab_cursor* cursor, sqlite3_int64* rowid) {
-  *rowid = GetScan(cursor).rowid;
+  *rowid = MakeRowid(GetScan(cursor));
   return SQLITE_OK;
 }
 
 // --- Columns ---
 
-void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
+void ReturnColumn(sqlite3_context* context, const LogTable& table, Scan& scan, int column) {
   LogRow& row = scan.row;
   switch (column) {
     case kRecord:
@@ -577,7 +564,7 @@ void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
       ReturnLine(context, row, scan.texts);
       break;
     case kPath:
-      sqlite3_result_text(context, scan.paths[scan.next_path - 1].c_str(), -1, SQLITE_TRANSIENT);
+      sqlite3_result_text(context, table.paths[scan.log_index].c_str(), -1, SQLITE_TRANSIENT);
       break;
     case kId:
       if (row.item.kind == LogItem::Kind::kSignal) sqlite3_result_int(context, row.item.signal.id);
@@ -601,6 +588,11 @@ void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
     case kJson:
       ReturnJson(context, row, scan.texts);
       break;
+    case kRowid:
+    case kOid:
+    case kUnderscoreRowid:
+      sqlite3_result_int64(context, MakeRowid(scan));
+      break;
     default:
       ReturnField(context, row, column);
       break;
@@ -610,7 +602,7 @@ void ReturnColumn(sqlite3_context* context, Scan& scan, int column) {
 // A column that returns nothing is NULL.
 int ReadColumn(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column) {
   return CatchNoMemory([&] {
-    ReturnColumn(context, GetScan(cursor), column);
+    ReturnColumn(context, GetTable(cursor->pVtab), GetScan(cursor), column);
     return SQLITE_OK;
   });
 }
