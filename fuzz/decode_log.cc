@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "decode_in_process.h"
 #include "expect.h"
 #include "log/log_reader.h"
+#include "support/decode_in_process.h"
 
 namespace {
 

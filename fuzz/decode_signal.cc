@@ -6,10 +6,10 @@
 #include <string>
 
 #include "base/little_endian.h"
-#include "capture_stream.h"
 #include "expect.h"
 #include "hip/hip_versions.h"
-#include "padded_payload.h"
+#include "support/capture_stream.h"
+#include "support/padded_payload.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 3) return 0;

@@ -12,10 +12,10 @@
 #include <string>
 #include <string_view>
 
-#include "capture_stream.h"
 #include "hip/hip_versions.h"
-#include "padded_payload.h"
 #include "reference_log.h"
+#include "support/capture_stream.h"
+#include "support/padded_payload.h"
 
 namespace {
 

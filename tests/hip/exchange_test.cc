@@ -14,7 +14,7 @@
 
 #include "hip/record.h"
 #include "log_builder.h"
-#include "padded_payload.h"
+#include "support/padded_payload.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "fapi/vocabulary.h"
 #include "hip/record.h"
 #include "log_builder.h"
-#include "padded_payload.h"
+#include "support/padded_payload.h"
 
 namespace {
 

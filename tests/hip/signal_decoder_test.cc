@@ -4,11 +4,11 @@
 
 #include <string>
 
-#include "capture_stream.h"
 #include "fapi/vocabulary.h"
 #include "hip/hip_versions.h"
 #include "log_builder.h"
-#include "padded_payload.h"
+#include "support/capture_stream.h"
+#include "support/padded_payload.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "log_builder.h"
-#include "padded_payload.h"
+#include "support/padded_payload.h"
 
 namespace {
 

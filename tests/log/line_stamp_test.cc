@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string_view>
 
-#include "capture_stream.h"
+#include "support/capture_stream.h"
 
 namespace {
 

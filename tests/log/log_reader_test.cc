@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "base/sanitizers.h"
-#include "decode_in_process.h"
 #include "fapi/compiled_signal.h"
 #include "files.h"
 #include "session_log.h"
+#include "support/decode_in_process.h"
 #include "support/process.h"
 
 namespace {

@@ -4,9 +4,9 @@
 #include <filesystem>
 #include <string>
 
-#include "capture_stream.h"
 #include "files.h"
 #include "log_builder.h"
+#include "support/capture_stream.h"
 #include "support/process.h"
 #include "tool/run_control.h"
 

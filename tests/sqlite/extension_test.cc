@@ -12,12 +12,12 @@
 #include <string>
 #include <vector>
 
-#include "decode_in_process.h"
 #include "files.h"
 #include "log_builder.h"
 #include "random_queries.h"
 #include "reference_log.h"
 #include "session_log.h"
+#include "support/decode_in_process.h"
 #include "support/lines.h"
 #include "support/process.h"
 #include "support/test_logs.h"

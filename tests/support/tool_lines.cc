@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "decode_in_process.h"
+#include "support/decode_in_process.h"
 #include "support/process.h"
 
 namespace {

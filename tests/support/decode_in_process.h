@@ -1,5 +1,5 @@
-#ifndef VRKT_TOOLS_DECODE_IN_PROCESS_H_
-#define VRKT_TOOLS_DECODE_IN_PROCESS_H_
+#ifndef VRKT_TESTS_SUPPORT_DECODE_IN_PROCESS_H_
+#define VRKT_TESTS_SUPPORT_DECODE_IN_PROCESS_H_
 
 #include <string>
 #include <string_view>
@@ -20,4 +20,4 @@ struct DecodedLog {
 // the working directory.
 DecodedLog DecodeInProcess(std::string_view log, bool writes_pcap = false);
 
-#endif  // VRKT_TOOLS_DECODE_IN_PROCESS_H_
+#endif  // VRKT_TESTS_SUPPORT_DECODE_IN_PROCESS_H_

@@ -1,4 +1,4 @@
-#include "decode_in_process.h"
+#include "support/decode_in_process.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "capture_stream.h"
+#include "support/capture_stream.h"
 #include "tool/run_control.h"
 
 ByteSource::ReadFunction ReadFrom(std::string_view bytes) {

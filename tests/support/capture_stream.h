@@ -1,5 +1,5 @@
-#ifndef VRKT_TOOLS_CAPTURE_STREAM_H_
-#define VRKT_TOOLS_CAPTURE_STREAM_H_
+#ifndef VRKT_TESTS_SUPPORT_CAPTURE_STREAM_H_
+#define VRKT_TESTS_SUPPORT_CAPTURE_STREAM_H_
 
 #include <cstdio>
 #include <cstdlib>
@@ -31,4 +31,4 @@ inline std::string CaptureStandardError(const std::function<void()>& print) {
   return CaptureStream(stderr, print);
 }
 
-#endif  // VRKT_TOOLS_CAPTURE_STREAM_H_
+#endif  // VRKT_TESTS_SUPPORT_CAPTURE_STREAM_H_

@@ -1,5 +1,5 @@
-#ifndef VRKT_TOOLS_PADDED_PAYLOAD_H_
-#define VRKT_TOOLS_PADDED_PAYLOAD_H_
+#ifndef VRKT_TESTS_SUPPORT_PADDED_PAYLOAD_H_
+#define VRKT_TESTS_SUPPORT_PADDED_PAYLOAD_H_
 
 #include <algorithm>
 #include <cstdint>
@@ -27,4 +27,4 @@ class PaddedPayload {
   std::vector<std::uint8_t> block_;
 };
 
-#endif  // VRKT_TOOLS_PADDED_PAYLOAD_H_
+#endif  // VRKT_TESTS_SUPPORT_PADDED_PAYLOAD_H_
