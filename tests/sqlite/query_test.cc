@@ -104,6 +104,63 @@ Log Moves() {
       .Signal(63ms, Disconnect(0x2309, 1, 1));
 }
 
+Fapi AddScan(unsigned scan, unsigned type) {
+  return Fapi(0x2005).U16(0, scan, type).Mac("ff:ff:ff:ff:ff:ff").U16(0).Spares();
+}
+// mlme_add_scan_cfm (0x2105) and mlme_scan_done_ind (0x2301), which has no result.
+Fapi Scan(std::uint16_t id, unsigned scan, unsigned result = 0) {
+  return id == 0x2301 ? Fapi(id).U16(0, scan).Spares() : Fapi(id).U16(0, result, scan).Spares();
+}
+Fapi ScanInd(unsigned scan, int rssi, const std::string& sender) {
+  return Fapi(0x2300)
+      .U16(0, 0x130A, rssi, scan, 0, 0, 0, 0)
+      .Spares()
+      .Bulk("80000000 ffffffffffff" + sender + sender);
+}
+Fapi RssiReport(unsigned vif, const char* bssid, int rssi) {
+  return Fapi(0x2312).U16(vif).Mac(bssid).U16(rssi).Spares();
+}
+Fapi SendData(unsigned vif, const std::string& data) {  // ma_unitdata_req
+  return Fapi(0x1000).U16(vif, 1, 0, 1, 1, 0).Spares().Bulk(data);
+}
+Fapi DataSent(unsigned vif, unsigned status) {  // ma_unitdata_cfm
+  return Fapi(0x1100).U16(vif, status, 1, 0, 1).Spares();
+}
+
+// Starts while the first interface is connected and the second serves a station.
+Log Air() {
+  return Log()
+      .Header("14.5.12")
+      .TimeRef(1000)
+      .Signal(5ms, RssiReport(1, kAccessPoint, -80))
+      .Signal(6ms, Result(0x2304, 2, 1))              // mlme_connected_ind
+      .Signal(7ms, Disconnect(0x2309, 2, 1, kOther))  // of a station
+      .Signal(8ms, Disconnect(0x2309, 3, 1, kOther))  // of a link from before the log
+      .Signal(10ms, AddScan(1, 1))                    //
+      .Signal(11ms, Scan(0x2105, 1))                  //
+      .Signal(20ms, ScanInd(1, -48, kAccessPoint))    //
+      .Signal(21ms, ScanInd(2, -71, kOther))          // of another scan
+      .Signal(30ms, Scan(0x2301, 1))                  //
+      .Signal(40ms, AddScan(1, 2))                    // rejected
+      .Signal(41ms, Scan(0x2105, 1, 1))               //
+      .Signal(50ms, AddScan(2, 2))                    // without a confirm
+      .Signal(60ms, AddScan(2, 2))                    // up to the reload
+      .Signal(61ms, Scan(0x2105, 2))                  //
+      .Signal(70ms, RoamedInd(kOther))                //
+      .Signal(500ms, SendData(1, "010203"))           //
+      .Signal(999ms, DataSent(1, 0))                  //
+      .Signal(1000ms, DataSent(1, 1))                 //
+      .Signal(1100ms, DataSent(1, 2))                 //
+      .Signal(1200ms, DataSent(1, 6))                 //
+      .Signal(1300ms, SendData(2, "01"))              //
+      .Signal(1400ms, Fapi(0x1300).U16(1, 1, 0, 0, 0, 0, 0).Spares().Bulk("0102"))
+      .Unload(1490ms)
+      .Load(1500ms)
+      .Header("14.5.12")
+      .TimeRef(1002)
+      .Signal(0ms, RssiReport(1, kOther, -60));  // of no link that the log shows
+}
+
 class Query : public testing::Test {
  protected:
   void SetUp() override {
@@ -125,6 +182,7 @@ class Query : public testing::Test {
     WriteFile(directory() + "/old.udi", Connections("13.1.0").bytes());
     WriteFile(directory() + "/new.udi", Connections("14.5.12").bytes());
     WriteFile(directory() + "/moves.udi", Moves().bytes());
+    WriteFile(directory() + "/air.udi", Air().bytes());
   }
 
   const std::string& directory() const { return directory_.path(); }
@@ -235,6 +293,54 @@ TEST_F(Query, Views) {
             "1000040|no indication|0|mlme_disconnect_req|deauthenticated_leaving|1000042\n"
             "1000050|success|1|mlme_disconnected_ind|unspecified_reason|1000053\n"
             "1000060|success|0|mlme_del_vif_req||1000062\n");
+  EXPECT_EQ(
+      Run("query 'SELECT vif, time_ms, substr(bssid, 13), started_by, ended_by, reason, "
+          "end_time_ms, end_record FROM links' moves.udi"),
+      "0\n"
+      "1|1000001|0e:0f|mlme_connect_ind|mlme_disconnected_ind|timeout|1000011|5\n"
+      "1|1000012|0e:1f|mlme_connect_ind|mlme_roamed_ind||1000013|7\n"
+      "1|1000013|0e:0f|mlme_roamed_ind|mlme_disconnected_ind|deauthenticated_leaving|1000015|9\n"
+      "1|1000016|0e:1f|mlme_roamed_ind|mlme_connect_ind||1000021|12\n"
+      "1|1000021|0e:0f|mlme_connect_ind|mlme_roam_ind||1000023|14\n"
+      "1|1000023|0e:1f|mlme_roam_ind|mlme_disconnected_ind|deauthenticated_leaving|1000032|18\n"
+      "1|1000051|0e:0f|mlme_connect_ind|mlme_roamed_ind||1000052|24\n"
+      "1|1000052||mlme_roamed_ind|mlme_disconnected_ind|unspecified_reason|1000053|25\n"
+      "1|1000061|0e:0f|mlme_connect_ind|mlme_del_vif_req||1000062|28\n");
+  EXPECT_EQ(
+      Run("query 'SELECT vif, time_ms, substr(bssid, 13), started_by, ended_by, reason, "
+          "end_time_ms, end_record FROM links' air.udi new.udi"),
+      "0\n"
+      "1||0e:0f||mlme_roamed_ind||1000070|15\n"
+      "3||0e:1f||mlme_disconnected_ind|unspecified_reason|1000008|4\n"
+      "1|1000070|0e:1f|mlme_roamed_ind|Driver: Unloaded||1001490|23\n"
+      "1|1000050|0e:0f|mlme_connect_ind|mlme_disconnect_req|deauthenticated_leaving|1000070|7\n"
+      "1|1000140|0e:0f|mlme_connect_ind|mlme_roamed_ind||1000150|18\n"
+      "1|1000150||mlme_roamed_ind|mlme_roam_ind||1000151|19\n"
+      "1|1000151||mlme_roam_ind|Driver: Unloaded||1000200|21\n"
+      "1|1000330|0e:0f|mlme_connect_ind||||\n");
+  EXPECT_EQ(Run("query 'SELECT record, scan_id, type, results, result, ended_by, ms, end_time_ms "
+                "FROM scans' air.udi"),
+            "0\n"
+            "5|1|initial_scan|1|success|mlme_scan_done_ind|20|1000030\n"
+            "10|1|full_scan|0|unspecified_failure|||\n"
+            "12|2|full_scan|0|no confirm|mlme_add_scan_req|10|1000060\n"
+            "13|2|full_scan|0|success|Driver: Unloaded|1430|1001490\n");
+  EXPECT_EQ(Run("query 'SELECT record, signal, vif, peer, rssi FROM signal_strength' air.udi"),
+            "0\n"
+            "1|mlme_rssi_report_ind|1|0a:0b:0c:0d:0e:0f|-80\n"
+            "7|mlme_scan_ind|0|0a:0b:0c:0d:0e:0f|-48\n"
+            "8|mlme_scan_ind|0|0a:0b:0c:0d:0e:1f|-71\n"
+            "25|mlme_rssi_report_ind|1|0a:0b:0c:0d:0e:1f|-60\n");
+  EXPECT_EQ(Run("query 'SELECT path, time_ms, vif, sent, received, bytes, not_sent, retry_limit, "
+                "tx_lifetime, "
+                "no_bss FROM traffic' air.udi good.udi"),
+            "0\n"
+            "air.udi|1000000|1|1|0|3|0|0|0|0\n"
+            "air.udi|1001000|1|0|1|2|3|1|1|0\n"
+            "air.udi|1001000|2|1|0|1|0|0|0|0\n"
+            "good.udi|1780297200000|1|0|4|966|0|0|0|0\n"
+            "good.udi|1780297202000|1|2|1|182|1|1|0|0\n"
+            "good.udi|1780297209000|1|0|2|282|0|0|0|0\n");
   // Logs do not mix.
   EXPECT_EQ(Run("query 'SELECT count(*), count(end_stamp) FROM connections' old.udi new.udi"),
             "0\n14|8\n");
