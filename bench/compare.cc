@@ -1,9 +1,5 @@
-// Measures the tool on each workload, relative to these programs:
-//
-//   lines    bench/floor with one write per line: the bare cost of the bytes
-//   pieces   bench/floor with the tool's own writes and its calls of localtime: the
-//            least cost of printing these pieces
-//   tcpdump  on the tool's capture file, if it is installed
+// Measures the tool on each workload, and relative to tcpdump on the tool's capture file, if it
+// is installed.
 //
 // TZ is set, except for a last row with the workload "seconds". Without TZ, the C
 // library looks at the system's zone file for each new second, which costs more than
@@ -12,8 +8,8 @@
 // The runs alternate, and all text goes to /dev/null. Shown are the median of the CPU
 // time, the medians of the ratios of neighbouring runs, and the peak of memory.
 //
-// A second table has queries on the workload mixed, in SQLite's shell, relative to the tool.
-// It is left out without SQLite.
+// Two further tables have queries on the workloads session and mixed, in SQLite's shell,
+// relative to the tool. They are left out without SQLite.
 //
 // usage: compare DIRECTORY [RUNS], where DIRECTORY is the build directory
 
@@ -99,39 +95,20 @@ struct Bench {
   bool has_tcpdump;
 
   std::string tool() const { return programs / "vrkt_wlan_udi_log_decode"; }
-  std::string floor() const { return programs / "bench/floor"; }
   std::string extension() const { return programs / "sqlite/mod_udi.so"; }
 };
 
 struct Figures {
-  double seconds;  // CPU time of the tool
-  double to_lines;
-  double to_pieces;
+  double seconds;          // CPU time of the tool
   double tcpdump_to_tool;  // 0 without tcpdump
   int peak_kib;
   std::uintmax_t text_size;
 };
 
-// Writes the log, the tool's text and capture file, and the lengths of the tool's writes.
+// Writes the log, and the tool's text and capture file.
 void PrepareFiles(const Bench& bench, const Row& row) {
   std::ofstream("log", std::ios::binary) << MakeWorkload(row.workload, row.records);
   Run({bench.tool(), "log", "--pcap"}, "text");
-  Run({bench.programs / "bench/record_pieces", "log"});
-}
-
-// The floor must write as many bytes as the tool does after its banner.
-void CheckFloor(const Bench& bench, const Row& row) {
-  const std::uintmax_t banner_size = ReadAll("text").find('\n') + 1;
-  for (const char* lengths : {"lines", "pieces"}) {
-    Run({bench.floor(), lengths, "log"}, "floor_text");
-    if (std::filesystem::file_size("floor_text") ==
-        std::filesystem::file_size("text") - banner_size) {
-      continue;
-    }
-    std::fprintf(stderr, "%s: the floor does not write as many bytes as the tool\n",
-                 row.name.c_str());
-    std::exit(1);
-  }
 }
 
 // Returns the peak of a command's memory in KiB.
@@ -143,42 +120,31 @@ int MeasurePeak(const Bench& bench, std::vector<std::string> command) {
 
 Figures Measure(const Bench& bench) {
   std::vector<double> tool_times;
-  std::vector<double> line_ratios;
-  std::vector<double> piece_ratios;
   std::vector<double> tcpdump_ratios;
   for (int run = 0; run < bench.runs; ++run) {
     const double time = Run({bench.tool(), "log"});
     tool_times.push_back(time);
-    line_ratios.push_back(time / Run({bench.floor(), "lines", "log"}));
-    piece_ratios.push_back(time / Run({bench.floor(), "pieces", "log"}));
     if (run % 4 != 0 || !bench.has_tcpdump) continue;
     tcpdump_ratios.push_back(Run({"tcpdump", "-r", "udi_fapi.pcap", "-x"}) / time);
   }
-  return {Median(tool_times),
-          Median(line_ratios),
-          Median(piece_ratios),
-          bench.has_tcpdump ? Median(tcpdump_ratios) : 0,
-          MeasurePeak(bench, {bench.tool(), "log"}),
-          std::filesystem::file_size("text")};
+  return {Median(tool_times), bench.has_tcpdump ? Median(tcpdump_ratios) : 0,
+          MeasurePeak(bench, {bench.tool(), "log"}), std::filesystem::file_size("text")};
 }
 
 void PrintHead() {
-  constexpr const char* kForm = "%-11s %8s %6s %8s %8s %9s %10s %9s %9s\n";
-  std::printf(kForm, "workload", "records", "tool", "tool/", "tool/", "tcpdump/", "records/s",
-              "text/s", "peak");
-  std::printf(kForm, "", "", "", "lines", "pieces", "tool", "", "", "");
+  std::printf("%-11s %8s %6s %9s %9s %9s %12s\n", "workload", "records", "tool", "records/s",
+              "text/s", "peak", "tcpdump/tool");
 }
 
 void PrintRow(const Row& row, const Figures& figures) {
-  std::printf("%-11s %8zu %4.0fms %8.2f %8.2f ", row.name.c_str(), row.records,
-              figures.seconds * 1e3, figures.to_lines, figures.to_pieces);
-  if (figures.tcpdump_to_tool > 0) {
-    std::printf("%9.1f ", figures.tcpdump_to_tool);
-  } else {
-    std::printf("%9s ", "-");
-  }
-  std::printf("%9.1fM %7.0fMB %6dKiB\n", static_cast<double>(row.records) / figures.seconds / 1e6,
+  std::printf("%-11s %8zu %4.0fms %8.1fM %7.0fMB %6dKiB ", row.name.c_str(), row.records,
+              figures.seconds * 1e3, static_cast<double>(row.records) / figures.seconds / 1e6,
               static_cast<double>(figures.text_size) / figures.seconds / 1e6, figures.peak_kib);
+  if (figures.tcpdump_to_tool > 0) {
+    std::printf("%12.1f\n", figures.tcpdump_to_tool);
+  } else {
+    std::printf("%12s\n", "-");
+  }
   std::fflush(stdout);
 }
 
@@ -194,9 +160,10 @@ constexpr Query kQueries[] = {
     {"answers", "SELECT max(response_ms) FROM udi('log')"},
 };
 
-void MeasureQueries(const Bench& bench) {
-  std::ofstream("log", std::ios::binary) << MakeWorkload("mixed", 300000);
-  std::printf("\n%-11s %8s %9s\n", "query", "sql/tool", "peak");
+void MeasureQueries(const Bench& bench, std::string_view workload) {
+  std::ofstream("log", std::ios::binary) << MakeWorkload(workload, 300000);
+  std::printf("\n%-11s %8s %9s  on %s\n", "query", "sql/tool", "peak",
+              std::string(workload).c_str());
   for (const Query& query : kQueries) {
     const std::vector<std::string> command = {"sqlite3", ":memory:", ".load " + bench.extension(),
                                               query.sql};
@@ -230,12 +197,11 @@ int main(int argc, char** argv) {
   for (const Row& row : ListRows()) {
     if (row.name == "no TZ") unsetenv("TZ");
     PrepareFiles(bench, row);
-    CheckFloor(bench, row);
     PrintRow(row, Measure(bench));
   }
   if (std::filesystem::exists(bench.extension()) && HasProgram("sqlite3")) {
     setenv("TZ", "UTC0", 1);
-    MeasureQueries(bench);
+    for (const std::string_view workload : {"session", "mixed"}) MeasureQueries(bench, workload);
   }
   std::filesystem::current_path("/");
   std::filesystem::remove_all(scratch);
