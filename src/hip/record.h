@@ -46,25 +46,18 @@ Record UnderstandSignal(HipVersionTag version, const HipSignal& signal);
 std::string RenderWithoutFields(const Record& record);
 
 // Appends the text of any record, from what follows the stamp to what precedes the line end.
-// Whenever the piece is full, calls `emit` with its text and clears it: a line can be twice as
-// long as its record, which can have up to 4 GiB. The end of the text stays in the piece, with
-// room for one more character.
+// Calls `emit` with the first parts of the text, and leaves the last part in the piece, with room
+// for one more character. A part is at most as long as the piece, except for an invalid length:
+// a line can be twice as long as its record, which can have up to 4 GiB.
 template <typename Emit>
 void RenderRecord(const Record& record, LinePiece& piece, Emit emit) {
   if (record.kind == Record::Kind::kSignal) {
     RenderSignal(record.signal, piece, emit);
     return;
   }
-  const std::string text = RenderWithoutFields(record);
-  if (piece.room() <= text.size()) {
-    emit(piece.text());
-    piece.Clear();
-  }
-  if (piece.room() <= text.size()) {
-    emit(std::string_view(text));  // the tool's name can have any length
-  } else {
-    piece.Append(std::string_view(text));
-  }
+  emit(piece.text());
+  piece.Clear();
+  emit(RenderWithoutFields(record));  // of any length, because the tool's name is part of one
 }
 
 #endif  // VRKT_HIP_RECORD_H_

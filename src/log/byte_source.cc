@@ -49,7 +49,7 @@ void ByteSource::ReturnUnread() {
   end_ = next_;
 }
 
-bool ByteSource::MoveDescriptor(std::uint64_t offset) {
+bool ByteSource::MoveDescriptor(std::uint64_t offset) const {
   const auto distance = static_cast<off_t>(offset - offset_of_end_);
   return descriptor_ >= 0 && ::lseek(descriptor_, distance, SEEK_CUR) >= 0;
 }

@@ -54,7 +54,7 @@ class ByteSource {
   static constexpr std::size_t kBufferSize = 32768;
 
   std::size_t ReadMore(std::uint8_t* bytes, std::size_t size);
-  bool MoveDescriptor(std::uint64_t offset);
+  bool MoveDescriptor(std::uint64_t offset) const;
 
   ReadFunction read_;
   int descriptor_ = -1;

@@ -30,8 +30,9 @@ bool LogReader::Read(LogItem& item) {
   return outcome == Outcome::kItem;
 }
 
-LogReader::Outcome LogReader::End(LogEnd::Kind kind, std::uint32_t value) {
-  end_ = {kind, value};
+LogReader::Outcome LogReader::End(LogEnd::Kind kind, std::uint32_t value,
+                                  const DriverEvent* event) {
+  end_ = {kind, value, event};
   return Outcome::kEnd;
 }
 
@@ -79,52 +80,47 @@ LogReader::Outcome LogReader::ReadLogFileHeader(LogItem& item) {
   return Outcome::kItem;
 }
 
-// Reads records up to one that is an item.
+// Reads records up to one that is an item. Reads all four words before the magic is checked, so
+// a log that ends within them is cut, whatever the magic is.
 LogReader::Outcome LogReader::ReadRecords(LogItem& item) {
   for (;; at_.offset = source_.offset()) {
-    LogRecord record{};
-    if (!ReadRecordWords(record)) return Outcome::kEnd;
+    std::array<std::uint32_t, 4> words{};
+    if (!ReadWords(words)) return Outcome::kEnd;
+    const auto [magic, time, type_or_length, size_or_signal_length] = words;
     Outcome outcome = Outcome::kNoItem;
-    switch (record.magic) {
+    switch (magic) {
       case kSignalRecordMagic:
-        outcome = HandleSignalRecord(record, item);
+        outcome = HandleSignalRecord(type_or_length, size_or_signal_length, item);
         break;
       case kDriverEventMagic:
-        outcome = HandleDriverEvent(record, item);
+        outcome = HandleDriverEvent(type_or_length, size_or_signal_length, item);
         break;
       default:
-        return End(LogEnd::Kind::kBadMagic, record.magic);
+        return End(LogEnd::Kind::kBadMagic, magic);
     }
-    item.time = {at_.timeBase, record.time};
+    item.time = {at_.timeBase, static_cast<std::int32_t>(time)};
     if (outcome != Outcome::kNoItem) return outcome;
   }
 }
 
-// Reads all four words before the magic is checked, so a log that ends within them is
-// cut, whatever the magic is.
-bool LogReader::ReadRecordWords(LogRecord& record) {
-  std::array<std::uint32_t, 4> words{};
-  if (!ReadWords(words)) return false;
-  record = {words[0], static_cast<std::int32_t>(words[1]), words[2], words[3]};
-  return true;
-}
-
 // The source is at the first byte after the event's size word.
-LogReader::Outcome LogReader::HandleDriverEvent(const LogRecord& record, LogItem& item) {
-  const std::uint32_t size = record.size_or_signal_length;
-  const DriverEvent* const event = FindDriverEvent(record.type_or_length, size);
+LogReader::Outcome LogReader::HandleDriverEvent(std::uint32_t type, std::uint32_t size,
+                                                LogItem& item) {
+  const DriverEvent* const event = FindDriverEvent(type, size);
   // The size of an unknown event is not trusted: the next record is expected directly after
   // the four words.
   if (event == nullptr) return Outcome::kNoItem;
-  if (event->size != size) {
-    end_ = {LogEnd::Kind::kBadEventSize, size, event};
-    return Outcome::kEnd;
-  }
+  if (event->size != size) return End(LogEnd::Kind::kBadEventSize, size, event);
   item.kind = LogItem::Kind::kEvent;
   item.event = event;
   switch (event->type) {
-    case DriverEventType::kTimeRef:
-      return HandleTimeRef(size, item);
+    case DriverEventType::kTimeRef: {
+      std::uint32_t uptime = 0;
+      if (!QenWifiDriverLogReadUint32(at_.timeBase)) return Outcome::kEnd;
+      if (size == 8 && !QenWifiDriverLogReadUint32(uptime)) return Outcome::kEnd;
+      item.uptime = static_cast<std::int32_t>(uptime);
+      break;
+    }
     case DriverEventType::kLoad:
       at_.header_follows = at_.driverUnloaded;
       at_.driverUnloaded = false;
@@ -136,27 +132,20 @@ LogReader::Outcome LogReader::HandleDriverEvent(const LogRecord& record, LogItem
   return Outcome::kItem;
 }
 
-LogReader::Outcome LogReader::HandleTimeRef(std::uint32_t size, LogItem& item) {
-  if (!QenWifiDriverLogReadUint32(at_.timeBase)) return Outcome::kEnd;
-  std::uint32_t uptime = 0;
-  if (size == 8 && !QenWifiDriverLogReadUint32(uptime)) return Outcome::kEnd;
-  item.uptime = static_cast<std::int32_t>(uptime);
-  return Outcome::kItem;
-}
-
 // The source is at the first byte of the record's payload.
-LogReader::Outcome LogReader::HandleSignalRecord(const LogRecord& record, LogItem& item) {
-  const std::uint32_t length = record.type_or_length;
+LogReader::Outcome LogReader::HandleSignalRecord(std::uint32_t length, std::uint32_t signal_length,
+                                                 LogItem& item) {
   const std::size_t size = std::max<std::size_t>(length, kMaxSignalEnd);
   std::uint8_t* const payload = FindRoomForPayload(size);
   if (payload == nullptr) return End(LogEnd::Kind::kNoMemory, length);
-  if (source_.Read(payload, length) < length)
+  if (source_.Read(payload, length) < length) {
     return EndAtShortRead(LogEnd::Kind::kPayloadUnreadable);
+  }
   // Fields of a signal that is too short read as zero.
   if (length < size) std::memset(payload + length, 0, size - length);
 
   item.kind = LogItem::Kind::kSignal;
-  item.signal = {LoadU16(payload), record.size_or_signal_length, {payload, length}};
+  item.signal = {LoadU16(payload), signal_length, {payload, length}};
   if (IsDriverSide(item.signal.id)) DecodeDriverSignal(item.signal.payload, at_.driverUnloaded);
   return Outcome::kItem;
 }

@@ -93,15 +93,6 @@ class LogReader {
   void ReturnUnread() { source_.ReturnUnread(); }
 
  private:
-  // A record with its four words read. The meaning of the last two depends on the magic
-  // number.
-  struct LogRecord {
-    std::uint32_t magic;
-    std::int32_t time;
-    std::uint32_t type_or_length;
-    std::uint32_t size_or_signal_length;
-  };
-
   // What came of a header or record.
   enum class Outcome : std::uint8_t { kItem, kNoItem, kEnd };
 
@@ -114,12 +105,10 @@ class LogReader {
   bool QenWifiDriverLogReadUint32(std::uint32_t& word);
   Outcome ReadLogFileHeader(LogItem& item);
   Outcome ReadRecords(LogItem& item);
-  bool ReadRecordWords(LogRecord& record);
-  Outcome HandleDriverEvent(const LogRecord& record, LogItem& item);
-  Outcome HandleTimeRef(std::uint32_t size, LogItem& item);
-  Outcome HandleSignalRecord(const LogRecord& record, LogItem& item);
+  Outcome HandleDriverEvent(std::uint32_t type, std::uint32_t size, LogItem& item);
+  Outcome HandleSignalRecord(std::uint32_t length, std::uint32_t signal_length, LogItem& item);
   std::uint8_t* FindRoomForPayload(std::size_t size);
-  Outcome End(LogEnd::Kind kind, std::uint32_t value = 0);
+  Outcome End(LogEnd::Kind kind, std::uint32_t value = 0, const DriverEvent* event = nullptr);
   Outcome EndAtShortRead(LogEnd::Kind failure);
 
   LogEnd end_;

