@@ -40,7 +40,7 @@ TEST(SignalRouting, LegacySplitTakesBulkLengthsFromTheSignalHeader) {
   }
 }
 
-// RouteSignal sends the five known ids to the HIP side, so no log reaches their lines.
+// The routing sends the five known ids to the HIP side, so no log reaches their lines.
 TEST(SignalRouting, DriverSignals) {
   const struct {
     const char* bytes;
