@@ -83,7 +83,8 @@ std::vector<Place> MakePlaces() {
         place.access_points.push_back(
             {FormatMac(known ? 0x0A0B0C : 0x3C5A10, 0x101 * number),
              known ? std::string(kSsids[place.network]) : "net-" + std::to_string(number),
-             known ? place.network : kNone, kChannels[number * 5 % std::size(kChannels)],
+             known ? place.network : kNone,
+             kChannels[std::size_t{number} * 5 % std::size(kChannels)],
              position + (is_neighbour ? 30 : 0)});
       }
     }
