@@ -79,8 +79,11 @@ class DocumentShell {
                 "[ \"$3\" = -F ] && exec /usr/bin/tail \"$1\" \"$2\" \"$4\"\n"
                 "exec /usr/bin/tail \"$@\"");
 #ifdef VRKT_QUERY
-    WriteScript(bin() + "/vrkt_wlan_udi_log_query",
-                "exec " + QuoteForShell(VRKT_QUERY) + " \"$@\"");
+    const std::filesystem::path query = VRKT_QUERY;
+    for (const char* program : {"/vrkt_wlan_udi_log_query", "/vrkt_wlan_udi_log_report"}) {
+      WriteScript(bin() + program,
+                  "exec " + QuoteForShell(query.parent_path().string() + program) + " \"$@\"");
+    }
 #endif
 #ifdef VRKT_PLUGIN
     WriteScript(bin() + "/tshark", "[ \"$(id -u)\" != 0 ] || chmod -R a+rX \"$TMPDIR\"\nexec " +
@@ -150,7 +153,9 @@ TEST(Documents, TheCommands) {
 #else
   const bool can_query = false;  // SQLite's shell cannot load an extension with sanitizers
 #endif
-  if (!can_query) left_out.emplace_back("vrkt_wlan_udi_log_query");
+  if (!can_query) {
+    left_out.insert(left_out.end(), {"vrkt_wlan_udi_log_query", "vrkt_wlan_udi_log_report"});
+  }
   for (const Recipe& recipe : shell.recipes()) {
     const auto uses = [&](const std::string& program) {
       return recipe.commands.find(program + ' ') != std::string::npos;
