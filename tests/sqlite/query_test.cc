@@ -204,6 +204,7 @@ class Query : public testing::Test {
 
 TEST_F(Query, CommandLines) {
   const std::string kSay = "vrkt_wlan_udi_log_query: ";
+  const std::string kUsage = "vrkt_wlan_udi_log_query QUERY LOG...\n";
   const struct {
     std::string command;
     std::string expected;  // status, output, errors
@@ -228,16 +229,19 @@ TEST_F(Query, CommandLines) {
        "cut.udi damaged.udi damaged.udi",
        "2\ngood.udi|76|complete\nempty.udi|0|complete\ncut.udi|20|cut\n"
        "damaged.udi|8|Bad Magic number detected in log. magic:0x78787878\n" +
-           kSay + "fopen(nowhere) Failed errno:2\n" + kSay +
-           "text.udi: Bad Magic number detected in log file header. magic:0x73696854\n" + kSay +
-           "cut.udi: cut\n" + kSay +
+           kSay + "nowhere: No such file or directory\n" + kSay + "text.udi: not a UDI log\n" +
+           kSay + "cut.udi: cut\n" + kSay +
            "damaged.udi: Bad Magic number detected in log. magic:0x78787878\n"},
       {"query 'SELECT count(*) FROM log UNION ALL SELECT records FROM logs' -*",
        "2\n20\n20\n" + kSay + "-\"it's\"\n(1) \\$HOME.udi: cut\n"},
       {"query 'SELECT path FROM log LIMIT 1' -*", "0\n-\"it's\"\n(1) \\$HOME.udi\n"},
       {"query 'SELECT 1' text.udi | wc -l; (exit ${PIPESTATUS[0]})",
-       "2\n0\n" + kSay +
-           "text.udi: Bad Magic number detected in log file header. magic:0x73696854\n"},
+       "2\n0\n" + kSay + "text.udi: not a UDI log\n"},
+      {"mkdir logs; gzip -k good.udi; query 'SELECT 1' good.udi.gz logs -box",
+       "2\n" + kSay + "good.udi.gz: compressed. To read it: gzip -dc good.udi.gz | " +
+           "vrkt_wlan_udi_log_query QUERY\n" + kSay +
+           "logs: Is a directory. Name the logs in it\n" + kSay +
+           "-box: No such file or directory. Options come before the query\n"},
       {"query 'SELECT nonsense FROM log' cut.udi",
        "1\nError: in prepare, no such column: nonsense\n  SELECT nonsense FROM log\n"
        "         ^--- error here\n"},
@@ -248,18 +252,44 @@ TEST_F(Query, CommandLines) {
        "cat good.udi >&9; for i in {1..500}; do [ $(wc -l <rows) = 76 ] && echo live && break; "
        "sleep .02; done; exec 9>&-; wait",
        "0\nlive\n"},
-      // No query, no sqlite3.
-      {"query good.udi </dev/null 2>&1 | head -n 1; (exit ${PIPESTATUS[0]})",
-       "1\nusage: vrkt_wlan_udi_log_query [SQLITE3-OPTION...] SQL [LOG...]\n"},
+      // Wrong arguments.
+      {"query 'SELECT count(*) FROM log' -- good.udi", "0\n76\n"},
+      {"query good.udi </dev/null",
+       "1\n" + kSay + "the query is missing. It comes before the logs: " + kUsage},
+      {"query good.udi 'SELECT 1' </dev/null",
+       "1\n" + kSay + "the query comes before the logs: " + kUsage},
+      {"echo 'SELECT count(*) FROM log' >q.sql; query '.read q.sql' good.udi; query q.sql good.udi",
+       "1\n76\n" + kSay +
+           "the query is missing. To run the queries in a file: "
+           "vrkt_wlan_udi_log_query '.read q.sql' LOG...\n"},
+      {"script -qec '\"$script\" \"SELECT 1 FROM log\"' /dev/null | tr -d '\\r'",
+       "0\n" + kSay + "the log is missing. It comes after the query: " + kUsage},
       {"query --help | head -n 1",
        "0\nusage: vrkt_wlan_udi_log_query [SQLITE3-OPTION...] SQL [LOG...]\n"},
       {"query -separator", "1\n" + kSay + "option -separator needs an argument\n"},
       {"mkdir bin; for p in bash cat dirname readlink; do ln -s $(command -v $p) bin; done\n"
        "PATH=$PWD/bin query 'SELECT 1' good.udi",
        "1\n" + kSay + "sqlite3 is missing. On Debian, this installs it: apt-get install sqlite3\n"},
-      {"printf 'SELECT count(*) FROM log;\\n.shell sleep .3\\n.quit\\n' | "
-       "TERM=dumb script -qec '\"$script\" -list cut.udi' /dev/null | tr -d '\\r' | grep -x -e 20 "
-       "-e '.*: cut' | sort",
+      // Output that cannot be written.
+      {"query 'SELECT line FROM log' good.udi >/dev/full",
+       "1\n" + kSay + "standard output: No space left on device\n"},
+      {"query 'SELECT 1' good.udi >&-", "1\n" + kSay + "standard output is closed\n"},
+      // What ends the script ends SQLite's shell, which has the other end of `got`.
+      {"mkfifo sent got; exec 9<>sent; \"$script\" 'SELECT record FROM log' sent 9>&- >got &\n"
+       "exec 8<got; cat good.udi >&9; head -n 76 <&8 | tail -n 1; kill $!; wait $!; echo $?\n"
+       "timeout 60 cat <&8",
+       "0\n76\n143\n"},
+      // An interrupt that the caller ignores, with half of the log still to come.
+      {"mkfifo live2; exec 9<>live2; setsid \"$script\" 'SELECT record FROM log' live2 9>&- >half "
+       "&\n"
+       "head -c 1300 good.udi >&9; for i in {1..500}; do [ $(wc -l <half) = 20 ] && break; "
+       "sleep .02; done; kill -INT -- -$!; tail -c +1301 good.udi >&9; exec 9>&-; wait $!; "
+       "echo $?; wc -l <half",
+       "0\n0\n76\n"},
+      // The shell, which is left after the report.
+      {"{ echo 'SELECT count(*) FROM log;'; for i in {1..500}; do grep -q ': cut' screen && break; "
+       "sleep .02; done; echo .quit; } | TERM=dumb script -qefc '\"$script\" -list cut.udi' screen "
+       ">/dev/null; tr -d '\\r' <screen | grep -x -e 20 -e '.*: cut' | sort",
        "0\n20\n" + kSay + "cut.udi: cut\n"},
   };
   for (const auto& c : kCases) EXPECT_EQ(Run(c.command), c.expected) << c.command;
