@@ -9,7 +9,7 @@
 //
 // Threads: SQLite serialises the use of one connection. Different connections can read
 // logs in different threads at the same time, because all state is in the cursors. What
-// they share is constant.
+// they share is constant, except the pipes that were read.
 
 #include "mod_udi.h"
 

@@ -9,10 +9,12 @@
 // A log that is being read.
 class OpenLog {
  public:
-  // Opens a log and reads its header. On failure it returns null and sets `error` to the
-  // tool's report and the path. An empty log, and one that is cut within its header, is a
-  // log without records, as it is for the tool.
-  static std::unique_ptr<OpenLog> Open(const std::string& path, std::string& error);
+  // Opens a log and reads its header. On failure it returns null and sets `error` to the path
+  // and the reason. An empty log, and one that is cut within its header, is a log without
+  // records, as it is for the tool. With `keeps_bad_header`, so is one with a damaged header,
+  // which is then reported like other damage. A pipe can be opened once.
+  static std::unique_ptr<OpenLog> Open(const std::string& path, bool keeps_bad_header,
+                                       std::string& error);
 
   OpenLog(const OpenLog&) = delete;
   OpenLog& operator=(const OpenLog&) = delete;
@@ -32,7 +34,7 @@ class OpenLog {
   // Whether the log has a header. If not, it has no version.
   bool has_header() const { return has_header_; }
 
-  // How the log ended: "complete", "cut" or the words of the tool's report.
+  // How the log ended: "empty", "complete", "cut" or the words of the tool's report.
   std::string DescribeEnd() const;
 
  private:

@@ -13,6 +13,9 @@
 //
 //   CREATE VIRTUAL TABLE temp.log USING udi('a.udi', 'b.udi')
 //
+// In such a table a log with a damaged header is one without rows; a function returns an
+// error.
+//
 // In both ways only statements of the user can read it, no view or trigger of a database
 // (SQLITE_VTAB_DIRECTONLY), except temporary ones.
 

@@ -22,7 +22,7 @@ enum Column : int { kPath, kRecords, kBytes, kHipVersions, kFirstMs, kLastMs, kE
 
 struct Summary {
   std::int64_t records = 0;
-  std::uint64_t bytes = 0;
+  std::uint64_t bytes = 0;   // up to the end of the last whole header or record
   std::string hip_versions;  // as in "14.3.10,14.5.12", each once, in the order of the log
   std::optional<std::int64_t> first_ms;
   std::optional<std::int64_t> last_ms;
@@ -52,15 +52,16 @@ Summary ReadSummary(OpenLog& log) {
     summary.hip_versions += version->name;
   };
   if (log.has_header()) note_version();
+  summary.bytes = log.has_header() ? log.reader().position().offset : 0;
   LogItem item;
   while (log.Read(item)) {
+    summary.bytes = log.reader().position().offset;
     if (item.kind == LogItem::Kind::kHeader) note_version();
     if (!item.HasLine()) continue;
     ++summary.records;
     summary.last_ms = GetExactTime(item.time).ToMs();
     if (!summary.first_ms) summary.first_ms = summary.last_ms;
   }
-  summary.bytes = log.reader().position().offset;
   summary.ending = log.DescribeEnd();
   return summary;
 }
@@ -69,7 +70,9 @@ Summary ReadSummary(OpenLog& log) {
 int ReadLog(Scan& scan, sqlite3_vtab& table) {
   if (scan.logs.next == scan.logs.end) return SQLITE_OK;
   std::string error;
-  const std::unique_ptr<OpenLog> log = OpenLog::Open(GetTable(&table).paths[scan.logs.next], error);
+  const LogTable& logs = GetTable(&table);
+  const std::unique_ptr<OpenLog> log =
+      OpenLog::Open(logs.paths[scan.logs.next], logs.has_fixed_logs, error);
   if (log == nullptr) return SetError(table, error);
   scan.summary = ReadSummary(*log);
   return SQLITE_OK;

@@ -338,7 +338,8 @@ int OpenNextLog(Scan& scan, sqlite3_vtab& table) {
   if (scan.exchanges != nullptr) scan.exchanges->ForgetRequests();
   scan.log_index = scan.logs.next++;
   std::string error;
-  scan.log = OpenLog::Open(GetTable(&table).paths[scan.log_index], error);
+  const LogTable& logs = GetTable(&table);
+  scan.log = OpenLog::Open(logs.paths[scan.log_index], logs.has_fixed_logs, error);
   return scan.log == nullptr ? SetError(table, error) : SQLITE_OK;
 }
 

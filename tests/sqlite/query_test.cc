@@ -227,7 +227,7 @@ TEST_F(Query, CommandLines) {
       // Logs that are not good.
       {"query 'SELECT path, records, ending FROM logs' nowhere text.udi good.udi empty.udi "
        "cut.udi damaged.udi damaged.udi",
-       "2\ngood.udi|76|complete\nempty.udi|0|complete\ncut.udi|20|cut\n"
+       "2\ngood.udi|76|complete\nempty.udi|0|empty\ncut.udi|20|cut\n"
        "damaged.udi|8|Bad Magic number detected in log. magic:0x78787878\n" +
            kSay + "nowhere: No such file or directory\n" + kSay + "text.udi: not a UDI log\n" +
            kSay + "cut.udi: cut\n" + kSay +
@@ -252,6 +252,16 @@ TEST_F(Query, CommandLines) {
        "cat good.udi >&9; for i in {1..500}; do [ $(wc -l <rows) = 76 ] && echo live && break; "
        "sleep .02; done; exec 9>&-; wait",
        "0\nlive\n"},
+      {"long=$(printf 'd%.0s' {1..200}); mkdir $long; cp cut.udi $long\n"
+       "query 'SELECT count(*) FROM log' $long/cut.udi 2>&1 | sed s/$long/long/",
+       "0\n20\n" + kSay + "long/cut.udi: cut\n"},
+      {"printf 'This is no log.' | query 'SELECT records, ending FROM logs' good.udi -",
+       "2\n76|complete\n0|Bad Magic number detected in log file header. magic:0x73696854\n" + kSay +
+           "/dev/stdin: Bad Magic number detected in log file header. magic:0x73696854\n"},
+      {"cat good.udi | query 'SELECT (SELECT count(*) FROM log), (SELECT count(*) FROM logs)' 2>&1 "
+       "| "
+       "grep -o '/dev/stdin.*file'; (exit ${PIPESTATUS[1]})",
+       "1\n/dev/stdin: a pipe can be read only once; save it in a file\n"},
       // Wrong arguments.
       {"query 'SELECT count(*) FROM log' -- good.udi", "0\n76\n"},
       {"query good.udi </dev/null",
@@ -287,9 +297,10 @@ TEST_F(Query, CommandLines) {
        "echo $?; wc -l <half",
        "0\n0\n76\n"},
       // The shell, which is left after the report.
-      {"{ echo 'SELECT count(*) FROM log;'; for i in {1..500}; do grep -q ': cut' screen && break; "
-       "sleep .02; done; echo .quit; } | TERM=dumb script -qefc '\"$script\" -list cut.udi' screen "
-       ">/dev/null; tr -d '\\r' <screen | grep -x -e 20 -e '.*: cut' | sort",
+      {": >screen; { echo 'SELECT count(*) FROM log;'; for i in {1..500}; do grep -q ': cut' "
+       "screen && "
+       "break; sleep .02; done; echo .quit; } | TERM=dumb script -qefc '\"$script\" -list cut.udi' "
+       "screen >/dev/null; tr -d '\\r' <screen | grep -o -e '^20$' -e 'vrkt_.*: cut$' | sort",
        "0\n20\n" + kSay + "cut.udi: cut\n"},
   };
   for (const auto& c : kCases) EXPECT_EQ(Run(c.command), c.expected) << c.command;
