@@ -2,6 +2,7 @@
 //
 //   udi(path)      a row per line that the tool prints, see udi_table.cc
 //   udi_log(path)  a row per log, see udi_log_table.cc
+//   udi_fields     a row per field of each signal of each version, see udi_fields_table.cc
 //
 // A virtual table reads the log itself. Nothing is imported: a log of many gigabytes is
 // read once per query, forward only, in constant memory, and a live log gives its rows as
@@ -14,6 +15,7 @@
 #include "mod_udi.h"
 
 #include "sqlite_api.h"
+#include "udi_fields_table.h"
 #include "udi_log_table.h"
 #include "udi_table.h"
 SQLITE_EXTENSION_INIT1
@@ -29,6 +31,8 @@ int sqlite3_modudi_init(sqlite3* db, char** error, const sqlite3_api_routines* a
   int status = sqlite3_create_module_v2(db, "udi", &kUdiModule, nullptr, nullptr);
   if (status != SQLITE_OK) return status;
   status = sqlite3_create_module_v2(db, "udi_log", &kUdiLogModule, nullptr, nullptr);
+  if (status != SQLITE_OK) return status;
+  status = sqlite3_create_module_v2(db, "udi_fields", &kUdiFieldsModule, nullptr, nullptr);
 #ifndef SQLITE_CORE
   // Each time that it is loaded, the C++ runtime takes memory that it never releases. So the
   // extension stays loaded after the connection is closed.

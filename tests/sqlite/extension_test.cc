@@ -149,6 +149,24 @@ std::string ReadLine(const Statement& row, std::string line, std::string& json) 
   return line + (seen.size() == fields.size() ? "" : " (lacks a field)");
 }
 
+// Differences between udi_fields and what a log shows that has every field and label.
+constexpr const char* kWrongFields = R"(
+    WITH
+      known AS (SELECT * FROM udi_fields WHERE hip_version = (SELECT max(hip_version) FROM udi('@log'))),
+      shown AS MATERIALIZED (
+        SELECT DISTINCT signal, member.key AS field, member.type, member.value
+        FROM udi('@log') AS log JOIN json_each(log.json) AS member
+        WHERE member.key NOT IN ('path', 'record', 'hip_version', 'stamp', 'time_ms', 'signal', 'line')),
+      fields AS (SELECT signal, field, kind, type, value FROM shown JOIN known USING (signal, field)),
+      labels AS (SELECT DISTINCT label.value FROM known JOIN json_each(known.labels) AS label)
+    SELECT 'unknown', signal, field FROM (SELECT signal, field FROM shown EXCEPT SELECT signal, field FROM known)
+    UNION ALL SELECT 'not shown', signal, field FROM (SELECT signal, field FROM known EXCEPT SELECT signal, field FROM shown)
+    UNION ALL SELECT 'kind', signal, field FROM fields WHERE instr(
+        CASE kind WHEN 'integer' THEN 'integer' WHEN 'label' THEN 'text integer'
+        WHEN 'array' THEN 'array' ELSE 'text' END, type) = 0
+    UNION ALL SELECT 'unknown', value, NULL FROM (SELECT value FROM fields WHERE kind = 'label' AND type = 'text' EXCEPT SELECT value FROM labels)
+    UNION ALL SELECT 'not shown', value, NULL FROM (SELECT value FROM labels EXCEPT SELECT value FROM fields))";
+
 // Every line is the tool's, and says the same as the columns and the JSON object.
 TEST_F(Extension, EveryValueOfEveryVersion) {
   std::string query =
@@ -172,6 +190,7 @@ TEST_F(Extension, EveryValueOfEveryVersion) {
       ASSERT_EQ(rows.Get(1), json + "}");
     }
     ASSERT_FALSE(rows.Step());
+    ASSERT_EQ(Query(kWrongFields), Lines());
   }
 }
 
@@ -310,6 +329,9 @@ TEST_F(Extension, Queries) {
       {"CREATE VIRTUAL TABLE temp.endings USING udi_log('@text', '@s')", {}},
       {"SELECT records, bytes, ending FROM endings",
        {"0|0|Bad Magic number detected in log file header. magic:0x6C206F6E", "76|6778|complete"}},
+      {"SELECT id, field, kind, json_extract(labels, '$.\"38\"') FROM udi_fields "
+       "WHERE hip_version = '14.5.12' AND signal = 'mlme_connect_cfm' LIMIT 2",
+       {"8459|vif|integer|", "8459|result_code|label|invalid_parameters"}},
       {"CREATE TABLE names(name); ", {}},
       {"INSERT INTO names VALUES('mlme_connect_cfm'), (NULL), (5)", {}},
       {"SELECT name, record FROM names JOIN udi('@s') ON signal = name",
