@@ -26,7 +26,6 @@ end
 local udi = Proto("udi", "WLAN driver UDI log")
 local udi_capture = Proto("udi_capture", "WLAN driver signals in a capture file")
 
--- The build fails if a signal has a field with one of these names.
 local own = {
   line = ProtoField.string("udi.line", "Line"),
   signal = ProtoField.string("udi.signal", "Signal"),
@@ -69,6 +68,7 @@ do
   for _, field in ipairs(vocabulary.fields) do
     local name = field.name
     items[name], converters[name] = make_item(field), CONVERTERS[field.type]
+    assert(not own[name], name)  -- that of a signal would hide it
     all[#all + 1] = items[name]
     if field.has_labels then
       label_items[name] = ProtoField.string("udi." .. name .. ".label", name .. " label")

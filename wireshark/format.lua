@@ -5,7 +5,7 @@
 --
 --   offset  bytes
 --        0      1  format of this header: 1
---        1      1  why the log ends after this record, see LOG_ENDS; 0 if it does not
+--        1      1  why the log ends after this record, see REASONS; 0 if it does not
 --        2      2  zero
 --        4      4  HIP version
 --        8      4  clock reference in seconds
@@ -21,43 +21,41 @@
 
 local vocabulary = ...
 
-local byte, char = string.byte, string.char
+local byte, char, floor, format = string.byte, string.char, math.floor, string.format
 
 local PSEUDO_HEADER_SIZE = 16
 local PSEUDO_HEADER_FORMAT = 1
 local RECORD_HEADER_SIZE = 16
 
-local HEADERS_SIZE = PSEUDO_HEADER_SIZE + RECORD_HEADER_SIZE
+-- Why a log ends after a record. For a wrong size, the type of the event is added.
+local REASONS = {
+  goes_on = 0, bad_magic = 1, bad_header_magic = 5, old_format = 6, unknown_hip_version = 7,
+  new_format = 8, cut = 9, wrong_size = 16,
+}
 
-local HEADER_MAGIC = 0x1289ABEF
-local FORMAT_VERSION = 6
-local EVENT_MAGIC = 0x13572467
-local SIGNAL_MAGIC = 0x13572468
-local TIME_REF, LOAD, UNLOAD = 0, 1, 2
+-- The patterns of the reports, by reason.
+local reports = {}
+for name, report in pairs(vocabulary.log_ends) do reports[REASONS[name]] = report end
+
+-- The events by type and size. A type has a table, even if none of its sizes fits.
+local events = {}
+for _, event in ipairs(vocabulary.events) do
+  event.has_line = event.text ~= ""
+  events[event.type] = events[event.type] or {}
+  events[event.type][event.size] = event
+  reports[REASONS.wrong_size + event.type] = event.wrong_size
+end
+
+local first_hip_id, last_hip_id = vocabulary.log.first_hip_id, vocabulary.log.last_hip_id
 
 -- Ids in this range are signals of the firmware, all others of the driver.
-local function is_hip_id(id) return id >= 0x0065 and id <= 0x9FFF end
-
-local LOG_GOES_ON = 0
-local CUT = 9
--- Why a log ends before its last byte. Each text takes the value that was wrong.
-local LOG_ENDS = {
-  [1] = "bad magic number 0x%08X in place of a record",
-  [2] = "a clock reference has %d bytes, not 4 or 8",
-  [3] = "a Load event has %d bytes, not 0",
-  [4] = "an Unload event has %d bytes, not 0",
-  [5] = "bad magic number 0x%08X in the header after a reload",
-  [6] = "format version %d in the header after a reload",
-  [7] = "HIP version 0x%08X in the header after a reload is unknown or older",
-  [CUT] = "the next record is cut short",
-}
+local function is_hip_id(id) return id >= first_hip_id and id <= last_hip_id end
 
 local versions = vocabulary.versions
 local version_of_packed = {}
 for index, version in ipairs(versions) do
   version.index = index
   version.letter = char(byte("A") + index - 1)
-  version.is_old = version.packed < 0x0E000000
   version_of_packed[version.packed] = version
 end
 
@@ -72,10 +70,11 @@ local function u32_at(bytes, offset)
   return a + b * 256 + c * 65536 + d * 16777216
 end
 
-local function to_signed(value, width)
-  local sign = width == 16 and 32768 or 2147483648
-  if value >= sign then return value - 2 * sign end
-  return value
+local SIGNS = {[8] = 128, [16] = 32768, [32] = 2147483648}
+
+local function to_signed(value, bits)
+  local sign = SIGNS[bits]
+  return value < sign and value or value - 2 * sign
 end
 
 local function u32_bytes(value)
@@ -87,21 +86,25 @@ local function u32_bytes(value)
   return char(a, b, c, (value - c) / 256)
 end
 
+-- The report of a log's end as the tool has it, or nil.
+local function describe_end(reason, value)
+  local pattern = reports[reason]
+  if not pattern then return nil end
+  if reason == REASONS.unknown_hip_version then
+    return format((pattern:gsub("%%u", "%%d")), floor(value / 16777216),
+      floor(value / 65536) % 256, value % 65536)
+  end
+  return format(pattern, pattern:find("%d", 1, true) and to_signed(value, 32) or value)
+end
+
 return {
   PSEUDO_HEADER_SIZE = PSEUDO_HEADER_SIZE,
   PSEUDO_HEADER_FORMAT = PSEUDO_HEADER_FORMAT,
   RECORD_HEADER_SIZE = RECORD_HEADER_SIZE,
-  HEADERS_SIZE = HEADERS_SIZE,
-  HEADER_MAGIC = HEADER_MAGIC,
-  FORMAT_VERSION = FORMAT_VERSION,
-  EVENT_MAGIC = EVENT_MAGIC,
-  SIGNAL_MAGIC = SIGNAL_MAGIC,
-  TIME_REF = TIME_REF,
-  LOAD = LOAD,
-  UNLOAD = UNLOAD,
-  LOG_GOES_ON = LOG_GOES_ON,
-  CUT = CUT,
-  LOG_ENDS = LOG_ENDS,
+  HEADERS_SIZE = PSEUDO_HEADER_SIZE + RECORD_HEADER_SIZE,
+  REASONS = REASONS,
+  describe_end = describe_end,
+  events = events,
   versions = versions,
   version_of_packed = version_of_packed,
   u16_at = u16_at,

@@ -1,35 +1,30 @@
-// Makes the Wireshark plugin, one file: the vocabulary as a Lua table, and the parts of the
-// logic after it. The table has the versions, the layouts, the labels, and the signals
-// and exchanges of each version, so a new row, label or version needs no change in the
-// logic. Layouts and labels are texts, which the logic reads where it needs them: a
-// table for each field would be ten times as much for Lua to load and to keep.
-//
-// A part NAME.lua is a chunk of its own in the plugin, so that Lua reports an error with the
-// name and line of the part. It is called with the vocabulary and the table `parts`, which
-// has the results of the parts before it by their names.
-//
-// usage: generate_vocabulary PLUGIN PART...
+// Prints the vocabulary and the rules of the log as a Lua table, the beginning of the Wireshark
+// plugin: a new row, label, event or version needs no change in the plugin's logic. Layouts and
+// labels are texts, which the logic reads where it needs them: a table for each field
+// would be ten times as much for Lua to load and to keep.
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "fapi/compiled_signal.h"
 #include "fapi/field_forms.h"
 #include "fapi/hip_version_tags.h"
 #include "fapi/vocabulary.h"
 #include "field_descriptions.h"
+#include "hip/driver_events.h"
 #include "hip/exchange_rules.h"
 #include "hip/failures.h"
+#include "hip/field_rendering.h"
 #include "hip/hip_versions.h"
+#include "hip/record.h"
+#include "hip/signal_routing.h"
+#include "log/log_text.h"
 
 namespace {
 
@@ -38,24 +33,82 @@ namespace {
   std::exit(1);
 }
 
+const char* GetBool(bool value) { return value ? "true" : "false"; }
+
 std::string GetString(TextRange range) { return std::string(GetText(range).text()); }
 
-void WriteVersions(std::FILE* output) {
-  std::fprintf(output, "  versions = {\n");
+void WriteVersions() {
+  std::printf("  versions = {\n");
   for (const HipVersionEntry& entry : HipVersionTable) {
-    std::fprintf(output, "    {name = \"%s\", packed = 0x%08X},\n", entry.name,
-                 static_cast<unsigned>(entry.version));
+    std::printf("    {name = \"%s\", packed = 0x%08X, unlabelled_has_blank = %s},\n", entry.name,
+                static_cast<unsigned>(entry.version), GetBool(HasBlankBeforeUnlabelled(entry.tag)));
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n");
 }
 
-// The bytes of each form.
-void WriteForms(std::FILE* output) {
-  std::fprintf(output, "  forms = {\n");
-  for (const FieldForm& form : kFieldForms) {
-    std::fprintf(output, "    %s = %d,\n", form.name, form.width);
+void WriteLog() {
+  std::printf(
+      "  log = {header_magic = 0x%08X, format_version = %u, event_magic = 0x%08X,\n"
+      "    signal_magic = 0x%08X, first_hip_id = 0x%04X, last_hip_id = 0x%04X},\n",
+      kHeaderMagic, kLogFormatVersion, kDriverEventMagic, kSignalRecordMagic, kFirstHipId,
+      kLastHipId);
+}
+
+// Removes the digits of an id that is zero.
+std::string RenderWithoutId(Record::Kind kind) {
+  constexpr std::uint8_t kNoBytes[kMaxSignalEnd] = {};
+  Record record{.kind = kind};
+  record.signal.bytes = kNoBytes;
+  const std::string text = RenderWithoutFields(record);
+  return text.substr(0, text.size() - 4);
+}
+
+// The lines of signals without fields, and the end of most lines with fields.
+void WriteTexts() {
+  std::printf(
+      "  texts = {unknown_signal = \"%s%%04x\", unknown_driver_signal = \"%s%%04x\",\n"
+      "    invalid_length = \"%s\", zero_spares = \"%s\"},\n",
+      RenderWithoutId(Record::Kind::kUnknownSignal).c_str(),
+      RenderWithoutId(Record::Kind::kUnknownDriverSignal).c_str(),
+      RenderWithoutFields({.kind = Record::Kind::kInvalidLength}).c_str(), kZeroSpares.data());
+}
+
+// The events with the names of their types, and the reports of a log's end. A report has one line
+// here.
+void WriteEventsAndEnds() {
+  const auto write_end = [](const LogEnd& end, const char* name) {
+    std::string pattern = GetLogEndPattern(end);
+    std::replace(pattern.begin(), pattern.end(), '\n', ' ');
+    std::printf("%s = \"%s\"", name, pattern.c_str());
+  };
+  std::printf("  event_types = {time_ref = %u, load = %u, unload = %u},\n  events = {\n",
+              static_cast<unsigned>(DriverEventType::kTimeRef),
+              static_cast<unsigned>(DriverEventType::kLoad),
+              static_cast<unsigned>(DriverEventType::kUnload));
+  for (const DriverEvent& event : kDriverEvents) {
+    std::printf("    {type = %u, size = %u, text = \"%s\", text_after_uptime = \"%s\",\n      ",
+                static_cast<unsigned>(event.type), event.size, event.text.data(),
+                event.text_after_uptime.data());
+    write_end({LogEnd::Kind::kBadEventSize, 0, &event}, "wrong_size");
+    std::printf("},\n");
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n  log_ends = {\n");
+  constexpr struct {
+    LogEnd::Kind kind;
+    const char* name;
+  } kEnds[] = {
+      {LogEnd::Kind::kBadMagic, "bad_magic"},
+      {LogEnd::Kind::kOldFormat, "old_format"},
+      {LogEnd::Kind::kBadHeaderMagic, "bad_header_magic"},
+      {LogEnd::Kind::kNewFormat, "new_format"},
+      {LogEnd::Kind::kUnknownHipVersion, "unknown_hip_version"},
+  };
+  for (const auto& [kind, name] : kEnds) {
+    std::printf("    ");
+    write_end({kind}, name);
+    std::printf(",\n");
+  }
+  std::printf("  },\n");
 }
 
 // What a filter field of Wireshark holds.
@@ -92,6 +145,34 @@ FieldType GetType(FieldRenderer form) {
       return {Kind::kBytes, size, false, false};
   }
   std::abort();
+}
+
+// What reads a form in the plugin.
+const char* GetReader(FieldRenderer form) {
+  switch (form) {
+    case FieldRenderer::kMac:
+      return "mac";
+    case FieldRenderer::kHex8:
+      return "digits";
+    case FieldRenderer::kWords:
+      return "words";
+    default:
+      return "number";
+  }
+}
+
+void WriteForms() {
+  std::printf("  forms = {\n");
+  for (const FieldForm& form : kFieldForms) {
+    const FieldType type = GetType(form.form);
+    std::printf(
+        "    %s = {reader = \"%s\", width = %d, is_signed = %s, is_hex = %s, has_labels = %s,\n"
+        "      has_blank = %s, before = \"%s\", after = \"%s\"},\n",
+        form.name, GetReader(form.form), form.width, GetBool(type.kind == FieldType::Kind::kSigned),
+        GetBool(type.is_hex), GetBool(type.has_labels), GetBool(form.has_blank), form.before_value,
+        form.after_value);
+  }
+  std::printf("  },\n");
 }
 
 // The types by the names of the fields. In Wireshark a name has one type: where the numbers
@@ -136,19 +217,18 @@ const char* FindDescription(const std::string& name) {
 }
 
 // The filter fields of the signals. The type is the name of Wireshark's constructor.
-void WriteFields(std::FILE* output) {
-  std::fprintf(output, "  fields = {\n");
+void WriteFields() {
+  std::printf("  fields = {\n");
   for (const auto& [name, type] : ListFieldTypes()) {
-    std::fprintf(output, R"(    {name = "%s", type = "%s")", name.c_str(),
-                 GetTypeName(type).c_str());
-    if (type.is_hex) std::fprintf(output, ", is_hex = true");
-    if (type.has_labels) std::fprintf(output, ", has_labels = true");
+    std::printf(R"(    {name = "%s", type = "%s")", name.c_str(), GetTypeName(type).c_str());
+    if (type.is_hex) std::printf(", is_hex = true");
+    if (type.has_labels) std::printf(", has_labels = true");
     if (const char* const text = FindDescription(name)) {
-      std::fprintf(output, R"(, description = "%s")", text);
+      std::printf(R"(, description = "%s")", text);
     }
-    std::fprintf(output, "},\n");
+    std::printf("},\n");
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n");
 }
 
 // The argument of a field's form: how many words, or which enumeration.
@@ -158,130 +238,102 @@ int FormArgument(const CompiledField& field) {
 }
 
 // By kind: the field that says it, and what it shows on success.
-void WriteFailures(std::FILE* output) {
-  std::fprintf(output, "  failures = {\n");
+void WriteFailures() {
+  std::printf("  failures = {\n");
   for (const FailureRule& rule : kFailureRules) {
-    std::fprintf(output, "    %s = {field = \"%s\", success = \"%s\"},\n", rule.kind.data(),
-                 rule.field.data(), rule.success.data());
+    std::printf("    %s = {field = \"%s\", success = \"%s\"},\n", rule.kind.data(),
+                rule.field.data(), rule.success.data());
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n");
 }
 
-// A layout as "NAME MIN FAILURE|NAME FORM OFFSET ARGUMENT|...", with the kind of failure that the
-// signal can report, or "-". The dumps come first, as they are printed.
-void WriteLayouts(std::FILE* output) {
-  std::fprintf(output, "  layouts = {\n");
+// A layout as "NAME MIN FAILURE SPARES|NAME FORM OFFSET ARGUMENT|...", with the kind of failure
+// that the signal can report, or "-", and whether it ends in the spares. The dumps come first, as
+// they are printed.
+void WriteLayouts() {
+  std::printf("  layouts = {\n");
   for (const CompiledSignal& signal : ListLayouts()) {
     const FailureRule* const failure = FindFailureField(signal).rule;
-    std::fprintf(output, "    \"%s %d %s", GetString(signal.name).c_str(), signal.min,
-                 failure == nullptr ? "-" : failure->kind.data());
+    std::printf("    \"%s %d %s %s", GetString(signal.name).c_str(), signal.min,
+                failure == nullptr ? "-" : failure->kind.data(), GetBool(signal.ends_in_spares));
     for (const CompiledField& field : GetFields(signal)) {
-      std::fprintf(output, "|%s %s %d %d", GetString(field.name).c_str(), GetForm(field.form).name,
-                   field.offset, FormArgument(field));
+      std::printf("|%s %s %d %d", GetString(field.name).c_str(), GetForm(field.form).name,
+                  field.offset, FormArgument(field));
     }
-    std::fprintf(output, "\",\n");
+    std::printf("\",\n");
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n");
 }
 
 // The enumerations that fields use, by index. A label is a line "VALUE VERSIONS
 // TEXT", with the versions by their letters.
-void WriteEnumerations(std::FILE* output) {
-  std::fprintf(output, "  enumerations = {\n");
+void WriteEnumerations() {
+  std::printf("  enumerations = {\n");
   for (std::size_t index = 0; index < CountEnumerations(); ++index) {
-    std::fprintf(output, "    [%zu] = [[\n", index);
+    std::printf("    [%zu] = [[\n", index);
     for (const CompiledLabel& label : ListLabels(index)) {
-      std::fprintf(output, "%04X ", label.value);
+      std::printf("%04X ", label.value);
       for (const HipVersionEntry& version : HipVersionTable) {
-        if (label.versions.Contains(version.tag)) std::fputc(GetLetter(version.tag), output);
+        if (label.versions.Contains(version.tag)) std::putchar(GetLetter(version.tag));
       }
-      std::fprintf(output, " %s\n", GetString(label.text).c_str());
+      std::printf(" %s\n", GetString(label.text).c_str());
     }
-    std::fprintf(output, "]],\n");
+    std::printf("]],\n");
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n");
 }
 
 // The signals of each version, as "ID:LAYOUT" with the layout's number, from 1.
-void WriteSignals(std::FILE* output) {
-  std::fprintf(output, "  signals = {\n");
+void WriteSignals() {
+  std::printf("  signals = {\n");
   for (const HipVersionEntry& version : HipVersionTable) {
-    std::fprintf(output, "    \"");
+    std::printf("    \"");
     for (const KnownSignal& signal : ListSignals(version.tag)) {
-      std::fprintf(output, "%04X:%d ", signal.id,
-                   static_cast<int>(signal.layout - ListLayouts().data()) + 1);
+      std::printf("%04X:%d ", signal.id,
+                  static_cast<int>(signal.layout - ListLayouts().data()) + 1);
     }
-    std::fprintf(output, "\",\n");
+    std::printf("\",\n");
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n");
 }
 
 // The exchanges of each version, as "OPENING:ANSWERING:KEYS" with the ids and the names of
 // the fields, as in "1000:1100:vif,host_tag". A "!" before the keys marks that a new opening
 // replaces one that waits. A request that has waited for `give_up_ms` is given up.
-void WriteExchanges(std::FILE* output) {
-  std::fprintf(output, "  give_up_ms = %d,\n  exchanges = {\n", static_cast<int>(kGiveUpMs));
+void WriteExchanges() {
+  std::printf("  give_up_ms = %d,\n  exchanges = {\n", static_cast<int>(kGiveUpMs));
   for (const HipVersionEntry& version : HipVersionTable) {
-    std::fprintf(output, "    \"");
+    std::printf("    \"");
     for (const Exchange& exchange : ListExchanges(version.tag)) {
-      std::fprintf(output, "%04X:%04X:%s", exchange.opening.id, exchange.answering.id,
-                   exchange.replaces ? "!" : "");
+      std::printf("%04X:%04X:%s", exchange.opening.id, exchange.answering.id,
+                  exchange.replaces ? "!" : "");
       const char* separator = "";
       for (const ExchangeKey& key : exchange.keys) {
         if (key.opening == nullptr) break;
-        std::fprintf(output, "%s%s", separator, GetString(key.opening->name).c_str());
+        std::printf("%s%s", separator, GetString(key.opening->name).c_str());
         separator = ",";
       }
-      std::fputc(' ', output);
+      std::putchar(' ');
     }
-    std::fprintf(output, "\",\n");
+    std::printf("\",\n");
   }
-  std::fprintf(output, "  },\n");
+  std::printf("  },\n");
 }
 
-void WriteVocabulary(std::FILE* output) {
-  std::fprintf(output, "local vocabulary = {\n");
-  WriteVersions(output);
-  WriteForms(output);
-  WriteFields(output);
-  WriteFailures(output);
-  WriteLayouts(output);
-  WriteEnumerations(output);
-  WriteSignals(output);
-  WriteExchanges(output);
-  std::fprintf(output, "}\n\n");
-}
-
-// Returns whether the file was read to its end.
-bool ReadFile(const char* path, std::string& text) {
-  std::FILE* const file = std::fopen(path, "rb");
-  if (file == nullptr) return false;
-  char piece[4096];
-  while (const std::size_t size = std::fread(piece, 1, sizeof piece, file)) {
-    text.append(piece, size);
-  }
-  const bool is_complete = std::ferror(file) == 0;
-  std::fclose(file);
-  return is_complete;
-}
-
-struct Part {
-  std::string name;  // without ".lua"
-  std::string text;
-};
-
-// The plugin has fields of its own beside those of the signals. A part names them as in
-// "udi.line". Names with a further dot cannot be those of a signal's field.
-void CheckOwnNames(const Part& part) {
-  const auto types = ListFieldTypes();
-  constexpr std::string_view kStart = "\"udi.";
-  for (std::size_t at = 0; (at = part.text.find(kStart, at)) != std::string::npos;) {
-    at += kStart.size();
-    const std::string name = part.text.substr(at, part.text.find('"', at) - at);
-    if (types.contains(name)) {
-      Fail(part.name + ".lua has a field \"udi." + name + "\", and so does a signal");
-    }
-  }
+void WriteVocabulary() {
+  std::printf("local vocabulary = {\n");
+  WriteVersions();
+  WriteLog();
+  WriteTexts();
+  WriteEventsAndEnds();
+  WriteForms();
+  WriteFields();
+  WriteFailures();
+  WriteLayouts();
+  WriteEnumerations();
+  WriteSignals();
+  WriteExchanges();
+  std::printf("}\n");
 }
 
 void CheckDescriptions() {
@@ -293,54 +345,12 @@ void CheckDescriptions() {
   }
 }
 
-// In Lua, this string has no escape sequences, and its lines are those of the part.
-void WritePart(const Part& part, std::FILE* output) {
-  std::fprintf(output, "parts.%s = assert(load([==[\n%s]==], '@wireshark/%s.lua'))",
-               part.name.c_str(), part.text.c_str(), part.name.c_str());
-  std::fprintf(output, "(vocabulary, parts)\n\n");
-}
-
-// Returns whether everything was written.
-bool WritePlugin(const char* path, const std::vector<Part>& parts) {
-  std::FILE* const output = std::fopen(path, "wb");
-  if (output == nullptr) return false;
-  std::fprintf(output,
-               "-- Opens UDI logs in Wireshark and tshark, and shows each signal with its fields.\n"
-               "-- Made of the tool's vocabulary and of the files that are named below.\n\n"
-               "-- A copy in the plugin folder and one on the command line may both be loaded.\n"
-               "-- Wireshark allows each protocol only once.\n"
-               "if pcall(Dissector.get, \"udi\") and Dissector.get(\"udi\") then return end\n\n");
-  WriteVocabulary(output);
-  std::fprintf(output, "local parts = {}\n\n");
-  for (const Part& part : parts) WritePart(part, output);
-  const bool has_failed = std::ferror(output) != 0;
-  return std::fclose(output) == 0 && !has_failed;
-}
-
 }  // namespace
 
-int main(int argc, char** argv) {
-  if (argc < 3) {
-    std::fprintf(stderr, "usage: %s PLUGIN PART...\n", argv[0]);
-    return 1;
-  }
+int main() {
   CheckDescriptions();
-  std::vector<Part> parts;
-  for (int i = 2; i < argc; ++i) {
-    Part part{.name = std::filesystem::path(argv[i]).stem(), .text = {}};
-    if (!ReadFile(argv[i], part.text)) {
-      std::perror(argv[i]);
-      return 1;
-    }
-    CheckOwnNames(part);
-    parts.push_back(std::move(part));
-  }
-  // A failure leaves no part of a plugin, and an old one as it was.
-  const std::string unfinished = argv[1] + std::string(".part");
-  if (!WritePlugin(unfinished.c_str(), parts) || std::rename(unfinished.c_str(), argv[1]) != 0) {
-    std::perror(unfinished.c_str());
-    std::remove(unfinished.c_str());
-    return 1;
-  }
-  return 0;
+  WriteVocabulary();
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return 0;
+  std::perror("standard output");
+  return 1;
 }

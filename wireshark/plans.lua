@@ -7,74 +7,42 @@ local vocabulary, parts = ...
 local frame_format, fields, frames = parts.format, parts.fields, parts.frames
 local u16_at, u32_at, to_signed = frame_format.u16_at, frame_format.u32_at, frame_format.to_signed
 local for_each_field, labels_of = fields.for_each_field, fields.labels_of
-local experts = fields.experts
 local items, label_items, converters = fields.items, fields.label_items, fields.converters
+local forms = vocabulary.forms
 
 local byte, format, concat, max = string.byte, string.format, table.concat, math.max
-
-local make_reader = {}
 
 -- The texts of small numbers. Most values are small, and to print one takes longer than
 -- to read it.
 local small_numbers = {}
 for value = 0, 1023 do small_numbers[value] = format("%d", value) end
 
-local function decimal(value)
-  return small_numbers[value] or format("%d", value)
-end
+local integer_at = {
+  [1] = function(bytes, offset) return (byte(bytes, offset + 1)) end,
+  [2] = u16_at,
+  [4] = u32_at,
+}
 
-function make_reader.u8(offset)
+local make_reader = {}
+
+-- A number with a label shows that.
+function make_reader.number(form, offset, argument, version)
+  local bits, is_signed = 8 * form.width, form.is_signed
+  local labels = form.has_labels and labels_of(argument, version) or {}
+  local texts = form.is_hex and {} or small_numbers
+  local digits = form.is_hex and "%0" .. 2 * form.width .. "x" or "%d"
+  local pattern = form.before .. digits .. form.after
+  local read = integer_at[form.width]
   return function(bytes)
-    local value = byte(bytes, offset + 1)
-    return value, decimal(value)
+    local value = read(bytes, offset)
+    if is_signed then value = to_signed(value, bits) end
+    local label = labels[value]
+    if label then return value, label, true end
+    return value, texts[value] or format(pattern, value)
   end
 end
 
-function make_reader.u16(offset)
-  return function(bytes)
-    local low, high = byte(bytes, offset + 1, offset + 2)
-    local value = low + high * 256
-    return value, decimal(value)
-  end
-end
-
-function make_reader.u32(offset)
-  return function(bytes)
-    local value = u32_at(bytes, offset)
-    return value, decimal(value)
-  end
-end
-
-function make_reader.i16(offset)
-  return function(bytes)
-    local value = to_signed(u16_at(bytes, offset), 16)
-    return value, decimal(value)
-  end
-end
-
-function make_reader.i32(offset)
-  return function(bytes)
-    local value = to_signed(u32_at(bytes, offset), 32)
-    return value, decimal(value)
-  end
-end
-
-function make_reader.x16(offset)
-  return function(bytes)
-    local value = u16_at(bytes, offset)
-    return value, format("0x%04x", value)
-  end
-end
-make_reader.x16_no_space = make_reader.x16
-
-function make_reader.x32(offset)
-  return function(bytes)
-    local value = u32_at(bytes, offset)
-    return value, format("0x%08x", value)
-  end
-end
-
-function make_reader.mac(offset)
+function make_reader.mac(_, offset)
   return function(bytes)
     local address = format("%02x:%02x:%02x:%02x:%02x:%02x", byte(bytes, offset + 1, offset + 6))
     return address, address
@@ -82,48 +50,42 @@ function make_reader.mac(offset)
 end
 
 -- The bytes are shown in stored order, and the value is the number that is shown.
-function make_reader.hex8(offset)
+function make_reader.digits(form, offset)
+  local pattern = ("%02x"):rep(form.width)
   return function(bytes)
-    local digits = format("%02x%02x%02x%02x%02x%02x%02x%02x", byte(bytes, offset + 1, offset + 8))
-    return UInt64.fromhex(digits), "0x" .. digits
+    local digits = format(pattern, byte(bytes, offset + 1, offset + form.width))
+    return UInt64.fromhex(digits), form.before .. digits .. form.after
   end
 end
 
 -- The value is that of the first word. The tree has the others below it.
-function make_reader.words(offset, count)
-  local shown = "[" .. ("0x%04x "):rep(count) .. "]"
+function make_reader.words(form, offset, count)
+  local pattern = form.before .. ("0x%04x "):rep(count) .. form.after
   return function(bytes)
     local words = {}
     for i = 1, count do words[i] = u16_at(bytes, offset + 2 * (i - 1)) end
-    return words[1], format(shown, table.unpack(words))
+    return words[1], format(pattern, table.unpack(words))
   end
 end
 
-function make_reader.enum16(offset, enumeration, version)
-  local labels = labels_of(enumeration, version)
-  return function(bytes)
-    local low, high = byte(bytes, offset + 1, offset + 2)
-    local value = low + high * 256
-    local label = labels[value]
-    if label then return value, label, true end
-    return value, decimal(value)
-  end
-end
-
-local function make_field(name, form, offset, argument, version)
+local function make_field(name, form_name, offset, argument, version)
+  local form = forms[form_name]
+  local is_words = form.reader == "words"
   local field = {
     name = name,
     offset = offset,
-    size = form == "words" and 2 * argument or vocabulary.forms[form],
+    size = form.width * (is_words and argument or 1),
+    word_count = is_words and argument or nil,
     prefix = name .. ":",
-    line_prefix = (form == "x16_no_space" and "" or " ") .. name .. ":",
-    read = make_reader[form](offset, argument, version),
+    line_prefix = (form.has_blank and " " or "") .. name .. ":",
+    read = make_reader[form.reader](form, offset, argument, version),
     item = items[name],
+    label_item = form.has_labels and label_items[name] or nil,
+    -- The value of digits is one of Wireshark's own already.
+    make_value = form.reader ~= "digits" and converters[name] or nil,
   }
-  field.word_count = form == "words" and argument or nil
-  field.label_item = form == "enum16" and label_items[name] or nil
-  -- This form has a value of Wireshark's own already.
-  field.make_value = form ~= "hex8" and converters[name] or nil
+  local has_blank = version.unlabelled_has_blank or not form.has_labels
+  field.unlabelled_prefix = has_blank and field.line_prefix or field.prefix
   return field
 end
 
@@ -184,15 +146,30 @@ end
 -- Where a signal comes from, by the end of its name.
 local FROM_HOST = {_req = true, _res = true, _cfm = false, _ind = false}
 
+-- Returns the name that says what the dumps of a signal contain, or nil. `data` says nothing:
+-- it counts as what the next version calls the dump that calls it something else.
+local function find_dump_name(id, version)
+  for index = version.index, #frame_format.versions do
+    local layout = signals_for(frame_format.versions[index]).layouts[id]
+    local name
+    for_each_field(layout or "", function(field_name, form)
+      if form == "dump" and (not name or name == "data") then name = field_name end
+    end)
+    if name ~= "data" and (name or index == version.index) then return name end
+  end
+  return nil
+end
+
 local function make_plan(signals, id, layout, version)
-  local name, least, failure = layout:match("^(%S+) (%d+) ([^|]+)")
+  local name, least, failure, spares = layout:match("^(%S+) (%d+) (%S+) ([^|]+)")
   local plan = {name = name, min = tonumber(least), finish = 0, dumps = {}, fields = {}, place = {},
     essential = {}}
   for_each_field(layout, function(field_name, form, offset, argument)
     if form == "dump" then
+      local open = field_name .. ":" .. forms.dump.before
       plan.dumps[#plan.dumps + 1] = {
-        prefix = field_name .. ":{",
-        line_prefix = " " .. field_name .. ":{",
+        prefix = open,
+        line_prefix = " " .. open,
         item = items[field_name],
       }
       return
@@ -202,14 +179,17 @@ local function make_plan(signals, id, layout, version)
     plan.place[field_name] = plan.place[field_name] or #plan.fields
     plan.finish = max(plan.finish, offset + field.size)
   end)
+  -- Where the spares begin, counted from 1.
+  plan.spares = spares == "true" and plan.finish - 11 or nil
   local rule = vocabulary.failures[failure]
   if rule then
     plan.failure = {place = plan.place[rule.field], success = rule.success,
-      expert = experts[failure]}
+      expert = fields.experts[failure]}
     plan.essential[1] = plan.failure.place
   end
   if plan.dumps[1] then
-    plan.content = frames.find_content(name, plan.fields[plan.place.data_unit_descriptor])
+    plan.content = frames.find_content(find_dump_name(id, version),
+      plan.fields[plan.place.data_unit_descriptor])
   end
   plan.is_from_host = FROM_HOST[name:match("_%a+$")]
   plan.exchanges, plan.is_key = signals.exchanges[id], {}

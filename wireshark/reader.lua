@@ -8,16 +8,15 @@
 -- reference that hold there come from `spans`, a list with one entry for each
 -- change.
 
-local _, parts = ...
+local vocabulary, parts = ...
 local frame_format = parts.format
 local u16_at, u32_at, to_signed = frame_format.u16_at, frame_format.u32_at, frame_format.to_signed
 local u32_bytes, version_of_packed = frame_format.u32_bytes, frame_format.version_of_packed
 local RECORD_HEADER_SIZE, HEADERS_SIZE = frame_format.RECORD_HEADER_SIZE, frame_format.HEADERS_SIZE
 local PSEUDO_HEADER_FORMAT = frame_format.PSEUDO_HEADER_FORMAT
-local HEADER_MAGIC, FORMAT_VERSION = frame_format.HEADER_MAGIC, frame_format.FORMAT_VERSION
-local EVENT_MAGIC, SIGNAL_MAGIC = frame_format.EVENT_MAGIC, frame_format.SIGNAL_MAGIC
-local TIME_REF, LOAD, UNLOAD = frame_format.TIME_REF, frame_format.LOAD, frame_format.UNLOAD
-local LOG_GOES_ON, CUT = frame_format.LOG_GOES_ON, frame_format.CUT
+local log, event_types, events = vocabulary.log, vocabulary.event_types, frame_format.events
+local EVENT_MAGIC, SIGNAL_MAGIC = log.event_magic, log.signal_magic
+local REASONS = frame_format.REASONS
 local is_hip_id = frame_format.is_hip_id
 
 local char, floor, min = string.char, math.floor, math.min
@@ -25,9 +24,6 @@ local char, floor, min = string.char, math.floor, math.min
 -- The largest frame that Wireshark accepts. A longer record is cut to this size.
 local MAX_FRAME_SIZE = 262144
 local MAX_PAYLOAD_SIZE = MAX_FRAME_SIZE - HEADERS_SIZE
-
-local BAD_RECORD_MAGIC, BAD_TIME_REF, BAD_LOAD, BAD_UNLOAD = 1, 2, 3, 4
-local BAD_HEADER_MAGIC, BAD_FORMAT_VERSION, BAD_HIP_VERSION = 5, 6, 7
 
 local ENCAPSULATION = wtap_encaps.USER1
 local PACKET = wtap_rec_types.PACKET
@@ -55,7 +51,7 @@ end
 
 -- At the end of the stream. A log that ends after a whole record is complete.
 function Reader:end_of_file(in_record)
-  return self:end_log((in_record or self.cut) and CUT or LOG_GOES_ON)
+  return self:end_log((in_record or self.cut) and REASONS.cut or REASONS.goes_on)
 end
 
 function Reader:begin_span()
@@ -63,7 +59,7 @@ function Reader:begin_span()
     offset = self.position,
     version = self.version,
     clock = self.clock,
-    pseudo_header = char(PSEUDO_HEADER_FORMAT, LOG_GOES_ON, 0, 0)
+    pseudo_header = char(PSEUDO_HEADER_FORMAT, REASONS.goes_on, 0, 0)
       .. u32_bytes(self.version.packed) .. u32_bytes(self.clock) .. u32_bytes(0),
   }
   self.spans[#self.spans + 1] = span
@@ -75,20 +71,20 @@ function Reader:read_header(file)
   local words = self:read_bytes(file, 8)
   if not words then return self:end_of_file() end
   local format_version = u32_at(words, 4)
-  if format_version < FORMAT_VERSION then
-    return self:end_log(BAD_FORMAT_VERSION, format_version)
+  if format_version < log.format_version then
+    return self:end_log(REASONS.old_format, format_version)
   end
   local word = self:read_bytes(file, 4)
   if not word then return self:end_of_file(true) end
-  if u32_at(words, 0) ~= HEADER_MAGIC then
-    return self:end_log(BAD_HEADER_MAGIC, u32_at(words, 0))
+  if u32_at(words, 0) ~= log.header_magic then
+    return self:end_log(REASONS.bad_header_magic, u32_at(words, 0))
   end
-  if format_version ~= FORMAT_VERSION then
-    return self:end_log(BAD_FORMAT_VERSION, format_version)
+  if format_version ~= log.format_version then
+    return self:end_log(REASONS.new_format, format_version)
   end
   local version = version_of_packed[u32_at(word, 0)]
   if not version or self.version and version.index < self.version.index then
-    return self:end_log(BAD_HIP_VERSION, u32_at(word, 0))
+    return self:end_log(REASONS.unknown_hip_version, u32_at(word, 0))
   end
   self.version = version
   self:begin_span()
@@ -110,34 +106,29 @@ function Reader:read_payload(file, length)
   return payload
 end
 
--- Each of these reads what follows the record's header, and returns the payload
--- if the record makes a frame, true if it does not, nil at the end of the log.
-local event_readers = {
-  [TIME_REF] = function(reader, file, size)
-    if size ~= 4 and size ~= 8 then return reader:end_log(BAD_TIME_REF, size) end
-    local payload = reader:read_bytes(file, size)
-    if not payload then return reader:end_of_file(true) end
-    reader.clock = u32_at(payload, 0)
-    return size == 8 and payload or true
-  end,
-  [LOAD] = function(reader, _, size)
-    if size ~= 0 then return reader:end_log(BAD_LOAD, size) end
+-- What events do, by type, beside their line.
+local effects = {
+  [event_types.time_ref] = function(reader, payload) reader.clock = u32_at(payload, 0) end,
+  [event_types.load] = function(reader)
     reader.header_follows = reader.unloaded
     reader.unloaded = false
-    return ""
   end,
-  [UNLOAD] = function(reader, _, size)
-    if size ~= 0 then return reader:end_log(BAD_UNLOAD, size) end
-    reader.unloaded = true
-    return ""
-  end,
+  [event_types.unload] = function(reader) reader.unloaded = true end,
 }
 
+-- This and read_signal return the payload if the record makes a frame, true if it does not, nil
+-- at the end of the log.
 function Reader:read_event(file, head)
-  local read = event_readers[u32_at(head, 8)]
+  local event_type, size = u32_at(head, 8), u32_at(head, 12)
   -- The size of an unknown event is not used: the next record follows at once.
-  if not read then return true end
-  return read(self, file, u32_at(head, 12))
+  if not events[event_type] then return true end
+  local event = events[event_type][size]
+  if not event then return self:end_log(REASONS.wrong_size + event_type, size) end
+  local payload = self:read_payload(file, size)
+  if not payload then return nil end
+  local effect = effects[event_type]
+  if effect then effect(self, payload) end
+  return event.has_line and payload or true
 end
 
 function Reader:read_signal(file, head)
@@ -167,7 +158,7 @@ function Reader:advance(file)
     elseif magic == SIGNAL_MAGIC then
       payload = self:read_signal(file, head)
     else
-      return self:end_log(BAD_RECORD_MAGIC, magic)
+      return self:end_log(REASONS.bad_magic, magic)
     end
     if not payload then return nil end
     if self.clock ~= clock then
@@ -253,7 +244,8 @@ function log_reader.read(file, capture, frame)
   if not reader.has_next then return false end
   local offset, span, head, payload = reader.offset, reader.frame_span, reader.head, reader.payload
   reader.has_next = reader:advance(file)
-  if not reader.has_next and reader.end_reason ~= LOG_GOES_ON then reader.last_offset = offset end
+  local has_ended = not reader.has_next and reader.end_reason ~= REASONS.goes_on
+  if has_ended then reader.last_offset = offset end
   reader:fill_frame(frame, offset, span, head, payload)
   return offset
 end
@@ -263,12 +255,8 @@ function log_reader.seek_read(file, capture, frame, offset)
   if not file:seek("set", offset) then return false end
   local head = file:read(RECORD_HEADER_SIZE)
   if not head or #head < RECORD_HEADER_SIZE then return false end
-  local size = 0
-  if u32_at(head, 0) == SIGNAL_MAGIC then
-    size = min(u32_at(head, 8), MAX_PAYLOAD_SIZE)
-  elseif u32_at(head, 8) == TIME_REF then
-    size = 8
-  end
+  local is_signal = u32_at(head, 0) == SIGNAL_MAGIC
+  local size = is_signal and min(u32_at(head, 8), MAX_PAYLOAD_SIZE) or u32_at(head, 12)
   local payload = size > 0 and file:read(size) or ""
   if not payload or #payload < size then return false end
   reader:fill_frame(frame, offset, span_at(reader.spans, offset), head, payload)

@@ -4,12 +4,6 @@
 
 namespace {
 
-// In versions A to C an enumerated field whose value has no label prints without the
-// blank before its name. Intended.
-constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
-  return version >= HipVersionTag::D;
-}
-
 bool HasBlank(const SignalView& signal, const CompiledField& field, const FieldValue& value) {
   if (field.form == FieldRenderer::kEnum16 && value.kind == FieldValue::Kind::kNumber) {
     return HasBlankBeforeUnlabelled(signal.version);

@@ -26,6 +26,12 @@ inline constexpr std::size_t kMaxFieldText = kPaddedTextSize + kMaxValueText;
 using LinePiece = TextPiece<2048>;
 static_assert(LinePiece::capacity() >= 4 * kMaxFieldText);
 
+// In versions A to C an enumerated field whose value has no label prints without the
+// blank before its name. Intended.
+constexpr bool HasBlankBeforeUnlabelled(HipVersionTag version) {
+  return version >= HipVersionTag::D;
+}
+
 // Appends the value of any field but a dump, with the text that its form has before and
 // after it, as in "0x0102": at most kMaxValueText characters.
 void AppendValue(LinePiece& piece, const CompiledField& field, const FieldValue& value);

@@ -17,10 +17,6 @@ constexpr std::size_t kDroppedFramesOffset = 12;
 static_assert(kDroppedFramesOffset + 4 <= kMaxSignalEnd);
 constexpr std::uint32_t kFirstVersionWithoutBulkLengths = 0x0C000000;
 
-// The ids of the HIP side. All others are of the driver side.
-constexpr std::uint16_t kFirstHipId = 0x0065;
-constexpr std::uint16_t kLastHipId = 0x9FFF;
-
 // The signals that the interface assigns to the driver side. Their ids are in the range
 // of the HIP side, so no log reaches them here. Intended.
 struct DriverSignal {

@@ -7,6 +7,10 @@
 
 #include "hip/hip_signal.h"
 
+// The ids of the HIP side. All others are of the driver side.
+inline constexpr std::uint16_t kFirstHipId = 0x0065;
+inline constexpr std::uint16_t kLastHipId = 0x9FFF;
+
 // Whether an id goes to the driver side.
 bool IsDriverSide(std::uint16_t id);
 

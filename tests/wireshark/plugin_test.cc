@@ -21,9 +21,12 @@
 
 #include "files.h"
 #include "frames.h"
+#include "log/log_reader.h"
+#include "log/log_text.h"
 #include "log_builder.h"
 #include "reference_log.h"
 #include "session_log.h"
+#include "support/decode_in_process.h"
 #include "support/lines.h"
 #include "support/process.h"
 #include "support/test_logs.h"
@@ -226,47 +229,46 @@ TEST_F(PluginInSharkd, DamagedLogs) {
   }
 }
 
-// What ends a log is shown at the last frame before.
+// What ends a log is shown at the last frame before, in the words of the tool.
 TEST_F(PluginInSharkd, DamageIsReported) {
   const std::string header = Log().Header("14.2.9").bytes();
   const std::string good = header + Log().Load(1ms).TimeRef(5).Unload(2ms).bytes();
   const std::string reload = header + Log().Load(1ms).Unload(2ms).Load(3ms).bytes();
-  const std::uint32_t kMagic = kHeaderMagic;
   const struct {
     std::string start;
     Log rest;
-    std::string report;
   } kCases[] = {
-      {good, Log(), ""},
-      {reload, Log(), ""},
-      {good, Log().Bytes("a"), "cut"},
-      {good, Log().Words({kSignalRecordMagic, 0, 9, 9}).Bytes("cut"), "cut"},
+      {good, Log()},
+      {reload, Log()},
+      {good, Log().Bytes("a")},
+      {good, Log().Words({kSignalRecordMagic, 0, 9, 9}).Bytes("cut")},
       // Above the largest frame, the reader looks for the record's last byte.
-      {good, Log().Words({kSignalRecordMagic, 0, 300000, 9}).Bytes(std::string(299999, 'c')),
-       "cut"},
-      {reload, Log().Words({kMagic}), "cut"},
-      {good, Log().Words({0xABCD, 1, 2, 3}),
-       "damaged: bad magic number 0x0000ABCD in place of a record"},
-      {good, Log().Words({kDriverEventMagic, 0, 0, 12, 1, 2, 3}),
-       "damaged: a clock reference has 12 bytes, not 4 or 8"},
-      {good, Log().Words({kDriverEventMagic, 0, 1, 4}), "damaged: a Load event has 4 bytes, not 0"},
-      {good, Log().Words({kDriverEventMagic, 0, 2, 4}),
-       "damaged: an Unload event has 4 bytes, not 0"},
-      {reload, Log().Words({1, 6, 0x0E05000C}),
-       "damaged: bad magic number 0x00000001 in the header after a reload"},
-      {reload, Log().Words({kMagic, 5}), "damaged: format version 5 in the header after a reload"},
-      {reload, Log().Words({kMagic, 7, 0x0E05000C}),
-       "damaged: format version 7 in the header after a reload"},
-      {reload, Log().Header("14.1.8"),
-       "damaged: HIP version 0x0E010008 in the header after a reload is unknown or older"},
+      {good, Log().Words({kSignalRecordMagic, 0, 300000, 9}).Bytes(std::string(299999, 'c'))},
+      {reload, Log().Words({kHeaderMagic})},
+      {good, Log().Words({0x8000ABCD, 1, 2, 3})},
+      {good, Log().Words({kDriverEventMagic, 0, 0, 12, 1, 2, 3})},
+      {good, Log().Words({kDriverEventMagic, 0, 0, 0x80000000})},
+      {good, Log().Words({kDriverEventMagic, 0, 1, 4})},
+      {good, Log().Words({kDriverEventMagic, 0, 2, 4})},
+      {reload, Log().Words({1, 6, 0x0E05000C})},
+      {reload, Log().Words({kHeaderMagic, 5})},
+      {reload, Log().Words({kHeaderMagic, 7, 0x0E05000C})},
+      {reload, Log().Header("14.1.8")},
   };
-  for (const auto& c : kCases) {
-    EXPECT_TRUE(sharkd_->Open(c.start + c.rest.bytes()));
+  for (const auto& [start, rest] : kCases) {
+    const std::string bytes = start + rest.bytes();
+    LogReader log(ReadFrom(bytes));
+    for (LogItem item; log.Read(item);) continue;
+    std::string report = DescribeLogEnd(log.end());
+    std::replace(report.begin(), report.end(), '\n', ' ');
+    const bool is_cut = log.end().kind == LogEnd::Kind::kCut;
+    EXPECT_TRUE(sharkd_->Open(bytes));
     const Lines reports = sharkd_->ShowFields({"_ws.expert.message"});
-    ASSERT_FALSE(reports.empty()) << c.report;
+    ASSERT_FALSE(reports.empty()) << report;
     Lines expected(reports.size());
-    if (!c.report.empty()) expected.back() = "After this record the log is " + c.report;
-    EXPECT_EQ(FindDifference(reports, expected), "") << c.report;
+    if (is_cut) expected.back() = "After this record the log is cut";
+    if (!report.empty()) expected.back() = "After this record the log is damaged: " + report;
+    EXPECT_EQ(FindDifference(reports, expected), "") << report;
   }
 }
 
@@ -494,6 +496,8 @@ TEST_F(PluginInSharkd, FramesInside) {
       {UnitdataInd(3, arp + padding + ping), "icmp && arp.opcode == 1"},
       {UnitdataInd(1, tcp), "tcp && !tcp.analysis.retransmission"},
       {UnitdataInd(1, tcp), "tcp.analysis.retransmission"},
+      // The dissector of this type writes no Info.
+      {UnitdataInd(1, MakeEthernetFrame(kPhone.mac, kServer.mac, 0x88B8, snap)), "goose"},
       // These are not shown.
       {UnitdataInd(4, tcp), "udi.data_unit_descriptor == 4 && !eth"},
       {Fapi(0x2300).PadTo(38).BulkBytes("\x08" + beacon.substr(1)), "udi.frame[0] == 8 && !wlan"},
@@ -519,6 +523,7 @@ TEST_F(PluginInSharkd, FramesInside) {
   EXPECT_EQ(sharkd_->Filter("_ws.lua.error"), Lines{});
   for (const std::string& columns : sharkd_->ShowFields({})) {
     ASSERT_NE(columns.find("|firmware|host|UDI|"), std::string::npos) << columns;
+    ASSERT_EQ(columns.find(", }"), std::string::npos) << columns;
   }
 }
 
@@ -529,6 +534,12 @@ TEST_F(PluginInSharkd, PreferencesForFramesInside) {
   sharkd_->Open(log);
   EXPECT_EQ(sharkd_->Filter("eth || wlan"), (Lines{"5", "10", "64"}));
   EXPECT_EQ(sharkd_->Filter(R"(wlan.ssid == "home")"), (Lines{"5", "10", "64"}));
+  // A dump is called data, then information_elements, then nan_tlvs, which are no elements.
+  const Fapi followup = Fapi(0x2031).PadTo(60).BulkBytes(FromHex("0004") + "home");
+  sharkd_->Open(Log().Header("14.0.0").Signal(0ms, followup).Unload(0ms).Load(0ms).bytes() +
+                Log().Header("14.0.6").Signal(0ms, followup).Unload(0ms).Load(0ms).bytes() +
+                Log().Header("14.5.12").Signal(0ms, followup).bytes());
+  EXPECT_EQ(sharkd_->Filter("wlan"), (Lines{"1", "4"}));
   sharkd_->SetPreference("dissect_frames", "TRUE");
   sharkd_->SetPreference("dissect_elements", "FALSE");
 }

@@ -21,19 +21,26 @@ constexpr const char* kNoFilter = "A UDI log has no capture filter. Use a displa
 
 struct Arguments {
   int task = 0;
-  std::string version;  // of Wireshark
   std::string interface_name = kInterface;
   std::string filter;
   CaptureOptions capture;
 };
 
-enum Task : int { kListInterfaces = 1, kListLinkTypes, kListFields, kCapture, kShowUsage, kText };
+enum Option : int {
+  kListInterfaces = 1,
+  kListLinkTypes,
+  kListFields,
+  kCapture,
+  kShowUsage,
+  kIgnored,
+  kText,
+};
 
 // Returns false, after a report, if an option is wrong.
 bool ReadArguments(int argc, char** argv, Arguments& arguments) {
-  std::string* const texts[] = {&arguments.version,         &arguments.interface_name,
-                                &arguments.filter,          &arguments.capture.fifo,
-                                &arguments.capture.command, &arguments.capture.serial};
+  std::string* const texts[] = {&arguments.interface_name, &arguments.filter,
+                                &arguments.capture.fifo, &arguments.capture.command,
+                                &arguments.capture.serial};
   // The values of the last options are texts, in this order.
   constexpr option kOptions[] = {
       {"extcap-interfaces", no_argument, nullptr, kListInterfaces},
@@ -41,12 +48,12 @@ bool ReadArguments(int argc, char** argv, Arguments& arguments) {
       {"extcap-config", no_argument, nullptr, kListFields},
       {"capture", no_argument, nullptr, kCapture},
       {"help", no_argument, nullptr, kShowUsage},
-      {"extcap-version", optional_argument, nullptr, kText},
-      {"extcap-interface", required_argument, nullptr, kText + 1},
-      {"extcap-capture-filter", required_argument, nullptr, kText + 2},
-      {"fifo", required_argument, nullptr, kText + 3},
-      {"command", required_argument, nullptr, kText + 4},
-      {"serial", required_argument, nullptr, kText + 5},
+      {"extcap-version", optional_argument, nullptr, kIgnored},
+      {"extcap-interface", required_argument, nullptr, kText},
+      {"extcap-capture-filter", required_argument, nullptr, kText + 1},
+      {"fifo", required_argument, nullptr, kText + 2},
+      {"command", required_argument, nullptr, kText + 3},
+      {"serial", required_argument, nullptr, kText + 4},
       {},
   };
   for (;;) {
@@ -54,8 +61,8 @@ bool ReadArguments(int argc, char** argv, Arguments& arguments) {
     if (option == -1) return true;
     if (option == '?') return false;
     if (option >= kText) {
-      if (optarg != nullptr) *texts[option - kText] = optarg;
-    } else {
+      *texts[option - kText] = optarg;
+    } else if (option != kIgnored) {
       arguments.task = option;
     }
   }
