@@ -46,6 +46,10 @@ std::span<const CompiledField> GetFields(const CompiledSignal& signal) {
   return std::span(kFields).subspan(signal.first_field, signal.field_count);
 }
 
+bool HoldsSecret(const CompiledField& field) {
+  return compile::kFieldsAreSecret[static_cast<std::size_t>(&field - kFields.data())];
+}
+
 PaddedText FindLabel(std::size_t enum_index, std::uint16_t value, HipVersionTag version) {
   const std::span<const CompiledLabel> labels = ListLabels(enum_index);
   const bool is_dense = value < kCompiledEnums[enum_index].dense_count;

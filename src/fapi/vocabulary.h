@@ -19,6 +19,10 @@ const CompiledSignal* FindSignal(HipVersionTag version, std::uint16_t id);
 // The dumps and fields of a signal, in print order.
 std::span<const CompiledField> GetFields(const CompiledSignal& signal);
 
+// Whether a log gives something away by this field of a signal, so that it is not kept when the
+// log is redacted: see secret_fields.h. Dumps and addresses are not among these fields.
+bool HoldsSecret(const CompiledField& field);
+
 // Returns the label of exactly this value in this version, or an empty text. Bit sets
 // are looked up as a whole, not bit by bit. `enum_index` is from a kEnum16 field.
 PaddedText FindLabel(std::size_t enum_index, std::uint16_t value, HipVersionTag version);

@@ -5,9 +5,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 
 #include "fapi/compile/rows.h"
 #include "fapi/compile/text.h"
+#include "fapi/secret_fields.h"
 
 // The rules that rows must keep together. g++ and clang print the template arguments
 // with the message; they show the version, the id, the tables and the lines.
@@ -108,6 +110,17 @@ consteval UnusedLabels FindUnusedLabels() {
   return {};
 }
 inline constexpr UnusedLabels kUnusedLabels = FindUnusedLabels();
+
+consteval bool EachSecretFieldIsInARow() {
+  std::array<bool, std::size(kSecretFields)> found{};
+  for (const VocabularyRow& row : kRows) {
+    for (const FieldToken& field : row.fields()) {
+      for (std::size_t i = 0; i < found.size(); ++i) found[i] |= field.name == kSecretFields[i];
+    }
+  }
+  return std::find(found.begin(), found.end(), false) == found.end();
+}
+static_assert(EachSecretFieldIsInARow(), "kSecretFields has a name that no field has");
 
 consteval char GetHexDigit(unsigned number, unsigned place) {
   return "0123456789ABCDEF"[number >> 4 * place & 0xFU];

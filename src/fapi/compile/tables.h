@@ -8,6 +8,7 @@
 #include "fapi/compile/rows.h"
 #include "fapi/compile/text.h"
 #include "fapi/compiled_signal.h"
+#include "fapi/secret_fields.h"
 
 // The tables that decoders use. They are small, so that the part in use stays in the
 // processor's cache.
@@ -35,6 +36,17 @@ consteval std::array<CompiledField, kFieldCount> CompileFields() {
   return fields;
 }
 inline constexpr std::array<CompiledField, kFieldCount> kFields = CompileFields();
+
+// By the index of kFields.
+consteval std::array<bool, kFieldCount> FindSecretFields() {
+  std::array<bool, kFieldCount> are_secret{};
+  std::size_t next = 0;
+  for (const VocabularyRow& row : kRows) {
+    for (const FieldToken& field : row.fields()) are_secret[next++] = IsSecret(field);
+  }
+  return are_secret;
+}
+inline constexpr std::array<bool, kFieldCount> kFieldsAreSecret = FindSecretFields();
 
 consteval std::array<CompiledSignal, kRowCount> CompileSignals() {
   std::array<CompiledSignal, kRowCount> signals{};
