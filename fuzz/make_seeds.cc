@@ -42,6 +42,7 @@ int main(int argc, char** argv) {
   const auto write_log = [&](const std::string& name, const std::string& log) {
     WriteSeed(directory / "query_log", name, log);
     WriteSeed(directory / "decode_log", name, '\0' + log);
+    WriteSeed(directory / "redact_log", name, '\0' + log);
   };
   write_log("session", SessionLog().bytes());
   for (const HipVersionName& version : kHipVersionNames) {

@@ -68,6 +68,7 @@ class DocumentShell {
     std::filesystem::create_directory(bin());
     WriteScript(bin() + "/vrkt_wlan_udi_log_decode", "exec " + ToolCommand() + " \"$@\"");
     WriteScript(bin() + "/vrkt_wlan_udi_log", "cat session.udi");
+    WriteScript(bin() + "/vrkt_wlan_udi_log_cut", "exec " + ShellCommand(VRKT_CUT) + " \"$@\"");
     // Another python3 in the path may lack what the system's packages have.
     WriteScript(bin() + "/python3", "exec /usr/bin/python3 \"$@\"");
     WriteScript(bin() + "/adb", R"([ "$1" = exec-out ] && shift && exec "$@")");
