@@ -196,10 +196,14 @@ function listTicks(u, axis, min, max) {
     for (let time = Math.ceil((start + local) / width) * width - local; time <= end; time += width) {
       ticks.push(s.start + time - s.from);
     }
-    // A short stretch has a tick at its start, if there is room.
-    if (ticks.length === before && (!before || (from - ticks[before - 1]) / perPixel > 76)) ticks.push(from);
+    if (ticks.length === before) ticks.push(from);  // a short stretch
   }
-  return ticks;
+  let last = -Infinity;
+  return ticks.filter((x) => {
+    if ((x - last) / perPixel < 70) return false;
+    last = x;
+    return true;
+  });
 }
 
 function nameTicks(u, ticks) {

@@ -415,15 +415,15 @@ WITH
   frames AS (
     SELECT path,
       (time_ms / 1000 * 65536 + vif) * 8 +
-        CASE signal
-          WHEN 'ma_unitdata_req' THEN 1
-          WHEN 'ma_unitdata_ind' THEN 2
+        CASE id
+          WHEN 0x1000 THEN 1
+          WHEN 0x1300 THEN 2
           ELSE CASE transmission_status WHEN 'retry_limit' THEN 4 WHEN 'tx_lifetime' THEN 5
             WHEN 'no_bss' THEN 6 ELSE 7 END
         END AS frame_key,
       length(data) AS bytes
     FROM log
-    WHERE signal IN ('ma_unitdata_req', 'ma_unitdata_ind', 'ma_unitdata_cfm')
+    WHERE id IN (0x1000, 0x1100, 0x1300)  -- ma_unitdata_req, _cfm, _ind
       AND transmission_status IS NOT 'successful'
     LIMIT -1  -- else the data are sorted, too
   ),
