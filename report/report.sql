@@ -336,7 +336,8 @@ ORDER BY ms DESC LIMIT 20;
 CREATE TEMP TABLE r_findings AS
 WITH
   found(kind, weight, text, n, total, log, record, time_ms) AS (
-    SELECT 'end', 2, 'the log ends here: ' || ending, 1, NULL, log, NULL, last_ms
+    SELECT 'end', 2, iif(ending = 'empty', 'a log is empty', 'the log ends here: ' || ending), 1,
+      NULL, log, NULL, last_ms
     FROM r_logs WHERE ending <> 'complete'
     UNION ALL
     SELECT 'link', 2, 'links lost: ' || coalesce(reason, ended_by), count(*),
