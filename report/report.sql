@@ -83,7 +83,7 @@ WHERE rssi < 0;  -- 0 and above: no measurement
 CREATE TEMP TABLE r_events AS
 SELECT log, record, time_ms, vif, signal, coalesce(signal, line) AS event,
   CASE WHEN signal = 'mlme_procedure_started_ind'
-      THEN nullif(lower(hex(substr(coalesce(frame, data), 11, 6))), '')
+      THEN nullif(substr(coalesce(frame, data), 21, 12), '')
     ELSE peer_sta_address END AS peer
 FROM log CROSS JOIN r_logs USING (path)
 WHERE signal IN ('mlme_connected_ind', 'mlme_procedure_started_ind', 'mlme_disconnect_ind',

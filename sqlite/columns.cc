@@ -1,21 +1,10 @@
 #include "columns.h"
 
 #include <algorithm>
+#include <set>
 #include <span>
-#include <string_view>
 
 #include "fapi/vocabulary.h"
-
-namespace {
-
-constexpr std::string_view kFixedColumns =
-    "CREATE TABLE udi(record INTEGER, stamp TEXT, time_ms INTEGER, signal TEXT, line TEXT, path "
-    "TEXT HIDDEN, "
-    "id INTEGER HIDDEN, hip_version TEXT HIDDEN, uptime INTEGER HIDDEN, request INTEGER HIDDEN, "
-    "response_ms INTEGER HIDDEN, json TEXT HIDDEN, rowid INTEGER HIDDEN, oid INTEGER HIDDEN, "
-    "_rowid_ INTEGER HIDDEN";
-
-}  // namespace
 
 const Columns& Columns::Get() {
   static const Columns columns;
@@ -23,7 +12,7 @@ const Columns& Columns::Get() {
 }
 
 // The forms of a name can differ, so fields have the type NUMERIC, which allows all values:
-// vif = '1' is true for the number 1.
+// vif = '1' is true for the number 1. Digits of dumps are no number, not even those of 00e1.
 //
 // The vocabulary has each name once, so the places of their texts identify the names.
 Columns::Columns() {
@@ -31,21 +20,27 @@ Columns::Columns() {
   constexpr std::uint16_t kNoColumn = 0xFFFF;
   std::vector<std::uint16_t> columns(kVocabularyTextCapacity, kNoColumn);  // by TextRange::start
   std::vector<TextRange> names;
+  std::set<std::uint16_t> dumps;
   for (const CompiledSignal& layout : layouts) {
     for (const CompiledField& field : GetFields(layout)) {
       if (columns[field.name.start] == kNoColumn) names.push_back(field.name);
+      if (field.form == FieldRenderer::kDump) dumps.insert(field.name.start);
       columns[field.name.start] = 0;
     }
   }
   std::sort(names.begin(), names.end(), [](TextRange left, TextRange right) {
     return GetText(left).text() < GetText(right).text();
   });
-  declaration_ += kFixedColumns;
+  declaration_ = "CREATE TABLE udi(";
+#define VRKT_DECLARE_COLUMN(name, declaration) \
+  declaration_ += name == 0 ? declaration : ", " declaration;
+  VRKT_UDI_COLUMNS(VRKT_DECLARE_COLUMN)
+#undef VRKT_DECLARE_COLUMN
   for (std::size_t column = 0; column < names.size(); ++column) {
     columns[names[column].start] = static_cast<std::uint16_t>(column);
     declaration_ += ", \"";
     declaration_ += GetText(names[column]).text();
-    declaration_ += "\" NUMERIC HIDDEN";
+    declaration_ += dumps.contains(names[column].start) ? "\" TEXT HIDDEN" : "\" NUMERIC HIDDEN";
   }
   declaration_ += ')';
 

@@ -13,24 +13,33 @@
 // and the layout's.
 
 // In the order of the table. SELECT * shows those before kPath. As a table-valued function,
-// udi takes the hidden columns as its arguments, so kPath is the first of them.
+// udi takes the hidden columns as its arguments, so kPath is the first of them. The last three
+// replace SQLite's own names of the rowid.
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): makes the enum and the declaration
+#define VRKT_UDI_COLUMNS(X)                    \
+  X(kRecord, "record INTEGER")                 \
+  X(kStamp, "stamp TEXT")                      \
+  X(kTimeMs, "time_ms INTEGER")                \
+  X(kSignal, "signal TEXT")                    \
+  X(kLine, "line TEXT")                        \
+  X(kPath, "path TEXT HIDDEN")                 \
+  X(kId, "id INTEGER HIDDEN")                  \
+  X(kHipVersion, "hip_version TEXT HIDDEN")    \
+  X(kUptime, "uptime INTEGER HIDDEN")          \
+  X(kRequest, "request INTEGER HIDDEN")        \
+  X(kResponseMs, "response_ms INTEGER HIDDEN") \
+  X(kJson, "json TEXT HIDDEN")                 \
+  X(kFailure, "failure INTEGER HIDDEN")        \
+  X(kDumpBytes, "dump_bytes INTEGER HIDDEN")   \
+  X(kRowid, "rowid INTEGER HIDDEN")            \
+  X(kOid, "oid INTEGER HIDDEN")                \
+  X(kUnderscoreRowid, "_rowid_ INTEGER HIDDEN")
+
 enum Column : int {
-  kRecord,
-  kStamp,
-  kTimeMs,
-  kSignal,
-  kLine,
-  kPath,
-  kId,
-  kHipVersion,
-  kUptime,
-  kRequest,
-  kResponseMs,
-  kJson,
-  kRowid,  // these three replace SQLite's own
-  kOid,
-  kUnderscoreRowid,
-  kFirstField,
+#define VRKT_NAME_COLUMN(name, declaration) name,
+  VRKT_UDI_COLUMNS(VRKT_NAME_COLUMN)
+#undef VRKT_NAME_COLUMN
+      kFirstField,
 };
 
 class Columns {

@@ -1,5 +1,6 @@
 #include "log_row.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <limits>
@@ -9,9 +10,11 @@
 #include "base/little_endian.h"
 #include "columns.h"
 #include "fapi/vocabulary.h"
+#include "hip/failures.h"
 #include "hip/field_rendering.h"
 #include "hip/field_value.h"
 #include "hip/signal_routing.h"
+#include "table_base.h"
 
 namespace {
 
@@ -20,11 +23,6 @@ constexpr unsigned kJsonSubtype = 'J';
 
 std::string_view RemoveLastCharacter(std::string_view text) {
   return text.substr(0, text.size() - 1);
-}
-
-// SQLite copies it, because it keeps results for longer than a row.
-void ReturnText(sqlite3_context* context, std::string_view text) {
-  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
 // The text ends with a 0. If SQLite knows that, it saves a second copy.
@@ -89,9 +87,9 @@ void AppendQuoted(LinePiece& piece, std::string_view text) {
   piece.Append('"');
 }
 
-void AppendTimeMs(LinePiece& piece, std::int64_t time_ms) {
+void AppendInteger(LinePiece& piece, std::int64_t number) {
   std::array<char, std::numeric_limits<std::int64_t>::digits10 + 2> digits{};
-  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), time_ms).ptr;
+  const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
   piece.Append(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
 }
 
@@ -119,6 +117,23 @@ void AppendJsonValue(LinePiece& piece, const CompiledField& field, const FieldVa
     case FieldValue::Kind::kBytes:
       break;
   }
+}
+
+std::string QuoteForJson(std::string_view text) {
+  std::string quoted = "\"";
+  for (const char c : text) {
+    constexpr unsigned char kFirstPrintable = 0x20;
+    if (static_cast<unsigned char>(c) < kFirstPrintable) {
+      LinePiece piece;
+      piece.Append("\\u");
+      piece.AppendHex(std::uint16_t{static_cast<unsigned char>(c)});
+      quoted += piece.text();
+      continue;
+    }
+    if (c == '"' || c == '\\') quoted += '\\';
+    quoted += c;
+  }
+  return quoted + '"';
 }
 
 // The longest member: a comma, a name in quotes, a colon, and a label or words.
@@ -174,6 +189,20 @@ const SignalView* ViewFields(LogRow& row) {
   return record.kind == Record::Kind::kSignal ? &record.signal : nullptr;
 }
 
+void TrackExchange(LogRow& row, ExchangeTracker& exchanges) {
+  row.understood.reset();
+  row.request.reset();
+  if (row.item.IsEvent(DriverEventType::kLoad)) exchanges.ForgetRequests();
+  if (const SignalView* const signal = ViewFields(row)) {
+    row.request = exchanges.Add(*signal, {row.record, GetTimeMs(row)});
+  }
+}
+
+bool HasFailed(LogRow& row) {
+  const SignalView* const signal = ViewFields(row);
+  return signal != nullptr && FindFailure(*signal) != nullptr;
+}
+
 void ReturnStamp(sqlite3_context* context, const LogRow& row, RowTexts& texts) {
   ReturnText(context, RemoveLastCharacter(texts.stamp.Format(row.item.time)));
 }
@@ -186,14 +215,45 @@ void ReturnLine(sqlite3_context* context, LogRow& row, RowTexts& texts) {
   text.Return(piece.text());
 }
 
+void ReturnFailure(sqlite3_context* context, LogRow& row) {
+  sqlite3_result_int(context, HasFailed(row) ? 1 : 0);
+}
+
+void ReturnDumpBytes(sqlite3_context* context, LogRow& row) {
+  const SignalView* const signal = ViewFields(row);
+  if (signal == nullptr) return;
+  const std::span<const CompiledField> fields = GetFields(*signal->layout);
+  const bool has_dump = std::any_of(fields.begin(), fields.end(), [](const CompiledField& field) {
+    return field.form == FieldRenderer::kDump;
+  });
+  if (has_dump) sqlite3_result_int64(context, static_cast<sqlite3_int64>(signal->dump.size()));
+}
+
 // The members have the names of the columns. A row without fields has its line instead.
-void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts) {
+void ReturnJson(sqlite3_context* context, LogRow& row, const std::string& path, RowTexts& texts) {
   PartedText text(context, texts.long_text);
+  if (path != texts.path) {
+    texts.path = path;
+    texts.json_path = QuoteForJson(path);
+  }
   LinePiece piece;
-  piece.Append(R"({"stamp":")");
+  piece.Append(R"({"path":)");
+  if (texts.json_path.size() > LinePiece::capacity() / 4) {
+    text(piece.text());
+    piece.Clear();
+    text(texts.json_path);
+  } else {
+    piece.Append(texts.json_path);
+  }
+  piece.Append(R"(,"record":)");
+  AppendInteger(piece, static_cast<std::int64_t>(row.record));
+  piece.Append(R"(,"stamp":")");
   piece.Append(RemoveLastCharacter(texts.stamp.Format(row.item.time)));
   piece.Append(R"(","time_ms":)");
-  AppendTimeMs(piece, GetTimeMs(row));
+  AppendInteger(piece, GetTimeMs(row));
+  piece.Append(R"(,"hip_version":")");
+  piece.Append(std::string_view(row.version->name));
+  piece.Append('"');
   piece.Append(",\"signal\":");
   if (const CompiledSignal* const layout = FindLayout(row)) {
     piece.Append('"');
@@ -218,12 +278,15 @@ void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts) {
   sqlite3_result_subtype(context, kJsonSubtype);
 }
 
-void ReturnField(sqlite3_context* context, LogRow& row, int column) {
-  const SignalView* const signal = ViewFields(row);
+void ReturnField(sqlite3_context* context, LogRow& row, int column, RowTexts& texts) {
+  // Most signals do not have the field, which their id says.
+  const CompiledSignal* const layout = FindLayout(row);
+  const CompiledField* const field =
+      layout == nullptr ? nullptr : Columns::Get().FindField(*layout, column);
+  const SignalView* const signal = field == nullptr ? nullptr : ViewFields(row);
   if (signal == nullptr) return;
-  const CompiledField* const field = Columns::Get().FindField(*signal->layout, column);
-  if (field == nullptr) return;
   const FieldValue value = ReadField(*signal, *field);
+  LinePiece piece;
   switch (value.kind) {
     case FieldValue::Kind::kNumber:
       sqlite3_result_int64(context, value.number);
@@ -231,21 +294,21 @@ void ReturnField(sqlite3_context* context, LogRow& row, int column) {
     case FieldValue::Kind::kLabel:
       ReturnConstant(context, value.label.text());
       break;
-    case FieldValue::Kind::kDigits: {
-      LinePiece piece;
+    case FieldValue::Kind::kDigits:
       AppendValue(piece, *field, value);
       ReturnText(context, piece.text());
       break;
-    }
-    case FieldValue::Kind::kWords: {
-      LinePiece piece;
+    case FieldValue::Kind::kWords:
       AppendWords(piece, value.bytes);
       ReturnText(context, piece.text());
       sqlite3_result_subtype(context, kJsonSubtype);
       break;
-    }
-    case FieldValue::Kind::kBytes:
-      sqlite3_result_blob64(context, value.bytes.data(), value.bytes.size(), SQLITE_TRANSIENT);
+    case FieldValue::Kind::kBytes: {
+      PartedText text(context, texts.long_text);
+      AppendBytes(piece, value.bytes, text);
+      piece.Append('\0');
+      text.Return(piece.text());
       break;
+    }
   }
 }

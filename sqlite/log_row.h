@@ -37,18 +37,29 @@ const Record& Understand(LogRow& row);
 // otherwise.
 const SignalView* ViewFields(LogRow& row);
 
+// Whether the row is a signal that reports a failure.
+bool HasFailed(LogRow& row);
+
+// Finds what a new row answers. Every row of the log is needed, in order, also those that the query
+// does not ask for.
+void TrackExchange(LogRow& row, ExchangeTracker& exchanges);
+
 inline std::int64_t GetTimeMs(const LogRow& row) { return GetExactTime(row.item.time).ToMs(); }
 
 // The memory for making texts, kept for the next row.
 struct RowTexts {
   LineStamp stamp;
   std::string long_text;
+  std::string path;
+  std::string json_path;  // `path`, quoted
 };
 
 // Each of these sets the result of a column.
 void ReturnStamp(sqlite3_context* context, const LogRow& row, RowTexts& texts);
 void ReturnLine(sqlite3_context* context, LogRow& row, RowTexts& texts);
-void ReturnJson(sqlite3_context* context, LogRow& row, RowTexts& texts);
-void ReturnField(sqlite3_context* context, LogRow& row, int column);
+void ReturnJson(sqlite3_context* context, LogRow& row, const std::string& path, RowTexts& texts);
+void ReturnFailure(sqlite3_context* context, LogRow& row);
+void ReturnDumpBytes(sqlite3_context* context, LogRow& row);
+void ReturnField(sqlite3_context* context, LogRow& row, int column, RowTexts& texts);
 
 #endif  // VRKT_SQLITE_LOG_ROW_H_

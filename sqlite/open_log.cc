@@ -55,6 +55,12 @@ std::unique_ptr<OpenLog> OpenLog::Open(const std::string& path, bool keeps_bad_h
 
 OpenLog::~OpenLog() { ::close(file_); }
 
+struct stat OpenLog::GetStatus() const {
+  struct stat status {};
+  fstat(file_, &status);
+  return status;
+}
+
 std::string OpenLog::DescribeEnd() const {
   switch (reader_.end().kind) {
     case LogEnd::Kind::kComplete:
@@ -68,7 +74,8 @@ std::string OpenLog::DescribeEnd() const {
 
 void OpenLog::HandleEnd() {
   has_ended_ = true;
-  if (reader_.end().kind == LogEnd::Kind::kComplete) return;
+  if (reader_.end().kind == LogEnd::Kind::kComplete || has_reported_) return;
+  has_reported_ = true;
   // SQLite cuts a message to 210 bytes. The end of a long path distinguishes logs better
   // than its start.
   constexpr std::size_t kShown = 80;

@@ -1,6 +1,8 @@
 #ifndef VRKT_SQLITE_OPEN_LOG_H_
 #define VRKT_SQLITE_OPEN_LOG_H_
 
+#include <sys/stat.h>
+
 #include <memory>
 #include <string>
 
@@ -22,8 +24,17 @@ class OpenLog {
 
   const LogReader& reader() const { return reader_; }
 
+  // The file as it is now. Only a regular one can be read from any place.
+  struct stat GetStatus() const;
+
+  // Continues at a position of a regular file, also after the end. Returns false on failure.
+  bool Seek(const LogPosition& position) {
+    has_ended_ = false;
+    return reader_.Seek(position);
+  }
+
   // Reads the next item, a header or a record. Returns false at the end, also if it is
-  // called again. A log that is cut or damaged is then reported to sqlite3_log.
+  // called again. A log that is cut or damaged is then reported to sqlite3_log, once.
   bool Read(LogItem& item) {
     if (has_ended_) return false;
     if (reader_.Read(item)) return true;
@@ -46,6 +57,7 @@ class OpenLog {
   LogReader reader_;
   bool has_header_ = false;
   bool has_ended_ = false;
+  bool has_reported_ = false;
 };
 
 #endif  // VRKT_SQLITE_OPEN_LOG_H_

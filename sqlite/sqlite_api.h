@@ -10,8 +10,9 @@
 // them directly.
 SQLITE_EXTENSION_INIT3
 
-// The first version in which sqlite3_vtab_config knows SQLITE_VTAB_DIRECTONLY.
-inline constexpr int kOldestSqlite = 3031000;
+// The first version with sqlite3_vtab_in, sqlite3_vtab_distinct and sqlite3_vtab_rhs_value.
+inline constexpr int kOldestSqlite = 3038000;
+static_assert(SQLITE_VERSION_NUMBER >= kOldestSqlite, "SQLite 3.38 or later is required");
 
 // Runs a callback and returns its status. SQLite is C, so no exception may reach it. The
 // only one that occurs is that there is no memory.

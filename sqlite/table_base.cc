@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <memory>
-#include <optional>
-#include <string_view>
 #include <utility>
 
 namespace {
@@ -36,41 +33,44 @@ std::optional<std::string> Unquote(std::string_view argument) {
 }  // namespace
 
 int ConnectTable(sqlite3* db, const std::string& declaration, int argc, const char* const* argv,
-                 sqlite3_vtab** table, char** error) {
+                 LogTable& table, char** error) {
   constexpr int kFirstArgument = 3;  // after the names of module, database and table
-  auto made = std::make_unique<LogTable>();
-  made->has_fixed_logs = argc > kFirstArgument;
+  table.has_fixed_logs = argc > kFirstArgument;
   for (int i = kFirstArgument; i < argc; ++i) {
     std::optional<std::string> path = Unquote(argv[i]);
     if (!path || path->empty()) {
       *error = sqlite3_mprintf("not a path, as in 'session.udi': %s", argv[i]);
       return SQLITE_ERROR;
     }
-    made->paths.push_back(std::move(*path));
+    table.paths.push_back(std::move(*path));
   }
   int status = sqlite3_declare_vtab(db, declaration.c_str());
   if (status == SQLITE_OK) status = sqlite3_vtab_config(db, SQLITE_VTAB_DIRECTONLY);
-  if (status != SQLITE_OK) {
-    *error = sqlite3_mprintf("%s", sqlite3_errmsg(db));
-    return status;
-  }
-  *table = &made.release()->base;
-  return SQLITE_OK;
+  if (status != SQLITE_OK) *error = sqlite3_mprintf("%s", sqlite3_errmsg(db));
+  return status;
 }
 
-int DisconnectTable(sqlite3_vtab* table) {
-  delete &GetTable(table);
-  return SQLITE_OK;
-}
-
-LogRange FindLog(LogTable& table, sqlite3_value* argument) {
-  if (sqlite3_value_type(argument) == SQLITE_NULL) return {};
-  const auto* const path = reinterpret_cast<const char*>(sqlite3_value_text(argument));
-  if (path == nullptr) throw std::bad_alloc();
-  const auto found = std::find(table.paths.begin(), table.paths.end(), path);
+LogRange FindLog(LogTable& table, sqlite3_value* path) {
+  const int type = sqlite3_value_type(path);
+  if (type == SQLITE_NULL || type == SQLITE_BLOB) return {};
+  const std::string_view text = ReadText(path);
+  const auto found = std::find(table.paths.begin(), table.paths.end(), text);
   const auto place = static_cast<std::size_t>(found - table.paths.begin());
-  if (found == table.paths.end()) table.paths.emplace_back(path);
+  if (found == table.paths.end()) {
+    if (table.has_fixed_logs) return {};
+    table.paths.emplace_back(text);
+  }
   return {place, place + 1};
+}
+
+std::string_view ReadText(sqlite3_value* value) {
+  const void* const text = sqlite3_value_text(value);
+  if (text == nullptr) throw std::bad_alloc();
+  return {static_cast<const char*>(text), static_cast<std::size_t>(sqlite3_value_bytes(value))};
+}
+
+void ReturnText(sqlite3_context* context, std::string_view text) {
+  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
 }
 
 int SetError(sqlite3_vtab& table, const std::string& message) {

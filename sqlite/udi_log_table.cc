@@ -29,18 +29,6 @@ struct Summary {
   std::string ending;
 };
 
-struct Scan {
-  LogRange logs;  // the next is that which `summary` describes
-  Summary summary;
-};
-
-struct Cursor {
-  sqlite3_vtab_cursor base;  // first, because SQLite has a pointer to it
-  Scan* scan;
-};
-
-Scan& GetScan(sqlite3_vtab_cursor* cursor) { return *reinterpret_cast<Cursor*>(cursor)->scan; }
-
 // A version never decreases in a log, so equal ones follow each other.
 Summary ReadSummary(OpenLog& log) {
   Summary summary;
@@ -66,149 +54,98 @@ Summary ReadSummary(OpenLog& log) {
   return summary;
 }
 
-// Reads the next log, if there is one.
-int ReadLog(Scan& scan, sqlite3_vtab& table) {
-  if (scan.logs.next == scan.logs.end) return SQLITE_OK;
-  std::string error;
-  const LogTable& logs = GetTable(&table);
-  const std::unique_ptr<OpenLog> log =
-      OpenLog::Open(logs.paths[scan.logs.next], logs.has_fixed_logs, error);
-  if (log == nullptr) return SetError(table, error);
-  scan.summary = ReadSummary(*log);
-  return SQLITE_OK;
-}
-
-int BestIndex(sqlite3_vtab* base, sqlite3_index_info* info) {
-  const LogTable& table = GetTable(base);
-  info->estimatedCost = 1e7;
-  info->estimatedRows = 1;
-  if (table.has_fixed_logs) {
-    info->estimatedCost *= static_cast<double>(table.paths.size());
-    info->estimatedRows = static_cast<sqlite3_int64>(table.paths.size());
-    return SQLITE_OK;
+struct UdiLogTable : LogTable {
+  static const std::string& GetDeclaration() {
+    static const std::string declaration = kDeclaration;
+    return declaration;
   }
-  bool is_unusable = false;
-  for (int i = 0; i < info->nConstraint; ++i) {
-    const auto& constraint = info->aConstraint[i];
-    const bool is_path = constraint.iColumn == kPath || constraint.iColumn == kLog;
-    if (!is_path || constraint.op != SQLITE_INDEX_CONSTRAINT_EQ) continue;
-    if (constraint.usable == 0) {
-      is_unusable = true;
-      continue;
+
+  int MakePlan(sqlite3_index_info* info) {
+    info->estimatedCost = 1e7;
+    info->estimatedRows = 1;
+    if (has_fixed_logs) {
+      info->estimatedCost *= static_cast<double>(paths.size());
+      info->estimatedRows = static_cast<sqlite3_int64>(paths.size());
+      return SQLITE_OK;
     }
-    info->aConstraintUsage[i] = {1, 1};
-    return SQLITE_OK;
-  }
-  if (is_unusable) return SQLITE_CONSTRAINT;
-  return SetError(*base, "udi_log needs a path, as in udi_log('session.udi')");
-}
-
-int Open(sqlite3_vtab* /*table*/, sqlite3_vtab_cursor** cursor) {
-  return CatchNoMemory([&] {
-    auto scan = std::make_unique<Scan>();
-    auto made = std::make_unique<Cursor>();
-    made->scan = scan.release();
-    *cursor = &made.release()->base;
-    return SQLITE_OK;
-  });
-}
-
-int Close(sqlite3_vtab_cursor* cursor) {
-  delete &GetScan(cursor);
-  delete reinterpret_cast<Cursor*>(cursor);
-  return SQLITE_OK;
-}
-
-int Filter(sqlite3_vtab_cursor* cursor, int /*plan*/, const char* /*text*/, int argc,
-           sqlite3_value** argv) {
-  return CatchNoMemory([&] {
-    Scan& scan = GetScan(cursor);
-    LogTable& table = GetTable(cursor->pVtab);
-    scan = Scan();
-    if (table.has_fixed_logs) {
-      scan.logs = {0, table.paths.size()};
-    } else if (argc > 0) {
-      scan.logs = FindLog(table, argv[0]);
+    bool is_unusable = false;
+    for (int i = 0; i < info->nConstraint; ++i) {
+      const auto& constraint = info->aConstraint[i];
+      const bool is_path = constraint.iColumn == kPath || constraint.iColumn == kLog;
+      if (!is_path || constraint.op != SQLITE_INDEX_CONSTRAINT_EQ) continue;
+      if (constraint.usable == 0) {
+        is_unusable = true;
+        continue;
+      }
+      info->aConstraintUsage[i] = {1, 1};
+      return SQLITE_OK;
     }
-    return ReadLog(scan, *cursor->pVtab);
-  });
-}
-
-int Next(sqlite3_vtab_cursor* cursor) {
-  return CatchNoMemory([&] {
-    ++GetScan(cursor).logs.next;
-    return ReadLog(GetScan(cursor), *cursor->pVtab);
-  });
-}
-
-int IsAtEnd(sqlite3_vtab_cursor* cursor) {
-  const Scan& scan = GetScan(cursor);
-  return scan.logs.next == scan.logs.end ? 1 : 0;
-}
-
-int GetRowid(sqlite3_vtab_cursor* cursor, sqlite3_int64* rowid) {
-  *rowid = static_cast<sqlite3_int64>(GetScan(cursor).logs.next) + 1;
-  return SQLITE_OK;
-}
-
-void ReturnTime(sqlite3_context* context, std::optional<std::int64_t> time_ms) {
-  if (time_ms) sqlite3_result_int64(context, *time_ms);
-}
-
-void ReturnText(sqlite3_context* context, const std::string& text) {
-  sqlite3_result_text64(context, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8);
-}
-
-int ReadColumn(sqlite3_vtab_cursor* cursor, sqlite3_context* context, int column) {
-  const Scan& scan = GetScan(cursor);
-  const Summary& summary = scan.summary;
-  switch (static_cast<Column>(column)) {
-    case kPath:
-    case kLog:
-      ReturnText(context, GetTable(cursor->pVtab).paths[scan.logs.next]);
-      break;
-    case kRecords:
-      sqlite3_result_int64(context, summary.records);
-      break;
-    case kBytes:
-      sqlite3_result_int64(context, static_cast<sqlite3_int64>(summary.bytes));
-      break;
-    case kHipVersions:
-      ReturnText(context, summary.hip_versions);
-      break;
-    case kFirstMs:
-      ReturnTime(context, summary.first_ms);
-      break;
-    case kLastMs:
-      ReturnTime(context, summary.last_ms);
-      break;
-    case kEnding:
-      ReturnText(context, summary.ending);
-      break;
+    if (is_unusable) return SQLITE_CONSTRAINT;
+    return SetError(*this, "udi_log needs a path, as in udi_log('session.udi')");
   }
-  return SQLITE_OK;
-}
+};
 
-int Connect(sqlite3* db, void* /*unused*/, int argc, const char* const* argv, sqlite3_vtab** table,
-            char** error) {
-  return CatchNoMemory([&] { return ConnectTable(db, kDeclaration, argc, argv, table, error); });
-}
+class UdiLogCursor : public sqlite3_vtab_cursor {
+ public:
+  explicit UdiLogCursor(UdiLogTable& table) : sqlite3_vtab_cursor{}, table_(table) {}
+
+  int Filter(int /*plan*/, const char* /*text*/, sqlite3_value** values) {
+    logs_ = table_.has_fixed_logs ? GetAllLogs(table_) : FindLog(table_, values[0]);
+    return ReadLog();
+  }
+
+  int Next() {
+    ++logs_.next;
+    return ReadLog();
+  }
+
+  bool IsAtEnd() const { return logs_.next == logs_.end; }
+  sqlite3_int64 MakeRowid() const { return static_cast<sqlite3_int64>(logs_.next) + 1; }
+
+  void ReturnColumn(sqlite3_context* context, int column) const {
+    switch (static_cast<Column>(column)) {
+      case kPath:
+      case kLog:
+        ReturnText(context, table_.paths[logs_.next]);
+        break;
+      case kRecords:
+        sqlite3_result_int64(context, summary_.records);
+        break;
+      case kBytes:
+        sqlite3_result_int64(context, static_cast<sqlite3_int64>(summary_.bytes));
+        break;
+      case kHipVersions:
+        ReturnText(context, summary_.hip_versions);
+        break;
+      case kFirstMs:
+        if (summary_.first_ms) sqlite3_result_int64(context, *summary_.first_ms);
+        break;
+      case kLastMs:
+        if (summary_.last_ms) sqlite3_result_int64(context, *summary_.last_ms);
+        break;
+      case kEnding:
+        ReturnText(context, summary_.ending);
+        break;
+    }
+  }
+
+ private:
+  // Reads the next log, if there is one.
+  int ReadLog() {
+    if (IsAtEnd()) return SQLITE_OK;
+    std::string error;
+    const std::unique_ptr<OpenLog> log =
+        OpenLog::Open(table_.paths[logs_.next], table_.has_fixed_logs, error);
+    if (log == nullptr) return SetError(table_, error);
+    summary_ = ReadSummary(*log);
+    return SQLITE_OK;
+  }
+
+  UdiLogTable& table_;
+  LogRange logs_;  // the next is that which `summary_` describes
+  Summary summary_;
+};
 
 }  // namespace
 
-constexpr sqlite3_module kUdiLogModule = [] {
-  sqlite3_module module{};
-  module.xCreate = Connect;  // equals xConnect, which makes it a table-valued function, too
-  module.xConnect = Connect;
-  module.xBestIndex = BestIndex;
-  module.xDisconnect = DisconnectTable;
-  module.xDestroy = DisconnectTable;
-  module.xOpen = Open;
-  module.xClose = Close;
-  module.xFilter = Filter;
-  module.xNext = Next;
-  module.xEof = IsAtEnd;
-  module.xColumn = ReadColumn;
-  module.xRowid = GetRowid;
-  return module;
-}();
+constexpr sqlite3_module kUdiLogModule = MakeModule<UdiLogTable, UdiLogCursor>();

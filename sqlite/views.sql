@@ -53,7 +53,7 @@ WITH
       result_code AS result, reason_code AS reason,
       -- The third address of the frame in an mlme_roamed_ind is that of the access point.
       CASE signal
-        WHEN 'mlme_roamed_ind' THEN nullif(lower(hex(substr(coalesce(frame, data), 17, 6))), '')
+        WHEN 'mlme_roamed_ind' THEN nullif(substr(coalesce(frame, data), 33, 12), '')
         ELSE replace(coalesce(bssid, peer_sta_address), ':', '')
       END AS address
     FROM log
@@ -204,9 +204,9 @@ WITH
       -- Without colons. In a frame, the receiver is before the sender.
       CASE
         WHEN signal IN ('mlme_connect_ind', 'mlme_roamed_ind')
-          THEN nullif(hex(substr(coalesce(frame, data), 11, 6)), '')
+          THEN nullif(upper(substr(coalesce(frame, data), 21, 12)), '')
         WHEN signal = 'mlme_procedure_started_ind'
-          THEN nullif(hex(substr(coalesce(frame, data), 5, 6)), '')
+          THEN nullif(upper(substr(coalesce(frame, data), 9, 12)), '')
         ELSE upper(replace(coalesce(bssid, peer_sta_address), ':', ''))
       END AS peer
     FROM log
@@ -393,17 +393,11 @@ ORDER BY path, record;
 -- in mlme_rssi_report_ind, that of the frame in the results of scans.
 CREATE TEMP VIEW signal_strength AS
 SELECT path, record, stamp, time_ms, signal, vif,
-  coalesce(bssid, lower(substr(sender, 1, 2) || ':' || substr(sender, 3, 2) || ':' ||
-    substr(sender, 5, 2) || ':' || substr(sender, 7, 2) || ':' || substr(sender, 9, 2) || ':' ||
-    substr(sender, 11, 2))) AS peer,
-  rssi
-FROM (
-  SELECT path, record, stamp, time_ms, signal, vif, bssid,
-    nullif(hex(substr(coalesce(frame, data), 11, 6)), '') AS sender,
-    -- Its name in 13.1.0.
-    iif(signal = 'mlme_rssi_report_ind', coalesce(rssi, low_rssi_threshold), rssi) AS rssi
-  FROM log
-  WHERE signal IN ('mlme_rssi_report_ind', 'mlme_scan_ind', 'mlme_synchronised_ind'));
+  coalesce(bssid, udi_address(substr(coalesce(frame, data), 21, 12))) AS peer,
+  -- Its name in 13.1.0.
+  iif(signal = 'mlme_rssi_report_ind', coalesce(rssi, low_rssi_threshold), rssi) AS rssi
+FROM log
+WHERE signal IN ('mlme_rssi_report_ind', 'mlme_scan_ind', 'mlme_synchronised_ind');
 
 -- A row per interface and second with data frames. `sent` counts the frames that the host gave,
 -- `received` those that it got, and `bytes` is their length. `not_sent` counts the confirms of
@@ -421,7 +415,7 @@ WITH
           ELSE CASE transmission_status WHEN 'retry_limit' THEN 4 WHEN 'tx_lifetime' THEN 5
             WHEN 'no_bss' THEN 6 ELSE 7 END
         END AS frame_key,
-      length(data) AS bytes
+      dump_bytes AS bytes
     FROM log
     WHERE id IN (0x1000, 0x1100, 0x1300)  -- ma_unitdata_req, _cfm, _ind
       AND transmission_status IS NOT 'successful'

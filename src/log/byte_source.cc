@@ -32,12 +32,21 @@ std::size_t ByteSource::ReadMore(std::uint8_t* bytes, std::size_t size) {
   }
 }
 
+// The buffer begins at a multiple of its size, so that seeks forward and back in a part of the file
+// read it once.
 bool ByteSource::Seek(std::uint64_t offset) {
   const std::uint64_t start = offset_of_end_ - end_;
   if (offset < start || offset > offset_of_end_) {
-    if (!MoveDescriptor(offset)) return false;
-    end_ = 0;
-    offset_of_end_ = offset;
+    const std::uint64_t skipped = offset % kBufferSize;
+    if (!MoveDescriptor(offset - skipped)) return false;
+    const ssize_t result = read_(buffer_.data(), kBufferSize);
+    has_failed_ = result < 0;
+    end_ = result > 0 ? static_cast<std::size_t>(result) : 0;
+    offset_of_end_ = offset - skipped + end_;
+    if (end_ < skipped) {  // the file has become shorter, or the read has failed
+      next_ = end_;
+      return false;
+    }
   }
   next_ = end_ - static_cast<std::size_t>(offset_of_end_ - offset);
   return true;

@@ -43,7 +43,7 @@ class ByteSource {
   std::uint64_t offset() const { return offset_of_end_ - (end_ - next_); }
 
   // Continues at another offset. Reads nothing if the buffer has it. Returns false if the source
-  // is no descriptor of a file.
+  // is no descriptor of a file, or if the file ends before the offset.
   bool Seek(std::uint64_t offset);
 
   // Sets the descriptor's offset to the next byte, for programs that read the same file

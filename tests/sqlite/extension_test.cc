@@ -104,16 +104,11 @@ std::string FormatHex(unsigned number, int digits) {
 
 // The texts that a line can show for a value, longest first.
 Lines ListTexts(int type, const std::string& value) {
-  if (type == SQLITE_BLOB) {
-    std::string digits = "{";
-    for (const char c : value) digits += FormatHex(static_cast<unsigned char>(c), 2).substr(2);
-    return {digits + "}"};
-  }
   if (type == SQLITE_INTEGER) {
     const auto number = static_cast<unsigned>(std::stoll(value));
     return {FormatHex(number, 8), FormatHex(number, 4), FormatHex(number, 2), value};
   }
-  if (value[0] != '[') return {value};
+  if (value[0] != '[') return {"{" + value + "}", value};
   std::string words = "[";
   for (std::size_t at = 1; at < value.size(); at = value.find_first_of(",]", at) + 1) {
     words += FormatHex(static_cast<unsigned>(std::stoul(value.substr(at))), 4) + " ";
@@ -143,8 +138,7 @@ std::string ReadLine(const Statement& row, std::string line, std::string& json) 
     line = rest.substr(name.size() + 1 + text->size());
     if (!seen.insert(name).second) continue;
     const std::string quote = type == SQLITE_INTEGER || value[0] == '[' ? "" : "\"";
-    const std::string shown = type == SQLITE_BLOB ? text->substr(1, text->size() - 2) : value;
-    json += ",\"" + name + "\":" + quote + shown + quote;
+    json += ",\"" + name + "\":" + quote + value + quote;
   }
   return line + (seen.size() == fields.size() ? "" : " (lacks a field)");
 }
@@ -172,10 +166,12 @@ TEST_F(Extension, EveryValueOfEveryVersion) {
   std::string query =
       "SELECT stamp || ' ' || line, json, "
       "iif(instr(line, signal) = 1, substr(line, 1 + length(signal)), line), "
-      "printf('{\"stamp\":\"%s\",\"time_ms\":%d,\"signal\":\"%s\"', stamp, time_ms, signal) || "
+      "printf('{\"path\":\"%s\",\"record\":%d,\"stamp\":\"%s\",\"time_ms\":%d,"
+      "\"hip_version\":\"%s\",\"signal\":\"%s\"', path, record, stamp, time_ms, hip_version, "
+      "signal) || "
       "iif(line = '', ',\"line\":\"\"', '')";
   for (const std::string& name :
-       Query("SELECT name FROM pragma_table_xinfo('udi') WHERE cid > 14")) {
+       Query("SELECT name FROM pragma_table_xinfo('udi') WHERE cid > 16")) {
     query += ", \"" + name + "\"";
   }
   for (const HipVersionName& version : kHipVersionNames) {
@@ -266,7 +262,8 @@ TEST_F(Extension, Queries) {
         "result_code:host_request_failed spare_1:0 spare_2:0 spare_3:0"}},
       {"SELECT record, uptime, hip_version, id IS NULL, signal IS NULL FROM udi('@s') WHERE uptime",
        {"1|4711|14.3.10|1|1", "71|3|14.5.12|1|1"}},
-      {"SELECT signal, id, line, json FROM udi('@s') WHERE record BETWEEN 66 AND 68 AND vif IS "
+      {"SELECT signal, id, line, json_remove(json, '$.path', '$.record', '$.hip_version') FROM "
+       "udi('@s') WHERE record BETWEEN 66 AND 68 AND vif IS "
        "NULL",
        {"ma_unitdata_cfm|4352||{\"stamp\":\"2026/06/"
         "01-07:00:42.200\",\"time_ms\":1780297242200,"
@@ -275,7 +272,8 @@ TEST_F(Extension, Queries) {
         "1780297242250,\"signal\":null,\"line\":\"Unknown Hip Signal : 0x1077\"}",
         "|66|Unknown Driver Signal : 0x0042|{\"stamp\":\"2026/06/01-07:00:42.260\",\"time_ms\":"
         "1780297242260,\"signal\":null,\"line\":\"Unknown Driver Signal : 0x0042\"}"}},
-      {"SELECT record, time_ms, uptime, json FROM udi('@times')",
+      {"SELECT record, time_ms, uptime, json_remove(json, '$.path', '$.record', '$.hip_version') "
+       "FROM udi('@times')",
        {"1|1001500||{\"stamp\":\"1970/01/01-00:16:41.500\",\"time_ms\":1001500,\"signal\":null,"
         "\"line\":\"Driver: Loaded\"}",
         "2|999999||{\"stamp\":\"1970/01/01-00:16:40.999\",\"time_ms\":999999,\"signal\":null,"
@@ -284,11 +282,21 @@ TEST_F(Extension, Queries) {
         "\"signal\":null,\"uptime\":-1,\"line\":\"Driver: Uptime: -1 seconds\"}",
         "4|-2147483648000||{\"stamp\":\"1901/12/13-20:45:52.000\",\"time_ms\":-2147483648000,"
         "\"signal\":null,\"line\":\"Driver: Loaded\"}"}},
-      {"SELECT sequence_number ->> 0, json_array_length(sequence_number), hex(key), timestamp FROM "
+      {"SELECT sequence_number ->> 0, json_array_length(sequence_number), key, timestamp FROM "
        "udi('@s') WHERE record IN (12, 29) ORDER BY record DESC",
-       {"1|8|000102030405060708090A0B0C0D0E0F|", "|||0x40e2010000000000"}},
+       {"1|8|000102030405060708090a0b0c0d0e0f|", "|||0x40e2010000000000"}},
       {"SELECT record, json_group_array(json) ->> '$[0].signal' FROM udi('@s') WHERE record = 3",
        {"3|mlme_add_vif_req"}},
+      {"SELECT udi_address(substr(frame, 21, 12)), dump_bytes = length(frame) / 2 FROM udi('@s') "
+       "WHERE record = 8",
+       {"0a:0b:0c:0d:0e:1f|1"}},
+      {"SELECT udi_address('0a0b0c0d0e0'), udi_address('0a0b0c0d0e0z'), udi_address(x'00')",
+       {"||"}},
+      {"SELECT sum(failure), (SELECT count(*) FROM udi('@s') WHERE failure = 1) FROM udi('@s')",
+       {"3|3"}},
+      {"SELECT json ->> '$.path' = path, json ->> '$.record', json ->> '$.hip_version' FROM "
+       "udi('@it''s \"a\", (b]') WHERE record = 70",
+       {"1|70|14.3.10"}},
       {"SELECT signal, count(*) FROM udi('@s') GROUP BY signal ORDER BY signal DESC LIMIT 2",
        {"wlanlite_tx_start_req|1", "wlanlite_tx_start_cfm|1"}},
       {"SELECT count(*), sum(n) FROM (SELECT signal, count(*) AS n FROM udi('@s') GROUP BY 1)",

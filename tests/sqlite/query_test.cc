@@ -217,9 +217,9 @@ TEST_F(Query, CommandLines) {
        "cut -d'|' -f2",
        "0\n76\n76\n"},
       {"query -csv -header -separator ';' -nullvalue - -cmd 'SELECT 1' "
-       "'SELECT hex(information_elements) f, NULL n FROM log WHERE scan_type = \"full_scan\"' "
+       "'SELECT information_elements f, NULL n FROM log WHERE scan_type = \"full_scan\"' "
        "good.udi",
-       "0\n1\n1\nf;n\n0004686F6D65;-\n"},
+       "0\n1\n1\nf;n\n0004686f6d65;-\n"},
       {"query 'SELECT count(*) FROM log WHERE signal = \"mlme_connect_ind\"' cut.udi good.udi -",
        "2\n2\n" + kSay + "cut.udi: cut\n"},
       {"query --json -- '-- a comment\nSELECT 1 a' good.udi", "0\n[{\"a\":1}]\n"},
