@@ -22,17 +22,22 @@ bool LookUp::IsLimited() const {
          lowest_ms > all.lowest_ms || highest_ms < all.highest_ms;
 }
 
-std::shared_ptr<const LogIndex> LogIndex::Make(OpenLog& log, std::shared_ptr<const LogIndex> known,
-                                               bool needs_requests) {
+std::shared_ptr<const LogIndex> LogIndex::Make(OpenLog& log,
+                                               const std::shared_ptr<const LogIndex>& known,
+                                               const LookUp& look_up) {
+  const bool is_usable = known != nullptr && IsSameFile(known->file_, log.opened()) &&
+                         (known->exchanges_ || !look_up.needs_requests);
+  // What is appended to a log does not change the records before it.
+  if (is_usable && look_up.highest_record <= static_cast<std::int64_t>(known->records_)) {
+    return known;
+  }
   const struct stat file = log.GetStatus();
   if (!S_ISREG(file.st_mode)) return nullptr;
-  const bool continues = known != nullptr && IsSameFile(known->file_, file) &&
-                         known->file_.st_size <= file.st_size &&
-                         (known->exchanges_ || !needs_requests);
+  const bool continues = is_usable && known->file_.st_size <= file.st_size;
   if (continues && known->file_.st_size == file.st_size) return known;
   const auto made = continues ? std::make_shared<LogIndex>(*known) : std::make_shared<LogIndex>();
   made->file_ = file;
-  if (!continues && needs_requests) made->exchanges_.emplace();
+  if (!continues && look_up.needs_requests) made->exchanges_.emplace();
   return made->Read(log) ? made : nullptr;
 }
 

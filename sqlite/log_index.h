@@ -41,11 +41,12 @@ struct LookUp {
 
 class LogIndex {
  public:
-  // Returns an index of the log's records as they are now: `known` itself, if it is that, or a
-  // continuation of it. Reads the log from its start or from the end of `known`, and leaves it
-  // there. Returns null if the log cannot be read from any place.
-  static std::shared_ptr<const LogIndex> Make(OpenLog& log, std::shared_ptr<const LogIndex> known,
-                                              bool needs_requests);
+  // Returns an index with the records that a look-up in the log can find: `known`, if it has them,
+  // or a continuation of it. Reads the log from its start or from the end of `known`, and leaves
+  // it there. Returns null if the log cannot be read from any place.
+  static std::shared_ptr<const LogIndex> Make(OpenLog& log,
+                                              const std::shared_ptr<const LogIndex>& known,
+                                              const LookUp& look_up);
 
   // Returns the records that can match, in ascending order.
   std::vector<RecordRange> Find(const LookUp& look_up) const;

@@ -103,6 +103,8 @@ int LogScan::Start(const ScanPlan& plan, sqlite3_value** values) {
     }
   }
   if (!has_path) return SetError(table_, "udi needs a path, as in udi('session.udi')");
+  // Nothing matches, as for each row of an outer table whose value is NULL.
+  if (look_up_.lowest_record > look_up_.highest_record) logs_ = {};
   return OpenNextLog();
 }
 
@@ -167,29 +169,29 @@ int LogScan::OpenNextLog() {
     if (log_ == nullptr) return SetError(table_, error);
     row_.record = 0;
   }
-  return FindRecords();
+  FindRecords();
+  return SQLITE_OK;
 }
 
 // Finds the records of the log that can match.
-int LogScan::FindRecords() {
-  ranges_.clear();
+void LogScan::FindRecords() {
   next_range_ = 0;
   range_.reset();
-  if (look_up_.highest_record >= look_up_.lowest_record) {
-    ranges_.push_back({static_cast<std::uint64_t>(look_up_.lowest_record),
-                       static_cast<std::uint64_t>(look_up_.highest_record)});
-    if (look_up_.IsLimited()) {
-      UdiTable::LookedUpLog& looked_up = table_.looked_up[place_];
-      if (looked_up.look_ups++ > 0) {
-        index_ = LogIndex::Make(*log_, looked_up.index, look_up_.needs_requests);
-        if (index_ != looked_up.index) row_.record = kUnknownRecord;
-        looked_up.index = index_;
-      }
+  if (look_up_.IsLimited()) {
+    UdiTable::LookedUpLog& looked_up = table_.looked_up[place_];
+    if (looked_up.look_ups++ > 0) {
+      index_ = LogIndex::Make(*log_, looked_up.index, look_up_);
+      if (index_ != looked_up.index) row_.record = kUnknownRecord;
+      looked_up.index = index_;
     }
-    if (index_ != nullptr) ranges_ = index_->Find(look_up_);
   }
-  if (look_up_.needs_requests && index_ == nullptr) exchanges_.emplace();
-  return SQLITE_OK;
+  if (index_ != nullptr) {
+    ranges_ = index_->Find(look_up_);
+  } else {
+    ranges_ = {{static_cast<std::uint64_t>(look_up_.lowest_record),
+                static_cast<std::uint64_t>(look_up_.highest_record)}};
+    if (look_up_.needs_requests) exchanges_.emplace();
+  }
 }
 
 // Another look-up can use the log. Without an index, it starts anew.

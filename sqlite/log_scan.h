@@ -75,7 +75,7 @@ class LogScan {
 
   void UseCondition(const ScanPlan::Condition& condition, sqlite3_value* value);
   int OpenNextLog();
-  int FindRecords();
+  void FindRecords();
   void KeepLog();
   bool MoveTo(std::uint64_t record);
   bool ReadItem();

@@ -24,7 +24,9 @@ class OpenLog {
 
   const LogReader& reader() const { return reader_; }
 
-  // The file as it is now. Only a regular one can be read from any place.
+  // The file as it was when it was opened, and as it is now. Only a regular one can be read from
+  // any place.
+  const struct stat& opened() const { return opened_; }
   struct stat GetStatus() const;
 
   // Continues at a position of a regular file, also after the end. Returns false on failure.
@@ -49,11 +51,13 @@ class OpenLog {
   std::string DescribeEnd() const;
 
  private:
-  OpenLog(const std::string& path, int file) : path_(path), file_(file), reader_(file) {}
+  OpenLog(const std::string& path, int file)
+      : path_(path), file_(file), opened_(GetStatus()), reader_(file) {}
   void HandleEnd();
 
   std::string path_;
   int file_;
+  struct stat opened_;
   LogReader reader_;
   bool has_header_ = false;
   bool has_ended_ = false;

@@ -18,6 +18,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -67,18 +68,22 @@ class UdiCursor : public sqlite3_vtab_cursor {
   UdiCursor& operator=(const UdiCursor&) = delete;
 
   int Filter(int plan_number, const char* plan_text, sqlite3_value** values) {
-    const ScanPlan plan = DecodePlan(plan_number, plan_text);
+    if (plan_number != plan_number_ || plan_text != plan_text_) {
+      plan_ = DecodePlan(plan_number, plan_text);
+      plan_number_ = plan_number;
+      plan_text_ = plan_text;
+    }
     is_grouped_ = false;  // until the groups are there
     scan_.emplace(table_);
-    int status = scan_->Start(plan, values);
+    int status = scan_->Start(plan_, values);
     if (status != SQLITE_OK) return status;
-    if (!plan.is_grouped) return scan_->ReadRow();
+    if (!plan_.is_grouped) return scan_->ReadRow();
     is_grouped_ = true;
     groups_.clear();
     group_ = 0;
     row_of_group_ = 0;
     status = CountSignals(*scan_, groups_);
-    if (plan.descends) std::ranges::reverse(groups_);
+    if (plan_.descends) std::ranges::reverse(groups_);
     return status;
   }
 
@@ -168,6 +173,10 @@ class UdiCursor : public sqlite3_vtab_cursor {
 
  private:
   UdiTable& table_;
+  // The plan of the last scan, because an inner table of a join has one scan per outer row.
+  ScanPlan plan_;
+  int plan_number_ = 0;
+  std::string plan_text_;
   std::optional<LogScan> scan_;
   RowTexts texts_;
 

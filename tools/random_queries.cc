@@ -50,7 +50,7 @@ constexpr const char* kPlainTable =
 // Errors that are no wrong answers. SQLite does not pass its arguments to a table-valued function
 // that is the right table of a RIGHT JOIN, in the pass for rows without a match. And of two
 // conditions on its path, the function uses one, which can be a path without a log.
-constexpr std::string_view kExpectedErrors[] = {"udi needs a path", "fopen("};
+constexpr std::string_view kExpectedErrors[] = {"udi needs a path", "No such file or directory"};
 
 // Queries with more work than that are left out.
 constexpr int kMaxWork = 15;  // in thousands of SQLite's operations
@@ -380,7 +380,7 @@ std::string RandomQueries::Compare(std::uint64_t seed) {
   const Answer answer = Run(db_, query);
   if (!answer.is_complete) return "";
   for (const std::string_view error : kExpectedErrors) {
-    if (answer.error.starts_with(error)) return "";
+    if (answer.error.find(error) != std::string::npos) return "";
   }
   if (!answer.rows.empty()) ++count_with_rows_;
   if (answer.rows == expected.rows && answer.error == expected.error) return "";
