@@ -8,6 +8,16 @@ install(TARGETS vrkt_wlan_udi_log_decode RUNTIME DESTINATION ${CMAKE_INSTALL_BIN
 install(FILES README.md CONTRIBUTING.md CHANGELOG.md DESTINATION ${documents})
 install(DIRECTORY docs/ DESTINATION ${documents}/docs PATTERN *.1 EXCLUDE)
 install(FILES examples/session.udi examples/session.txt DESTINATION ${documents}/examples)
+# The form of the text for the log viewer lnav, which has the forms for all users in /etc.
+set(settings ${CMAKE_INSTALL_SYSCONFDIR})
+if(CPACK_GENERATOR STREQUAL "DEB")
+  set(settings /etc)
+  file(WRITE ${CMAKE_BINARY_DIR}/packaging/conffiles
+    "/etc/lnav/formats/vrkt_wlan_udi_log/vrkt_wlan_udi_log.json\n")
+  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/packaging/conffiles)
+endif()
+install(FILES packaging/vrkt_wlan_udi_log.json
+  DESTINATION ${settings}/lnav/formats/vrkt_wlan_udi_log)
 
 # Debian requires these files compressed. -n leaves out the time stamp, so that builds
 # are reproducible.

@@ -39,6 +39,10 @@ constexpr unsigned kAccessPoint = 2;  // vif, while the phone shares its connect
 constexpr unsigned kRouterPeer = 1;   // peer_index
 constexpr unsigned kTdlsPeer = 2;     // peer_index
 
+// The firmware reports signal strengths beyond these, in dBm.
+constexpr int kLowRssi = -75;
+constexpr int kHighRssi = -55;
+
 constexpr std::string_view kPhoneMac = "00:11:22:33:44:55";
 constexpr std::string_view kSharedMac = "02:11:22:33:44:55";  // of the phone's access point
 
@@ -545,8 +549,8 @@ class Phone {
     }
     GetAddress();
     Request(Make("mlme_monitor_rssi_req")
-                .Set("low_rssi_threshold", -75)
-                .Set("high_rssi_threshold", -55)
+                .Set("low_rssi_threshold", kLowRssi)
+                .Set("high_rssi_threshold", kHighRssi)
                 .Set("rssi_monitoring_enabled", "true"),
             "mlme_monitor_rssi_cfm");
     connected_ = true;
@@ -634,7 +638,7 @@ class Phone {
       return;
     }
     const int rssi = GetRssi(*current_);
-    if (rssi < -72 && OneIn(4)) {
+    if ((rssi < kLowRssi || rssi > kHighRssi) && OneIn(4)) {
       Add(Make("mlme_rssi_report_ind").Set("bssid", current_->bssid).Set("rssi", rssi));
     }
     if (place().network != current_->network) {

@@ -18,12 +18,10 @@
 
 namespace {
 
-// Compares with a search among the last entries. A new request to complete replaces an earlier
-// one.
-TEST(ExchangeTracker, EqualsASearch) {
-  constexpr std::size_t kKept = 50;
-  enum Id : std::uint16_t { kRequest = 0x2010, kConfirm = 0x2110, kCompletion = 0x230C };
-  ExchangeTracker tracker(kKept);
+enum Id : std::uint16_t { kRequest = 0x2010, kConfirm = 0x2110, kCompletion = 0x230C };
+
+// The same by a search among the last entries. A new request to complete replaces an earlier one.
+struct Search {
   struct Entry {
     Id answer;
     unsigned vif;
@@ -31,17 +29,46 @@ TEST(ExchangeTracker, EqualsASearch) {
     SentRequest sent;
     bool is_open = true;
   };
+
+  Entry* Find(Id answer, unsigned vif, unsigned tag) {
+    const auto found = std::ranges::find_if(entries, [&](const Entry& entry) {
+      return entry.is_open && entry.answer == answer && entry.tag == tag &&
+             (entry.vif == vif || answer == kCompletion);
+    });
+    return found == entries.end() ? nullptr : &*found;
+  }
+
+  void Send(unsigned vif, unsigned tag, SentRequest sent, std::size_t kept) {
+    if (Entry* const replaced = Find(kCompletion, vif, tag)) replaced->is_open = false;
+    for (Entry* old = Find(kConfirm, vif, tag);
+         old != nullptr && std::abs(sent.time_ms - old->sent.time_ms) > kGiveUpMs;
+         old = Find(kConfirm, vif, tag)) {
+      old->is_open = false;
+      ++given_up;
+    }
+    for (const Id answer : {kConfirm, kCompletion}) entries.push_back({answer, vif, tag, sent});
+    for (; entries.size() > kept; entries.pop_front()) {
+      if (entries.front().is_open) ++forgotten[entries.front().answer];
+    }
+  }
+
   std::deque<Entry> entries;
+  std::map<Id, unsigned> forgotten;
+  unsigned given_up = 0;
+};
+
+TEST(ExchangeTracker, EqualsASearch) {
+  constexpr std::size_t kKept = 50;
+  ExchangeTracker tracker(kKept);
+  Search search;
   std::mt19937 random(1);
   const auto below = [&random](unsigned limit) { return static_cast<unsigned>(random()) % limit; };
   std::map<Id, unsigned> answered;
-  std::map<Id, unsigned> forgotten;
-  unsigned given_up = 0;
   std::int64_t time_ms = 0;
   for (std::uint64_t record = 1; record <= 20000; ++record) {
     if (below(200) == 0) {
       tracker.ForgetRequests();
-      entries.clear();
+      search.entries.clear();
     }
     const unsigned vif = below(3);
     const unsigned tag = below(10);
@@ -52,30 +79,13 @@ TEST(ExchangeTracker, EqualsASearch) {
     const PaddedPayload payload(Fapi(id).U16(vif, tag).PadTo(40).signal());
     const std::optional<SentRequest> found =
         tracker.Add(UnderstandSignal(kLastHipVersionTag, {payload.span(), {}, {}}).signal, sent);
-    const auto find = [&](Id answer) {
-      return std::find_if(entries.begin(), entries.end(), [&](const Entry& entry) {
-        return entry.is_open && entry.answer == answer && entry.tag == tag &&
-               (entry.vif == vif || answer == kCompletion);
-      });
-    };
     if (id == kRequest) {
       ASSERT_FALSE(found);
-      const auto replaced = find(kCompletion);
-      if (replaced != entries.end()) replaced->is_open = false;
-      for (auto old = find(kConfirm);
-           old != entries.end() && std::abs(time_ms - old->sent.time_ms) > kGiveUpMs;
-           old = find(kConfirm)) {
-        old->is_open = false;
-        ++given_up;
-      }
-      for (const Id answer : {kConfirm, kCompletion}) entries.push_back({answer, vif, tag, sent});
-      for (; entries.size() > kKept; entries.pop_front()) {
-        if (entries.front().is_open) ++forgotten[entries.front().answer];
-      }
+      search.Send(vif, tag, sent, kKept);
       continue;
     }
-    const auto entry = find(id);
-    ASSERT_EQ(found.has_value(), entry != entries.end()) << record;
+    Search::Entry* const entry = search.Find(id, vif, tag);
+    ASSERT_EQ(found.has_value(), entry != nullptr) << record;
     if (!found) continue;
     ASSERT_EQ(found->record, entry->sent.record);
     ASSERT_EQ(found->time_ms, entry->sent.time_ms);
@@ -84,9 +94,9 @@ TEST(ExchangeTracker, EqualsASearch) {
   }
   for (const Id id : {kConfirm, kCompletion}) {
     EXPECT_GT(answered[id], 1000U);
-    EXPECT_GT(forgotten[id], 50U);
+    EXPECT_GT(search.forgotten[id], 50U);
   }
-  EXPECT_GT(given_up, 50U);
+  EXPECT_GT(search.given_up, 50U);
 }
 
 // What the tracker and the Wireshark plugin rely on.

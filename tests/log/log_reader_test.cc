@@ -104,7 +104,7 @@ TEST(LogReader, ReturnsAnItemWithItsLastByte) {
 // The log is longer than the reader's buffer, and has payloads longer than it.
 TEST(LogReader, ReturnsToAnyItem) {
   Log log = SessionLog();
-  for (const std::size_t size : {10, 40000, 500, 70000, 9000})
+  for (const std::size_t size : {10U, 40000U, 500U, 70000U, 9000U})
     log.Record(0ms, std::string(size, '\1'), 7);
   const TemporaryDirectory directory;
   const std::string path = directory.path() + "/log";

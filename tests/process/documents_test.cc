@@ -206,6 +206,31 @@ TEST(Documents, TheLatestVersion) {
   }
 }
 
+// The format's samples are checked, and the errors that lnav shows are the failures.
+TEST(Documents, TheFormatForLnav) {
+  if (!IsInstalled("lnav")) {
+    EXPECT_EQ(std::getenv("CI"), nullptr);
+    GTEST_SKIP() << "lnav is not installed";
+  }
+  const TemporaryDirectory home;
+  const std::string output = home.path() + "/output";
+  const std::string command =
+      "cd " + QuoteForShell(kSource) + " && export HOME=" + QuoteForShell(home.path()) +
+      " && { lnav -i packaging/vrkt_wlan_udi_log.json && lnav -C; } >/dev/null 2>&1 &&"
+      " lnav -n -c \";SELECT log_level, signal FROM vrkt_wlan_udi_log"
+      " WHERE log_level IN ('error', 'warning') ORDER BY log_line\" -c ':write-csv-to -'"
+      " examples/session.txt >" +
+      QuoteForShell(output);
+  EXPECT_EQ(std::system(command.c_str()), 0);
+  EXPECT_EQ(ReadFile(output),
+            "log_level,signal\n"
+            "error,ma_unitdata_cfm\n"
+            "error,mlme_disconnected_ind\n"
+            "error,mlme_connect_cfm\n"
+            "warning,Unknown Hip Signal \n"
+            "warning,Unknown Driver Signal \n");
+}
+
 // dpkg-parsechangelog reports what is not in Debian's form on standard error.
 TEST(Documents, TheChangeLogInDebiansForm) {
   if (!IsInstalled("dpkg-parsechangelog")) {
