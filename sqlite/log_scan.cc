@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <span>
 #include <string_view>
@@ -12,6 +13,9 @@
 #include "hip/field_value.h"
 
 namespace {
+
+// Of different logs and of cursors of one statement.
+constexpr std::size_t kMaxIdleLogs = 8;
 
 // Of a log that can be anywhere.
 constexpr std::uint64_t kUnknownRecord = std::numeric_limits<std::uint64_t>::max();
@@ -160,9 +164,12 @@ int LogScan::OpenNextLog() {
   KeepLog();
   if (logs_.next == logs_.end) return SQLITE_OK;
   place_ = logs_.next++;
-  if (table_.idle.log != nullptr && table_.idle.place == place_ && look_up_.IsLimited()) {
-    log_ = std::move(table_.idle.log);
-    row_.record = table_.idle.record;
+  const auto idle = std::find_if(table_.idle.rbegin(), table_.idle.rend(),
+                                 [this](const IdleLog& log) { return log.place == place_; });
+  if (idle != table_.idle.rend() && look_up_.IsLimited()) {
+    log_ = std::move(idle->log);
+    row_.record = idle->record;
+    table_.idle.erase(std::next(idle).base());
   } else {
     std::string error;
     log_ = OpenLog::Open(table_.paths[place_], table_.has_fixed_logs, error);
@@ -196,7 +203,10 @@ void LogScan::FindRecords() {
 
 // Another look-up can use the log. Without an index, it starts anew.
 void LogScan::KeepLog() {
-  if (log_ != nullptr && index_ != nullptr) table_.idle = {place_, std::move(log_), row_.record};
+  if (log_ != nullptr && index_ != nullptr) {
+    if (table_.idle.size() == kMaxIdleLogs) table_.idle.erase(table_.idle.begin());
+    table_.idle.push_back({place_, std::move(log_), row_.record});
+  }
   log_.reset();
   index_.reset();
 }

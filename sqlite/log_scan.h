@@ -36,7 +36,7 @@ struct UdiTable : LogTable {
   };
 
   std::map<std::size_t, LookedUpLog> looked_up;  // by the place of the path
-  IdleLog idle;
+  std::vector<IdleLog> idle;                     // the last one that was used is the last
   int cursors = 0;
 };
 

@@ -62,7 +62,7 @@ class UdiCursor : public sqlite3_vtab_cursor {
     scan_.reset();
     if (--table_.cursors > 0) return;
     table_.looked_up.clear();
-    table_.idle = {};
+    table_.idle.clear();
   }
   UdiCursor(const UdiCursor&) = delete;
   UdiCursor& operator=(const UdiCursor&) = delete;

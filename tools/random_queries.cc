@@ -56,9 +56,8 @@ constexpr std::string_view kExpectedErrors[] = {"udi needs a path", "No such fil
 constexpr int kMaxWork = 15;  // in thousands of SQLite's operations
 
 std::string ListColumns() {
-  std::string columns;
-  for (const char* column : kColumns)
-    columns += (columns.empty() ? "" : ", ") + std::string(column);
+  std::string columns = kColumns[0];
+  for (std::size_t i = 1; i < std::size(kColumns); ++i) columns.append(", ").append(kColumns[i]);
   return columns;
 }
 
@@ -296,6 +295,12 @@ Answer Run(sqlite3* db, const std::string& sql) {
   return answer;
 }
 
+// Returns a row of one text, without the type before and the bar after it.
+std::string RemoveType(std::string row) {
+  row.pop_back();
+  return row.erase(0, row.find(':') + 1);
+}
+
 std::string Replace(std::string text, const std::string& from, const std::string& to) {
   for (std::size_t at = text.find(from); at != std::string::npos;
        at = text.find(from, at + to.size())) {
@@ -341,9 +346,7 @@ RandomQueries::RandomQueries(sqlite3* db, std::string directory)
     Answer some =
         Run(db_, "SELECT DISTINCT quote(" + std::string(column) + ") FROM several_copy LIMIT 40");
     values_.emplace_back();
-    // Without the type before and the bar after it.
-    for (const std::string& value : some.rows)
-      values_.back().push_back(value.substr(2, value.size() - 3));
+    for (const std::string& value : some.rows) values_.back().push_back(RemoveType(value));
   }
 }
 
@@ -359,8 +362,7 @@ void RandomQueries::AddTable(const std::string& table, const std::string& copy) 
   for (const char* column : kColumns) {
     const std::string type = "SELECT type FROM pragma_table_xinfo('udi') WHERE name = ";
     const Answer found = Run(db_, type + Quote(column));
-    types += (types.empty() ? "" : ", ") + std::string(column) + ' ' +
-             found.rows.at(0).substr(2, found.rows[0].size() - 3);
+    types += (types.empty() ? "" : ", ") + std::string(column) + ' ' + RemoveType(found.rows.at(0));
   }
   Execute("CREATE TEMP TABLE " + copy + "(" + types + ")");
   Execute("INSERT INTO " + copy + " SELECT " + ListColumns() + " FROM " + table);
