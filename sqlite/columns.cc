@@ -6,6 +6,17 @@
 
 #include "fapi/vocabulary.h"
 
+namespace {
+
+constexpr const char* kColumnDeclarations[] = {
+// NOLINTNEXTLINE(cppcoreguidelines-macro-usage): takes a part of each row
+#define VRKT_TAKE_DECLARATION(name, declaration) declaration,
+    VRKT_UDI_COLUMNS(VRKT_TAKE_DECLARATION)
+#undef VRKT_TAKE_DECLARATION
+};
+
+}  // namespace
+
 const Columns& Columns::Get() {
   static const Columns columns;
   return columns;
@@ -15,7 +26,7 @@ const Columns& Columns::Get() {
 // vif = '1' is true for the number 1. Digits of dumps are no number, not even those of 00e1.
 //
 // The vocabulary has each name once, so the places of their texts identify the names.
-Columns::Columns() {
+Columns::Columns() : declaration_("CREATE TABLE udi(") {
   const std::span<const CompiledSignal> layouts = ListLayouts();
   constexpr std::uint16_t kNoColumn = 0xFFFF;
   std::vector<std::uint16_t> columns(kVocabularyTextCapacity, kNoColumn);  // by TextRange::start
@@ -31,18 +42,14 @@ Columns::Columns() {
   std::sort(names.begin(), names.end(), [](TextRange left, TextRange right) {
     return GetText(left).text() < GetText(right).text();
   });
-  declaration_ = "CREATE TABLE udi(";
-#define VRKT_DECLARE_COLUMN(name, declaration) \
-  declaration_ += name == 0 ? declaration : ", " declaration;
-  VRKT_UDI_COLUMNS(VRKT_DECLARE_COLUMN)
-#undef VRKT_DECLARE_COLUMN
+  for (const char* const column : kColumnDeclarations) declaration_.append(column).append(", ");
   for (std::size_t column = 0; column < names.size(); ++column) {
     columns[names[column].start] = static_cast<std::uint16_t>(column);
-    declaration_ += ", \"";
-    declaration_ += GetText(names[column]).text();
-    declaration_ += dumps.contains(names[column].start) ? "\" TEXT HIDDEN" : "\" NUMERIC HIDDEN";
+    declaration_.append(1, '"').append(GetText(names[column]).text());
+    declaration_ +=
+        dumps.contains(names[column].start) ? "\" TEXT HIDDEN, " : "\" NUMERIC HIDDEN, ";
   }
-  declaration_ += ')';
+  declaration_.replace(declaration_.size() - 2, 2, ")");
 
   places_.assign(names.size() * layouts.size(), kNoField);
   for (std::size_t layout = 0; layout < layouts.size(); ++layout) {

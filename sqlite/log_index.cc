@@ -105,9 +105,9 @@ std::vector<RecordRange> LogIndex::Find(const LookUp& look_up) const {
     if (*look_up.request < 0) return ranges;
     const auto request = static_cast<std::uint64_t>(*look_up.request);
     const auto get_request = [this](std::uint32_t place) { return answers_[place].request.record; };
-    const auto found = std::ranges::equal_range(by_request_, request, {}, get_request);
-    for (const std::uint32_t place : found) {
-      const std::uint64_t record = answers_[place].record;
+    for (auto place = std::ranges::lower_bound(by_request_, request, {}, get_request);
+         place != by_request_.end() && get_request(*place) == request; ++place) {
+      const std::uint64_t record = answers_[*place].record;
       if (record >= bounds.first && record <= bounds.last) ranges.push_back({record, record});
     }
     return ranges;

@@ -156,6 +156,30 @@ void EstimateCost(const Bounds& bounds, bool finds_records, double logs, sqlite3
   info->estimatedRows = static_cast<sqlite3_int64>(logs * rows);
 }
 
+// Takes the conditions that a scan can use into the plan. Returns what they say about the place
+// of the rows. `path` is the constraint that selects the log, or -1.
+Bounds TakeConditions(sqlite3_index_info* info, int path, bool finds_records, ScanPlan& plan) {
+  Bounds bounds;
+  for (int i = 0; i < info->nConstraint; ++i) {
+    const auto& constraint = info->aConstraint[i];
+    if (constraint.usable == 0 || !IsComparison(constraint.op)) continue;
+    const Use use = GetUse(constraint.iColumn, finds_records);
+    const bool is_equal = constraint.op == SQLITE_INDEX_CONSTRAINT_EQ;
+    if (!(is_equal ? use.equal : use.others)) continue;
+    if (constraint.iColumn == kPath && i != path) continue;
+    if (constraint.iColumn == kSignal &&
+        std::string_view(sqlite3_vtab_collation(info, i)) != "BINARY") {
+      continue;
+    }
+    const bool is_list = use.lists && sqlite3_vtab_in(info, i, 1) != 0;
+    plan.conditions.push_back({constraint.iColumn, constraint.op, is_list});
+    AddBound(plan.conditions.back(), bounds);
+    info->aConstraintUsage[i].argvIndex = static_cast<int>(plan.conditions.size());
+    info->aConstraintUsage[i].omit = constraint.iColumn == kPath ? 1 : 0;
+  }
+  return bounds;
+}
+
 constexpr std::uint64_t GetUseBit(Column column) { return std::uint64_t{1} << column; }
 
 // If the query names no other column, as to count signals, rows of a signal are the same to
@@ -182,24 +206,7 @@ int MakePlan(LogTable& table, sqlite3_index_info* info) {
   const bool finds_records = is_one_log && !lacks_path && AreFiles(table, info, path);
 
   ScanPlan plan;
-  Bounds bounds;
-  for (int i = 0; i < info->nConstraint; ++i) {
-    const auto& constraint = info->aConstraint[i];
-    if (constraint.usable == 0 || !IsComparison(constraint.op)) continue;
-    const Use use = GetUse(constraint.iColumn, finds_records);
-    const bool is_equal = constraint.op == SQLITE_INDEX_CONSTRAINT_EQ;
-    if (!(is_equal ? use.equal : use.others)) continue;
-    if (constraint.iColumn == kPath && i != path) continue;
-    if (constraint.iColumn == kSignal &&
-        std::string_view(sqlite3_vtab_collation(info, i)) != "BINARY") {
-      continue;
-    }
-    const bool is_list = use.lists && sqlite3_vtab_in(info, i, 1) != 0;
-    plan.conditions.push_back({constraint.iColumn, constraint.op, is_list});
-    AddBound(plan.conditions.back(), bounds);
-    info->aConstraintUsage[i].argvIndex = static_cast<int>(plan.conditions.size());
-    info->aConstraintUsage[i].omit = constraint.iColumn == kPath ? 1 : 0;
-  }
+  const Bounds bounds = TakeConditions(info, path, finds_records, plan);
   plan.needs_requests = (info->colUsed & (GetUseBit(kRequest) | GetUseBit(kResponseMs))) != 0;
   plan.is_grouped = IsGroupedBySignal(info, !table.has_fixed_logs);
   plan.descends = plan.is_grouped && info->aOrderBy[0].desc != 0;
