@@ -147,8 +147,9 @@ void RedactElement(unsigned id, Piece content) {
   };
   constexpr unsigned kRsn = 48;
   if (id == kRsn && !KeepRsn(content)) content.KeepNothing();
-  for (const auto& [harmless_id, min_size, max_size] : kHarmless) {
-    if (id == harmless_id && content.size() >= min_size && content.size() <= max_size) {
+  for (const auto& harmless : kHarmless) {
+    if (id == harmless.id && content.size() >= harmless.min_size &&
+        content.size() <= harmless.max_size) {
       content.KeepAll();
     }
   }

@@ -20,9 +20,9 @@ void Pseudonyms::Replace(Piece piece, std::size_t offset) {
     return;
   }
   std::uint64_t number = numbers_.try_emplace(address, numbers_.size() + 1).first->second;
+  std::uint8_t* const pseudonym = piece.redacted + offset;
   for (std::size_t i = kSize; i-- > 1; number >>= 8U) {
-    piece.redacted[offset + i] = static_cast<std::uint8_t>(number);
+    pseudonym[i] = static_cast<std::uint8_t>(number);
   }
-  piece.redacted[offset] =
-      static_cast<std::uint8_t>(kLocallyAdministered | (piece[offset] & kGroup));
+  *pseudonym = static_cast<std::uint8_t>(kLocallyAdministered | (piece[offset] & kGroup));
 }

@@ -64,7 +64,9 @@ std::string RenderWithoutFields(const Record& record) {
     case Record::Kind::kEvent: {
       std::string text(record.event->text);
       if (record.event->text_after_uptime.empty()) return text;
-      return (text += std::to_string(record.uptime)) += record.event->text_after_uptime;
+      text += std::to_string(record.uptime);
+      text += record.event->text_after_uptime;
+      return text;
     }
     case Record::Kind::kUnknownSignal: {
       TextPiece<32> text;
