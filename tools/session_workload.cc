@@ -638,7 +638,7 @@ class Phone {
       return;
     }
     const int rssi = GetRssi(*current_);
-    if ((rssi < kLowRssi || rssi > kHighRssi) && OneIn(4)) {
+    if (OneIn(4) && (rssi < kLowRssi || rssi > kHighRssi)) {
       Add(Make("mlme_rssi_report_ind").Set("bssid", current_->bssid).Set("rssi", rssi));
     }
     if (place().network != current_->network) {
