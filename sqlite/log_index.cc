@@ -105,7 +105,9 @@ std::vector<RecordRange> LogIndex::Find(const LookUp& look_up) const {
     if (*look_up.request < 0) return ranges;
     const auto request = static_cast<std::uint64_t>(*look_up.request);
     const auto get_request = [this](std::uint32_t place) { return answers_[place].request.record; };
-    for (auto place = std::ranges::lower_bound(by_request_, request, {}, get_request);
+    for (auto place = std::lower_bound(
+             by_request_.begin(), by_request_.end(), request,
+             [&](std::uint32_t left, std::uint64_t right) { return get_request(left) < right; });
          place != by_request_.end() && get_request(*place) == request; ++place) {
       const std::uint64_t record = answers_[*place].record;
       if (record >= bounds.first && record <= bounds.last) ranges.push_back({record, record});
@@ -133,7 +135,9 @@ LogIndex::Start LogIndex::FindStart(std::uint64_t record) const {
 }
 
 std::optional<SentRequest> LogIndex::FindRequest(std::uint64_t record) const {
-  const auto found = std::ranges::lower_bound(answers_, record, {}, &Answer::record);
+  const auto found = std::lower_bound(
+      answers_.begin(), answers_.end(), record,
+      [](const Answer& answer, std::uint64_t wanted) { return answer.record < wanted; });
   if (found == answers_.end() || found->record != record) return std::nullopt;
   return found->request;
 }

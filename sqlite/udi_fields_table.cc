@@ -81,9 +81,10 @@ std::vector<Row> ListRows() {
     for (const KnownSignal& signal : ListSignals(version.tag)) {
       const std::span<const CompiledField> fields = GetFields(*signal.layout);
       for (const CompiledField& field : fields) {
-        const CompiledField* const first = &*std::ranges::find(
-            fields, field.name.start, [](const CompiledField& other) { return other.name.start; });
-        if (first == &field) rows.push_back({version.tag, signal, &field});
+        const auto first = std::find_if(fields.begin(), fields.end(), [&](const auto& other) {
+          return other.name.start == field.name.start;
+        });
+        if (&*first == &field) rows.push_back({version.tag, signal, &field});
       }
     }
   }

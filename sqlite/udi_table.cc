@@ -49,8 +49,11 @@ int CountSignals(LogScan& scan, std::vector<SignalCount>& groups) {
   }
   std::erase_if(groups, [](const SignalCount& group) { return group.rows == 0; });
   // NULL is less than all texts.
-  std::ranges::sort(groups, {}, [](const SignalCount& group) {
+  const auto get_name = [](const SignalCount& group) {
     return group.layout == nullptr ? std::string_view() : GetText(group.layout->name).text();
+  };
+  std::sort(groups.begin(), groups.end(), [&](const SignalCount& left, const SignalCount& right) {
+    return get_name(left) < get_name(right);
   });
   return SQLITE_OK;
 }
@@ -83,7 +86,7 @@ class UdiCursor : public sqlite3_vtab_cursor {
     group_ = 0;
     row_of_group_ = 0;
     status = CountSignals(*scan_, groups_);
-    if (plan_.descends) std::ranges::reverse(groups_);
+    if (plan_.descends) std::reverse(groups_.begin(), groups_.end());
     return status;
   }
 
