@@ -1,22 +1,16 @@
 -- What is asked most, as views of the table `log`. Each reads the log once.
 --
--- SQLite makes no index for a virtual table, so `log` joined with itself would be read once
--- per row, and the planner can choose the same for a materialized part of it. So there are
--- no joins here, only filters, aggregates and window functions.
+-- There are no joins here, only filters, aggregates and window functions: with joins, the planner
+-- can choose to read the log, or a part of it, once per row.
 
 -- Results other than success, transmissions other than successful, and disconnects with
 -- their reason. `peer` is an address, or the index of the peer.
 CREATE TEMP VIEW failures AS
 SELECT path, record, stamp, time_ms, signal, vif,
   coalesce(peer_sta_address, bssid, peer_index) AS peer,
-  CASE
-    WHEN result_code <> 'success' THEN result_code
-    WHEN transmission_status <> 'successful' THEN transmission_status
-    ELSE reason_code
-  END AS failure
+  coalesce(result_code, transmission_status, reason_code) AS failure
 FROM log
-WHERE result_code <> 'success' OR transmission_status <> 'successful'
-  OR signal IN ('mlme_disconnect_req', 'mlme_disconnected_ind');
+WHERE log.failure = 1;
 
 -- A row per answer. `signal`, `record` and times are those of the answer, `request` is the
 -- record that it answers. A request that is confirmed and completed has two rows.
@@ -24,7 +18,7 @@ CREATE TEMP VIEW exchanges AS
 SELECT path, request, record, stamp, time_ms, vif, signal, response_ms AS ms,
   coalesce(result_code, transmission_status) AS result
 FROM log
-WHERE request IS NOT NULL;
+WHERE request > 0;
 
 -- A row per connect request. `result` is that of the indication; without one, that of the
 -- confirm, 'no confirm' or 'no indication'. `ms` is the time to the indication.
