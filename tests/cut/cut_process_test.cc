@@ -77,7 +77,7 @@ TEST(Cut, ReportsAndExitStatuses) {
   EXPECT_EQ(ReadFile(directory.path() + "/part"), "vrkt_wlan_udi_log_cut " VRKT_VERSION "\n");
   EXPECT_EQ(run(program + " --help"), 0);
   EXPECT_NE(ReadFile(directory.path() + "/part").find("--records FILE"), std::string::npos);
-  if (!IsInstalled("script")) GTEST_SKIP() << "script is not installed";
+  if (!IsInstalled("script")) GTEST_SKIP() << "script (of bsdutils) is not installed";
   EXPECT_EQ(run("script -qec " + QuoteForShell(program + " log") + " typed </dev/null"), 1);
   EXPECT_NE(ReadFile(directory.path() + "/typed").find("the part is binary"), std::string::npos);
 }
