@@ -32,10 +32,11 @@ local own = {
   id = ProtoField.uint16("udi.id", "Id", base.HEX),
   hip_version = ProtoField.string("udi.hip_version", "HIP version"),
   response_in = ProtoField.framenum("udi.response_in", "Answer in", base.NONE,
-    frametype.RESPONSE),
+    frametype.RESPONSE, 0, "The packet that answers this one"),
   response_to = ProtoField.framenum("udi.response_to", "Answer to", base.NONE,
-    frametype.REQUEST),
-  response_time = ProtoField.relative_time("udi.response_time", "Time to answer"),
+    frametype.REQUEST, 0, "The packet that this one answers"),
+  response_time = ProtoField.relative_time("udi.response_time", "Time to answer",
+    "Time from the packet that this one answers"),
   driver_event = ProtoField.string("udi.driver.event", "Driver event"),
   uptime = ProtoField.int32("udi.uptime", "Uptime", base.DEC, nil, nil, "In seconds"),
   clock_reference = ProtoField.uint32("udi.clock_reference", "Clock reference", base.DEC, nil, nil,
@@ -104,7 +105,7 @@ do
   udi.experts = all
 end
 
--- Which frames of link type USER0 are signals of a capture file.
+-- Which packets of link type USER0 are signals of a capture file.
 local CLAIM = {SIGNALS = 1, ALL = 2, NONE = 3}
 
 do
@@ -117,8 +118,8 @@ do
   prefs.addresses = Pref.bool("Host and firmware as addresses", false,
     "Gives each signal a source and a destination: 0.0.0.1 is the host, 0.0.0.2 the firmware. "
       .. "The flow graph needs them")
-  prefs.capture_files = Pref.enum("Frames of link type USER0", CLAIM.SIGNALS,
-    "Which frames of this link type, which others use too, are shown as signals", {
+  prefs.capture_files = Pref.enum("Packets of link type USER0", CLAIM.SIGNALS,
+    "Which packets of this link type, which others use too, are shown as signals", {
       {1, "known signals", CLAIM.SIGNALS},
       {2, "all", CLAIM.ALL},
       {3, "none", CLAIM.NONE},

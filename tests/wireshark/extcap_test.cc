@@ -103,7 +103,7 @@ TEST(Extcap, ReportsWhyTheLogEnded) {
       {"cat /dev/zero",
        "The output of 'cat /dev/zero' is no log that can be read: Log File Format Version 0 "
        "detected. Not Supported.\n"},
-      {"head -c 999 log", "The log ends in the middle of a record.\n"},
+      {"head -c 999 log", "The log is cut.\n"},
       {"cat log log; sleep 100",
        "The log is damaged: Bad Magic number detected in log. magic:0x1289ABEF\n"},
       {"cat 'a  b'",

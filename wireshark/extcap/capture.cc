@@ -192,7 +192,7 @@ std::string DescribeEnd(const Capture& capture, const CapturedLog& log, const st
     return (source.process == 0 ? "Standard input" : output) + DescribeNoLog(capture, log.end);
   }
   if (log.end.kind == LogEnd::Kind::kComplete) return "";
-  if (log.end.kind == LogEnd::Kind::kCut) return "The log ends in the middle of a record.";
+  if (log.end.kind == LogEnd::Kind::kCut) return "The log is cut.";
   return "The log is damaged: " + DescribeLogEnd(log.end);
 }
 

@@ -86,7 +86,7 @@ void ListFields() {
 int ShowUsage(std::FILE* stream) {
   std::fprintf(stream,
                "Usage: %s --capture --fifo FIFO [--command COMMAND] [--serial SERIAL]\n"
-               "Writes the frames of a live log for Wireshark.\n"
+               "Writes the packets of a live log for Wireshark.\n"
                "  --fifo FIFO        where to; \"-\" is standard output\n"
                "  --command COMMAND  writes the log, by default \"%s\";\n"
                "                     \"-\" reads the log from standard input\n"
